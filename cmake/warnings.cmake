@@ -1,0 +1,11 @@
+# Warnings of the project's own code; they are errors on every preset.
+set(QUORVEX_WARNINGS
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+    -Woverloaded-virtual -Wformat=2 -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  list(APPEND QUORVEX_WARNINGS -Wsuggest-override)
+endif()
+
+function(quorvex_warnings target)
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:${QUORVEX_WARNINGS}>)
+endfunction()

@@ -1,0 +1,117 @@
+#include "support/text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+
+namespace quorvex::support {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+void Append(std::wstring& text, char32_t c) {
+    if constexpr (sizeof(wchar_t) == 2) {
+        if (c > 0xFFFF) {
+            text.push_back(static_cast<wchar_t>(0xD800 + ((c - 0x10000) >> 10)));
+            text.push_back(static_cast<wchar_t>(0xDC00 + ((c - 0x10000) & 0x3FF)));
+            return;
+        }
+    }
+    text.push_back(static_cast<wchar_t>(c));
+}
+
+// Reads one character at bytes[at]; moves at behind it. kReplacement and one byte further when it is damaged.
+char32_t NextUtf8(std::string_view bytes, std::size_t& at, bool& valid) {
+    const auto byte = [&](std::size_t i) { return static_cast<std::uint8_t>(bytes[i]); };
+    const std::uint8_t lead = byte(at);
+    const std::size_t length = lead < 0x80 ? 1 : lead >= 0xC2 && lead < 0xE0 ? 2 : lead >= 0xE0 && lead < 0xF0 ? 3
+                               : lead >= 0xF0 && lead < 0xF5 ? 4 : 0;
+    if (length == 1) return byte(at++);
+    if (length != 0 && length <= bytes.size() - at) {
+        char32_t c = lead & (0xFFU >> (length + 1));
+        std::size_t i = 1;
+        while (i < length && (byte(at + i) & 0xC0) == 0x80) c = (c << 6) | (byte(at + i++) & 0x3F);
+        const bool shortest = length == 2 || (length == 3 ? c >= 0x800 : c >= 0x10000);
+        if (i == length && shortest && c <= 0x10FFFF && !(c >= 0xD800 && c < 0xE000)) {
+            at += length;
+            return c;
+        }
+    }
+    valid = false;
+    ++at;
+    return kReplacement;
+}
+
+std::string CharsetOf(std::string_view contentType) {
+    std::string lower(contentType);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    const std::size_t at = lower.find("charset=");
+    if (at == std::string::npos) return {};
+    std::string name = lower.substr(at + 8);
+    if (!name.empty() && (name.front() == '"' || name.front() == '\'')) name.erase(0, 1);
+    return name.substr(0, name.find_first_of("\"'; \t,"));
+}
+
+std::wstring WithoutByteOrderMark(std::wstring text) {
+    if (!text.empty() && text.front() == 0xFEFF) text.erase(0, 1);
+    return text;
+}
+
+} // namespace
+
+std::wstring FromUtf8(std::string_view bytes) {
+    std::wstring text;
+    text.reserve(bytes.size());
+    bool valid = true;
+    for (std::size_t at = 0; at < bytes.size();) Append(text, NextUtf8(bytes, at, valid));
+    return text;
+}
+
+bool IsValidUtf8(std::string_view bytes) {
+    bool valid = true;
+    for (std::size_t at = 0; at < bytes.size() && valid;) NextUtf8(bytes, at, valid);
+    return valid;
+}
+
+std::string ToUtf8(std::wstring_view text) {
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char32_t c = static_cast<char32_t>(text[i]);
+        if constexpr (sizeof(wchar_t) == 2) c &= 0xFFFF;
+        const bool high = c >= 0xD800 && c < 0xDC00;
+        if (high && i + 1 < text.size() && (static_cast<char32_t>(text[i + 1]) & 0xFC00) == 0xDC00) {
+            c = 0x10000 + ((c - 0xD800) << 10) + ((static_cast<char32_t>(text[++i]) & 0xFFFF) - 0xDC00);
+        } else if ((c >= 0xD800 && c < 0xE000) || c > 0x10FFFF) {
+            c = kReplacement;
+        }
+        if (c < 0x80) {
+            bytes.push_back(static_cast<char>(c));
+            continue;
+        }
+        const int more = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+        const unsigned lead = more == 1 ? 0xC0 : more == 2 ? 0xE0 : 0xF0;
+        bytes.push_back(static_cast<char>(lead | (c >> (6 * more))));
+        for (int k = more - 1; k >= 0; --k) bytes.push_back(static_cast<char>(0x80 | ((c >> (6 * k)) & 0x3F)));
+    }
+    return bytes;
+}
+
+std::wstring FromLatin1(std::string_view bytes) {
+    std::wstring text(bytes.size(), L'\0');
+    std::transform(bytes.begin(), bytes.end(), text.begin(), [](char c) { return static_cast<wchar_t>(static_cast<std::uint8_t>(c)); });
+    return text;
+}
+
+std::wstring DecodeReply(std::string_view body, std::string_view contentType) {
+    const std::string charset = CharsetOf(contentType);
+    if (charset == "utf-8" || charset == "utf8") return WithoutByteOrderMark(FromUtf8(body));
+    if (charset == "iso-8859-1" || charset == "latin1" || charset == "us-ascii") return FromLatin1(body);
+    const bool ascii = std::all_of(body.begin(), body.end(), [](char c) { return static_cast<std::uint8_t>(c) < 0x80; });
+    if (ascii) return FromLatin1(body);
+    if (charset.empty() && IsValidUtf8(body)) return WithoutByteOrderMark(FromUtf8(body));
+    return FromAnsi(body);
+}
+
+} // namespace quorvex::support

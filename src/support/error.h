@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+namespace quorvex::support {
+
+// The one failure type inside the component. It stops at the method that owns the documented failure; the error log
+// prints its number and description.
+class Error {
+  public:
+    Error(long number, std::wstring description) : number_(number), description_(std::move(description)) {}
+
+    long Number() const { return number_; }
+    const std::wstring& Description() const { return description_; }
+
+  private:
+    long number_;
+    std::wstring description_;
+};
+
+// Numbers of the run-time failures that hosts of automation components know.
+inline constexpr long kErrorInvalidCall = 5;
+inline constexpr long kErrorOverflow = 6;
+inline constexpr long kErrorSubscript = 9;
+inline constexpr long kErrorTypeMismatch = 13;
+inline constexpr long kErrorBadFile = 52;
+inline constexpr long kErrorFileNotFound = 53;
+inline constexpr long kErrorDiskFull = 61;
+inline constexpr long kErrorPermissionDenied = 70;
+inline constexpr long kErrorPathAccess = 75;
+inline constexpr long kErrorInternal = 51;
+// What data access reports for a damaged, foreign or locked database file (E_FAIL as ADO raises it).
+inline constexpr long kErrorDatabase = -2147467259;
+
+} // namespace quorvex::support

@@ -1,0 +1,106 @@
+#include "support/log.h"
+
+#include "support/files.h"
+#include "support/process_state.h"
+#include "support/text.h"
+
+#include <array>
+#include <cstdio>
+
+namespace quorvex::support {
+namespace {
+
+constexpr int kRetries = 30;
+constexpr int kRetryMilliseconds = 2;
+constexpr std::size_t kTitleWidth = 20;
+
+// "dd/mm/yyyy hh:nn:ss", a blank, the English three-letter day, whatever the user's locale.
+std::wstring TimeText(const LocalTime& time) {
+    static constexpr std::array<const char*, 7> kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    std::array<char, 64> text{};
+    const int length = std::snprintf(text.data(), text.size(), "%02d/%02d/%04d %02d:%02d:%02d %s", time.day, time.month,
+                                     time.year, time.hour, time.minute, time.second,
+                                     kDays[static_cast<std::size_t>(time.weekday) % kDays.size()]);
+    return std::wstring(text.data(), text.data() + length);
+}
+
+std::wstring LineStart(const Platform& platform) {
+    return TimeText(platform.Now()) + L"\t" + PadRight(Process().messageTitle, kTitleWidth, L' ') + L"\t" +
+           platform.ComputerName() + L"\t" + platform.UserName();
+}
+
+// An extra may come from outside; a tab or line end in it would break the layout of the line.
+std::wstring Column(std::wstring_view text) {
+    std::wstring column(text);
+    for (wchar_t& c : column) {
+        if (c < 32) c = L' ';
+    }
+    return column;
+}
+
+void AppendLine(const Platform& platform, const std::wstring& baseName, const std::wstring& line) {
+    const std::wstring folder = Process().dataPath;
+    const std::string bytes = ToUtf8(line) + "\r\n";
+    for (int failures = 0; failures <= kRetries; ++failures) {
+        if (failures > 0) platform.SleepMilliseconds(kRetryMilliseconds);
+        RotateLog(folder, baseName, kLogRotationBytes);
+        if (AppendExclusively(folder + L"\\" + baseName + L"1.log", bytes)) return;
+    }
+}
+
+} // namespace
+
+void RotateLog(const std::wstring& folder, const std::wstring& baseName, std::int32_t maxBytes) {
+    const auto generation = [&](int n) { return folder + L"\\" + baseName + std::to_wstring(n) + L".log"; };
+    if (FileSize(generation(1)) <= maxBytes) return;
+    const std::wstring scratch = folder + L"\\Temp.log";
+    if (FileExists(scratch)) DeleteFileQuietly(scratch);
+    // Out of the way first, so that nobody appends to it while the older generations move.
+    if (!RenameFileQuietly(generation(1), scratch)) return;
+    if (FileExists(generation(5))) DeleteFileQuietly(generation(5));
+    for (int n = 4; n >= 2; --n) {
+        if (FileExists(generation(n))) RenameFileQuietly(generation(n), generation(n + 1));
+    }
+    if (FileExists(scratch)) RenameFileQuietly(scratch, generation(2));
+}
+
+void LogToFile(const Platform& platform, const std::wstring& baseName, const std::wstring& message,
+               std::initializer_list<std::wstring> extras) noexcept {
+    try {
+        std::wstring line = LineStart(platform) + L"\t" + CleanLogText(message);
+        std::size_t written = 0;
+        for (const std::wstring& extra : extras) {
+            if (written++ < kLogExtras) line += L"\t" + Column(extra);
+        }
+        for (; written < kLogExtras; ++written) line += L"\t";
+        AppendLine(platform, baseName, line);
+    } catch (...) { // a log never disturbs its caller
+    }
+}
+
+void LogActivity(const Platform& platform, const std::wstring& message,
+                 std::initializer_list<std::wstring> extras) noexcept {
+    LogToFile(platform, L"Activity", message, extras);
+}
+
+void LogError(const Platform& platform, const Error& error, const std::wstring& message,
+              std::initializer_list<std::wstring> values) noexcept {
+    try {
+        std::wstring line = LineStart(platform) + L"\t" + Column(Process().currentOperation);
+        const std::wstring cleaned = CleanLogText(message);
+        if (cleaned.empty()) {
+            // The apostrophe has no partner: intended, readers of these logs know the form.
+            line += L"\tError:\t" + std::to_wstring(error.Number()) + L"\t" + Column(error.Description()) + L"'";
+        } else {
+            line += L"\tMessage:\t" + cleaned;
+        }
+        std::size_t written = 0;
+        for (const std::wstring& value : values) {
+            if (written++ < kErrorLogExtras) line += L"\t" + Column(value);
+        }
+        AppendLine(platform, L"Error", line);
+    } catch (...) { // a log never disturbs its caller
+    }
+}
+
+} // namespace quorvex::support
