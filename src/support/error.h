@@ -20,6 +20,7 @@ class Error {
 };
 
 // Numbers of the run-time failures that hosts of automation components know.
+inline constexpr long kErrorInvalidCall = 5;
 inline constexpr long kErrorOverflow = 6;
 inline constexpr long kErrorSubscript = 9;
 inline constexpr long kErrorTypeMismatch = 13;

@@ -1,0 +1,73 @@
+#include "lookups/postcode.h"
+
+#include "support/text.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace quorvex::lookups {
+namespace {
+
+// Shifted digit keys of a UK keyboard. The shifted 8 ("*") has no rule: intended, it stays as typed. The order matters only in
+// that the blanks come first.
+constexpr std::array<std::pair<const wchar_t*, const wchar_t*>, 10> kSlips = {{
+    {L"  ", L" "},
+    {L"!", L"1"},
+    {L"\"", L"2"},
+    {L"\u00A3", L"3"},
+    {L"$", L"4"},
+    {L"%", L"5"},
+    {L"^", L"6"},
+    {L"&", L"7"},
+    {L"(", L"9"},
+    {L")", L"0"},
+}};
+
+bool IsLetter(wchar_t c) {
+    return c >= L'A' && c <= L'Z';
+}
+
+bool IsDigit(wchar_t c) {
+    return c >= L'0' && c <= L'9';
+}
+
+} // namespace
+
+std::wstring FormatPostCode(std::wstring_view postcode) {
+    std::wstring text(postcode);
+    for (const auto& [find, replacement] : kSlips) text = support::ReplaceAll(text, find, replacement);
+    if (text.size() == 8) return text.substr(0, 4) + text.substr(5);
+    if (text.size() == 6) return text.substr(0, 3) + L" " + text.substr(3);
+    return text;
+}
+
+std::wstring LocalPostcode(std::wstring_view postcode) {
+    return support::UpperCase(FormatPostCode(support::Trim(postcode)));
+}
+
+bool HasPostcodeShape(std::wstring_view text) {
+    const std::wstring code = support::ReplaceAll(support::UpperCase(support::Trim(text)), L" ", L"");
+    if (code == L"ZZ99") return true;
+    if (code.size() < 5 || code.size() > 7) return false;
+    const std::wstring_view inward = std::wstring_view(code).substr(code.size() - 3);
+    if (!IsDigit(inward[0]) || !IsLetter(inward[1]) || !IsLetter(inward[2])) return false;
+    // The outward half as a pattern of letters and digits.
+    std::wstring pattern;
+    for (const wchar_t c : std::wstring_view(code).substr(0, code.size() - 3)) {
+        pattern.push_back(IsLetter(c) ? L'A' : IsDigit(c) ? L'9' : L'?');
+    }
+    static constexpr std::array<std::wstring_view, 6> kOutward = {L"A9", L"A99", L"AA9", L"AA99", L"A9A", L"AA9A"};
+    return std::find(kOutward.begin(), kOutward.end(), pattern) != kOutward.end();
+}
+
+PostcodeAndHouse SplitCommaForm(std::wstring_view text) {
+    const std::size_t comma = text.find(L',');
+    if (comma == std::wstring_view::npos) return {std::wstring(text), {}};
+    const std::wstring first(support::Trim(text.substr(0, comma)));
+    const std::wstring second(support::Trim(text.substr(comma + 1)));
+    if (!HasPostcodeShape(first) && HasPostcodeShape(second)) return {second, first};
+    return {first, second};
+}
+
+} // namespace quorvex::lookups

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <new>
+#include <string>
+
+namespace quorvex::server {
+
+// A null BSTR is an empty text; embedded NULs stay.
+inline std::wstring Text(BSTR value) {
+    return value == nullptr ? std::wstring() : std::wstring(value, SysStringLen(value));
+}
+
+inline std::wstring Text(const BSTR* value) {
+    return value == nullptr ? std::wstring() : Text(*value);
+}
+
+inline BSTR NewText(const std::wstring& text) {
+    BSTR value = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    if (value == nullptr) throw std::bad_alloc();
+    return value;
+}
+
+// Replaces a by-reference text of the caller.
+inline void ReplaceText(BSTR* target, const std::wstring& text) {
+    if (target == nullptr) return;
+    BSTR value = NewText(text);
+    SysFreeString(*target);
+    *target = value;
+}
+
+inline VARIANT_BOOL Boolean(bool value) {
+    return value ? VARIANT_TRUE : VARIANT_FALSE;
+}
+
+template <typename T, typename D>
+T ValueOr(const T* value, D missing) {
+    return value == nullptr ? static_cast<T>(missing) : *value;
+}
+
+} // namespace quorvex::server
