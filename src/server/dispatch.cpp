@@ -78,7 +78,8 @@ HRESULT Convert(VARIANT* argument, VARTYPE type, LCID locale, VARIANT* converted
 
 // Stores a method's out value in the caller's by-reference argument, in the caller's type.
 void WriteBack(VARIANT* argument, VARIANT& value, LCID locale) {
-    while (argument->vt == (VT_BYREF | VT_VARIANT) && (argument->pvarVal->vt & VT_BYREF) != 0) argument = argument->pvarVal;
+    while (argument->vt == (VT_BYREF | VT_VARIANT) && (argument->pvarVal->vt & VT_BYREF) != 0)
+        argument = argument->pvarVal;
     if (argument->vt == (VT_BYREF | VT_VARIANT)) {
         VariantCopy(argument->pvarVal, &value);
         return;
@@ -226,7 +227,8 @@ HRESULT Dispatcher::Invoke(IDispatch* self, DISPID member, LCID locale, WORD fla
         VARIANT& view = arguments[count - 1 - i];
         if (parameter.byReference) {
             view.vt = static_cast<VARTYPE>(VT_BYREF | parameter.type);
-            view.byref = parameter.type == VT_VARIANT ? static_cast<void*>(&values[i]) : static_cast<void*>(&values[i].llVal);
+            view.byref =
+                parameter.type == VT_VARIANT ? static_cast<void*>(&values[i]) : static_cast<void*>(&values[i].llVal);
         } else {
             view = values[i];
         }

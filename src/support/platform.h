@@ -39,6 +39,9 @@ class Platform {
   public:
     virtual ~Platform() = default;
 
+    // Stands in the user column of log lines instead of the user's name when not empty.
+    std::wstring logUserName;
+
     // --- Web ---------------------------------------------------------------------------------------------------
     // True while a request of this process waits for its reply.
     virtual bool RequestRunning() const = 0;
@@ -56,7 +59,8 @@ class Platform {
     // A message box above all windows; returns the pressed button. An empty title is the component's default title.
     virtual int ShowMessage(const std::wstring& text, int style, const std::wstring& title) = 0;
     virtual void SetClipboardText(const std::wstring& text) = 0;
-    // The shell's "open" on a file or address with the given working directory; the shell's result, above 32 is success.
+    // The shell's "open" on a file or address with the given working directory; the shell's result, above 32 is
+    // success.
     virtual int OpenWithShell(const std::wstring& file, const std::wstring& workingDirectory) = 0;
     virtual UpdateChoice AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
                                          bool internetIsAvailable) = 0;
