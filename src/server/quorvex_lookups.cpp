@@ -65,7 +65,8 @@ HRESULT QuorvexObject::GetFullAddressRecordByAddressID(BSTR* AddressID, VARIANT_
 HRESULT QuorvexObject::GetPostZonAddressLongLat(double TargetLongitude, double TargetLatitude, BSTR, BSTR* result) {
     if (result == nullptr) return E_POINTER;
     *result = nullptr;
-    return Guard([&] { *result = NewText(lookups::GetPostZonAddressLongLat(lookup_, TargetLongitude, TargetLatitude)); });
+    return Guard(
+        [&] { *result = NewText(lookups::GetPostZonAddressLongLat(lookup_, TargetLongitude, TargetLatitude)); });
 }
 
 HRESULT QuorvexObject::GetPostZonAddressRecord(BSTR* Postcode, VARIANT_BOOL* result) {
@@ -92,7 +93,8 @@ HRESULT QuorvexObject::Nearest_StartList(BSTR* TargetPostcode, double* WithInKm,
         double longitude = 0;
         double latitude = 0;
         double boxSize = 0;
-        if (!lookups::Nearest_StartList(lookup_, Text(TargetPostcode), ValueOr(WithInKm, 0), longitude, latitude, boxSize)) {
+        if (!lookups::Nearest_StartList(lookup_, Text(TargetPostcode), ValueOr(WithInKm, 0), longitude, latitude,
+                                        boxSize)) {
             return;
         }
         if (Longitude != nullptr) *Longitude = longitude;
@@ -107,8 +109,8 @@ HRESULT QuorvexObject::Nearest_AddToList(double* Longtitude, double* Latitude, B
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
     return Guard([&] {
-        *result = Boolean(lookups::Nearest_AddToList(lookup_, ValueOr(Longtitude, 0), ValueOr(Latitude, 0), Text(YouData1),
-                                                     Text(YouData2), Text(YouData3)));
+        *result = Boolean(lookups::Nearest_AddToList(lookup_, ValueOr(Longtitude, 0), ValueOr(Latitude, 0),
+                                                     Text(YouData1), Text(YouData2), Text(YouData3)));
     });
 }
 

@@ -55,8 +55,8 @@ std::wstring Classes(const std::wstring& key) {
 
 HRESULT SetValue(Scope scope, const std::wstring& key, const wchar_t* name, const std::wstring& value) {
     const DWORD bytes = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
-    return HRESULT_FROM_WIN32(static_cast<DWORD>(
-        RegSetKeyValueW(Root(scope), Classes(key).c_str(), name, REG_SZ, value.c_str(), bytes)));
+    return HRESULT_FROM_WIN32(
+        static_cast<DWORD>(RegSetKeyValueW(Root(scope), Classes(key).c_str(), name, REG_SZ, value.c_str(), bytes)));
 }
 
 HRESULT DeleteTree(Scope scope, const std::wstring& key) {

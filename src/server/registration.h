@@ -6,8 +6,8 @@ namespace quorvex::server {
 
 enum class Scope { Machine, User };
 
-// Writes the class, its ProgID and the type library into the registry, or takes everything out again. Registering what is
-// registered and unregistering what is not are no errors; a failed registration leaves nothing behind.
+// Writes the class, its ProgID and the type library into the registry, or takes everything out again. Registering what
+// is registered and unregistering what is not are no errors; a failed registration leaves nothing behind.
 HRESULT Register(Scope scope);
 HRESULT Unregister(Scope scope);
 

@@ -8,8 +8,8 @@
 
 namespace quorvex::support {
 
-// Paths in texts are folder + "\" + name, used as they stand. Natively a backslash separates folders, too; on Windows a path
-// too long for the classic calls takes its long form.
+// Paths in texts are folder + "\" + name, used as they stand. Natively a backslash separates folders, too; on Windows a
+// path too long for the classic calls takes its long form.
 std::filesystem::path ToPath(std::wstring_view path);
 std::wstring FromPath(const std::filesystem::path& path);
 // The part after the last backslash.
@@ -45,7 +45,8 @@ class FileHold {
 // False when there was nothing or it could not be deleted.
 bool DeleteFileQuietly(const std::wstring& path);
 bool RenameFileQuietly(const std::wstring& from, const std::wstring& to);
-// Names (without folder) that match prefix + anything + suffix, case ignored, in the order in which the directory returns them.
+// Names (without folder) that match prefix + anything + suffix, case ignored, in the order in which the directory
+// returns them.
 std::vector<std::wstring> ListFiles(const std::wstring& folder, std::wstring_view prefix, std::wstring_view suffix);
 
 } // namespace quorvex::support

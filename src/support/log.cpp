@@ -25,8 +25,9 @@ std::wstring TimeText(const LocalTime& time) {
 }
 
 std::wstring LineStart(const Platform& platform) {
+    const std::wstring user = platform.logUserName.empty() ? platform.UserName() : platform.logUserName;
     return TimeText(platform.Now()) + L"\t" + PadRight(Process().messageTitle, kTitleWidth, L' ') + L"\t" +
-           platform.ComputerName() + L"\t" + platform.UserName();
+           platform.ComputerName() + L"\t" + user;
 }
 
 // An extra may come from outside; a tab or line end in it would break the layout of the line.

@@ -10,12 +10,12 @@
 namespace quorvex::support {
 
 // The two logs in the data folder, "Activity" and "Error": one tab-separated line per event, each written in an
-// open-append-close of its own and rotated through five numbered files. Nothing here throws; a line that cannot be written after
-// the retries is lost.
+// open-append-close of its own and rotated through five numbered files. Nothing here throws; a line that cannot be
+// written after the retries is lost.
 
 inline constexpr std::int32_t kLogRotationBytes = 1000000;
-inline constexpr std::size_t kLogExtras = 10;      // extras of an activity line, all always written
-inline constexpr std::size_t kErrorLogExtras = 6;  // further values of an error line, only those given
+inline constexpr std::size_t kLogExtras = 10;     // extras of an activity line, all always written
+inline constexpr std::size_t kErrorLogExtras = 6; // further values of an error line, only those given
 
 void LogActivity(const Platform& platform, const std::wstring& message,
                  std::initializer_list<std::wstring> extras = {}) noexcept;

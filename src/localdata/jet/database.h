@@ -1,0 +1,70 @@
+#pragma once
+
+#include "localdata/jet/catalog.h"
+#include "localdata/jet/cursor.h"
+#include "localdata/jet/error.h"
+
+#include <map>
+
+namespace quorvex::localdata::jet {
+
+struct OpenOptions {
+  bool writable = false;  ///< false: others may read, nobody may write meanwhile; true: nobody else
+  Durability durability = Durability::kProcess;
+  unsigned batch = 1;     ///< records per transaction
+  std::size_t cachePages = 1024;
+  Storage* storage = nullptr;  ///< null: the system's files
+};
+
+/// A table of an open database. Cheap to copy; keeps the file open.
+class Table {
+ public:
+  Table(std::shared_ptr<Pager> pager, std::shared_ptr<const TableDef> def)
+      : pager_(std::move(pager)), def_(std::move(def)) {}
+
+  const TableDef& definition() const { return *def_; }
+  /// All rows, in table order.
+  Cursor Rows() const { return Cursor(pager_, def_, {}); }
+  /// The rows that meet the conditions, as Select orders them.
+  Cursor Where(const std::vector<Condition>& conditions) const;
+  /// The row of this id; throws kUsage when it is not there (any more).
+  Row Fetch(RowId id) const;
+  /// The first row in table order that meets the conditions ("[Name]='text'", joined by AND), or nothing.
+  std::optional<RowId> FindFirst(std::u16string_view conditions) const;
+  /// Rows there are, counted.
+  std::uint64_t CountRows() const;
+
+ private:
+  std::shared_ptr<Pager> pager_;
+  std::shared_ptr<const TableDef> def_;
+};
+
+/// An open Jet 4 database. All calls throw Error; one thread at a time.
+class Database {
+ public:
+  /// Opens an existing file. A change that was interrupted is undone first.
+  static Database Open(const std::filesystem::path& path, std::u16string_view password,
+                       const OpenOptions& options = {});
+
+  /// Throws kNoSuchTable. Names are case-blind.
+  Table OpenTable(std::u16string_view name);
+  std::vector<std::u16string> TableNames();
+  /// Runs a query (see ParseQuery).
+  Cursor Select(std::u16string_view query);
+
+  /// Commits what is open and closes the file. Tables and cursors then fail with kUsage.
+  void Close() { pager_->Close(); }
+  /// Pages read from the file since it was opened.
+  std::uint64_t PagesRead() const { return pager_->pagesRead(); }
+  const std::shared_ptr<Pager>& pager() const { return pager_; }
+
+ private:
+  explicit Database(std::shared_ptr<Pager> pager) : pager_(std::move(pager)) {}
+
+  std::shared_ptr<Pager> pager_;
+  std::optional<Catalog> catalog_;
+  std::map<std::u16string, std::shared_ptr<const TableDef>> tables_;  ///< by folded name
+  std::uint64_t rollbacks_ = 0;
+};
+
+}  // namespace quorvex::localdata::jet
