@@ -6,8 +6,8 @@
 #include "support/process_state.h"
 #include "web/http_session_win.h"
 
-#include <windows.h>
 #include <shellapi.h>
+#include <windows.h>
 
 #include <utility>
 
@@ -44,8 +44,9 @@ void WindowsPlatform::SetClipboardText(const std::wstring& text) {
 }
 
 int WindowsPlatform::OpenWithShell(const std::wstring& file, const std::wstring& workingDirectory) {
-    const HINSTANCE result = ShellExecuteW(nullptr, L"open", file.c_str(), nullptr,
-                                           workingDirectory.empty() ? nullptr : workingDirectory.c_str(), SW_SHOWNORMAL);
+    const HINSTANCE result =
+        ShellExecuteW(nullptr, L"open", file.c_str(), nullptr,
+                      workingDirectory.empty() ? nullptr : workingDirectory.c_str(), SW_SHOWNORMAL);
     return static_cast<int>(reinterpret_cast<INT_PTR>(result));
 }
 
