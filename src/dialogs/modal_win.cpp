@@ -71,6 +71,10 @@ void BringToFront(HWND window) {
     SetForegroundWindow(window);
 }
 
+void WakeMessageLoop() {
+    PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
+}
+
 ModalSession::ModalSession(HWND dialog, HWND host)
     : dialog_(dialog), host_(host), focus_(GetFocus()), keys_(dialog) {
     std::vector<HWND> windows;
