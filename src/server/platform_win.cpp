@@ -1,10 +1,10 @@
 #include "server/platform_win.h"
 
 #include "support/clipboard_win.h"
+#include "support/error.h"
 #include "support/machine_win.h"
 #include "support/message_pump_win.h"
 #include "support/process_state.h"
-#include "web/http_session_win.h"
 
 #include <windows.h>
 #include <shellapi.h>
@@ -13,7 +13,7 @@
 
 namespace quorvex::server {
 
-WindowsPlatform::WindowsPlatform(localdata::DatabaseProvider& databases, web::TransportLimits limits)
+WindowsPlatform::WindowsPlatform(localdata::DatabaseProvider* databases, web::TransportLimits limits)
     : databases_(databases), transport_(*this, std::move(limits)) {}
 
 bool WindowsPlatform::RequestRunning() const {
@@ -89,6 +89,11 @@ std::wstring WindowsPlatform::DataAccessVersion() const {
 
 std::wstring WindowsPlatform::SystemVersion() const {
     return support::SystemVersion();
+}
+
+localdata::DatabaseProvider& WindowsPlatform::Databases() {
+    if (databases_ == nullptr) throw support::Error(support::kErrorDatabase, L"No data engine");
+    return *databases_;
 }
 
 } // namespace quorvex::server

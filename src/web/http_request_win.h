@@ -10,10 +10,6 @@
 
 namespace quorvex::web {
 
-// Requests whose last callback has not come yet. A request that was given up lives on inside the system for a while: the DLL must
-// not be unloaded before this is 0.
-long OutstandingRequests();
-
 // One asynchronous GET, step by step: Send, ReceiveResponse, Read until nothing comes. Each step is started by a call that
 // returns at once and ends when StepDone() is signalled. Giving the object up at any point abandons the request.
 class HttpRequest {
@@ -39,7 +35,7 @@ class HttpRequest {
     // Known after ReceiveResponse.
     DWORD Status() const;
     std::wstring ContentType() const;
-    // 0 when the reply does not state it.
+    // Length of the whole body; 0 when the reply does not state it.
     std::uint64_t ContentLength() const;
 
   private:

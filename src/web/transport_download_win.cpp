@@ -77,7 +77,8 @@ bool Transport::SaveBody(HttpRequest& request, const std::wstring& progressCapti
         progress.Show(done, total);
         const Deadline silence(limits_.clock, limits_.downloadSilenceSeconds);
         if (!NextPiece(request, silence)) return false;
-        const std::string_view piece = request.Piece();
+        std::string_view piece = request.Piece();
+        if (piece.size() > total - done) piece = piece.substr(0, static_cast<std::size_t>(total - done));
         if (piece.empty()) return false; // cut
         file.Append(piece);
         done += piece.size();

@@ -110,6 +110,7 @@ std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) 
     }
     // Half an answer could pass for a whole one (an address list without its end): it counts as none.
     if (body.size() < stated) return kTimeOut;
+    if (stated != 0 && body.size() > stated) body.resize(static_cast<std::size_t>(stated));
     lastState_ = kComplete;
     return support::DecodeReply(body, support::ToUtf8(request.ContentType()));
 }
