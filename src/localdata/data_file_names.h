@@ -19,8 +19,7 @@ struct DataFile {
 // "THOURGHFARE", "Thourghfare" and "Thorughfare" are spelled as installed data and its readers know them: intended.
 inline constexpr std::array<DataFile, 3> kDataFiles = {{
     {L'F', L"PAF_FULL.dat", L"PAF_FULLAddress", L"Full PAF", L"Full PAF data present"},
-    {L'T', L"PAF_THOURGHFARE.dat", L"PAF_StreetAddress", L"Thourghfare PAF",
-     L"Thorughfare (Street) PAF data present"},
+    {L'T', L"PAF_THOURGHFARE.dat", L"PAF_StreetAddress", L"Thourghfare PAF", L"Thorughfare (Street) PAF data present"},
     {L'Z', L"PAF_POSTZON.dat", L"PAF_PostZon", L"PostZon Data", L"PostZon data present"},
 }};
 

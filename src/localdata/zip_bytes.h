@@ -36,9 +36,7 @@ class ZipBytes {
     bool Empty() const { return bytes_.empty(); }
 
   private:
-    static std::uint32_t Byte(std::string_view bytes, std::size_t at) {
-        return static_cast<unsigned char>(bytes[at]);
-    }
+    static std::uint32_t Byte(std::string_view bytes, std::size_t at) { return static_cast<unsigned char>(bytes[at]); }
 
     std::string_view bytes_;
 };

@@ -53,13 +53,13 @@ std::uint64_t StreamSize(std::istream& archive) {
     return static_cast<std::uint64_t>(size);
 }
 
-// The end record stands last, but for a comment and perhaps foreign bytes. It is taken where it fits: the directory that it
-// names must end where the record begins.
+// The end record stands last, but for a comment and perhaps foreign bytes. It is taken where it fits: the directory
+// that it names must end where the record begins.
 Directory FindDirectory(std::istream& archive) {
     const std::uint64_t size = StreamSize(archive);
     if (size < kEndLength) FailArchive(L"The file is not a zip archive");
-    const auto tailLength = static_cast<std::size_t>(
-        std::min<std::uint64_t>(size, kLocatorLength + kEndLength + kLongestComment));
+    const auto tailLength =
+        static_cast<std::size_t>(std::min<std::uint64_t>(size, kLocatorLength + kEndLength + kLongestComment));
     const std::string tail = ReadZipBytes(archive, size - tailLength, tailLength);
     bool seen = false;
     for (std::size_t at = tail.rfind(kEndSignature, tail.size() - kEndLength); at != std::string::npos;
@@ -73,8 +73,7 @@ Directory FindDirectory(std::istream& archive) {
         directory.entries = record.Take16();
         directory.size = record.Take32();
         directory.offset = record.Take32();
-        const bool locator =
-            at >= kLocatorLength && tail.compare(at - kLocatorLength, 4, kZip64LocatorSignature) == 0;
+        const bool locator = at >= kLocatorLength && tail.compare(at - kLocatorLength, 4, kZip64LocatorSignature) == 0;
         if (locator || directory.entries == kCountMovedToZip64 || directory.size == kMovedToZip64 ||
             directory.offset == kMovedToZip64) {
             FailArchive(L"The archive has the zip64 form, which is not supported");
@@ -144,8 +143,8 @@ std::size_t DescriptorLength(std::istream& archive, const Candidate& candidate, 
         const std::string descriptor = ReadZipBytes(archive, dataEnd, length);
         ZipBytes bytes(descriptor);
         if (length == 16 && bytes.Take32() != kDescriptorSignature) continue;
-        const bool same = bytes.Take32() == entry.crc && bytes.Take32() == entry.packedSize &&
-                          bytes.Take32() == entry.unpackedSize;
+        const bool same =
+            bytes.Take32() == entry.crc && bytes.Take32() == entry.packedSize && bytes.Take32() == entry.unpackedSize;
         if (same) return length;
     }
     FailArchive(L"The sizes behind \"" + entry.name + L"\" are not those of the directory");

@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::size_t kLongestName = 200; // room for a suffix within the 255 characters of NTFS
 
-// A device swallows its name with any extension, and with blanks before it: "nul.dat" and "NUL .dat" are both the device.
+// A device swallows its name with any extension, and with blanks before it: "nul.dat" and "NUL .dat" are both the
+// device.
 bool IsReservedDevice(std::wstring_view name) {
     static constexpr std::array<std::wstring_view, 7> kDevices = {L"CON",    L"PRN",     L"AUX",   L"NUL",
                                                                   L"CONIN$", L"CONOUT$", L"CLOCK$"};

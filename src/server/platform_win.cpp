@@ -1,19 +1,18 @@
 #include "server/platform_win.h"
 
 #include "support/clipboard_win.h"
-#include "support/error.h"
 #include "support/machine_win.h"
 #include "support/message_pump_win.h"
 #include "support/process_state.h"
 
-#include <windows.h>
 #include <shellapi.h>
+#include <windows.h>
 
 #include <utility>
 
 namespace quorvex::server {
 
-WindowsPlatform::WindowsPlatform(localdata::DatabaseProvider* databases, web::TransportLimits limits)
+WindowsPlatform::WindowsPlatform(localdata::DatabaseProvider& databases, web::TransportLimits limits)
     : databases_(databases), transport_(*this, std::move(limits)) {}
 
 bool WindowsPlatform::RequestRunning() const {
@@ -44,8 +43,9 @@ void WindowsPlatform::SetClipboardText(const std::wstring& text) {
 }
 
 int WindowsPlatform::OpenWithShell(const std::wstring& file, const std::wstring& workingDirectory) {
-    const HINSTANCE result = ShellExecuteW(nullptr, L"open", file.c_str(), nullptr,
-                                           workingDirectory.empty() ? nullptr : workingDirectory.c_str(), SW_SHOWNORMAL);
+    const HINSTANCE result =
+        ShellExecuteW(nullptr, L"open", file.c_str(), nullptr,
+                      workingDirectory.empty() ? nullptr : workingDirectory.c_str(), SW_SHOWNORMAL);
     return static_cast<int>(reinterpret_cast<INT_PTR>(result));
 }
 
@@ -89,11 +89,6 @@ std::wstring WindowsPlatform::DataAccessVersion() const {
 
 std::wstring WindowsPlatform::SystemVersion() const {
     return support::SystemVersion();
-}
-
-localdata::DatabaseProvider& WindowsPlatform::Databases() {
-    if (databases_ == nullptr) throw support::Error(support::kErrorDatabase, L"No data engine");
-    return *databases_;
 }
 
 } // namespace quorvex::server

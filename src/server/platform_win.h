@@ -8,8 +8,8 @@ namespace quorvex::server {
 // The component's surroundings on Windows, one per lookup object.
 class WindowsPlatform final : public support::Platform {
   public:
-    // The provider must outlive the platform; without one Databases() throws.
-    explicit WindowsPlatform(localdata::DatabaseProvider* databases = nullptr, web::TransportLimits limits = {});
+    // The provider must outlive the platform.
+    explicit WindowsPlatform(localdata::DatabaseProvider& databases, web::TransportLimits limits = {});
 
     bool RequestRunning() const override;
     std::wstring GetUrl(const std::wstring& url, int limitSeconds) override;
@@ -34,10 +34,10 @@ class WindowsPlatform final : public support::Platform {
     std::wstring DataAccessVersion() const override;
     std::wstring SystemVersion() const override;
 
-    localdata::DatabaseProvider& Databases() override;
+    localdata::DatabaseProvider& Databases() override { return databases_; }
 
   private:
-    localdata::DatabaseProvider* databases_;
+    localdata::DatabaseProvider& databases_;
     web::Transport transport_;
 };
 

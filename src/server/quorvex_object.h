@@ -1,6 +1,7 @@
 #pragma once
 
 #include "lookup/quorvex.h"
+#include "server/data_engine.h"
 #include "server/dispatch.h"
 #include "server/module.h"
 #include "server/platform_win.h"
@@ -122,10 +123,15 @@ class QuorvexObject final : public _Quorvex {
     // value.
     HRESULT LogPendingError() noexcept;
 
+    // The six map methods differ in the page only.
+    using MapFunction = std::wstring (*)(lookup::Quorvex&, const std::wstring&);
+    HRESULT MapPage(MapFunction page, BSTR* postcode, BSTR* result);
+
     ModuleReference module_;
     SharedDispatcher dispatcher_;
     LONG references_ = 1;
-    WindowsPlatform platform_;
+    DataEngine engine_;
+    WindowsPlatform platform_{engine_};
     lookup::Quorvex lookup_{platform_};
 };
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace quorvex::localdata {
 class DatabaseProvider;
@@ -30,8 +31,22 @@ inline constexpr int kAnswerOk = 1;
 inline constexpr int kAnswerYes = 6;
 inline constexpr int kAnswerNo = 7;
 
-// What the user chose in the update dialog.
-enum class UpdateChoice { Cancel = 0, ApplyFromFolder = 1, Download = 2 };
+// What the user chose in the update dialog. After ShowDetails and SendLogs the dialog is shown again.
+enum class UpdateChoice { Cancel = 0, ApplyFromFolder = 1, Download = 2, ShowDetails = 3, SendLogs = 4 };
+
+// A message for the user's mail program.
+struct MailMessage {
+    std::wstring to;
+    std::wstring subject;
+    std::wstring body;
+    std::vector<std::wstring> attachments; // full paths
+    bool review = false;                   // shown for the user to send, where the program can do so
+};
+enum class MailStatus { Sent, Shown, NoProgram, Failed };
+struct MailResult {
+    MailStatus status = MailStatus::NoProgram;
+    std::wstring detail; // what the mail program said when it failed
+};
 
 // Everything that the portable rooms need from outside. The Windows one is assembled in server/; tests put their own
 // behind it. No call throws unless its comment says so.
@@ -69,6 +84,8 @@ class Platform {
     virtual void HideProgress() = 0;
     // Lets pending window messages run once.
     virtual void PumpMessages() = 0;
+    // Hands the message to the user's mail program; a platform without one sends nothing.
+    virtual MailResult SendMail(const MailMessage&) { return {}; }
 
     // --- Machine -----------------------------------------------------------------------------------------------
     virtual std::wstring ComputerName() const = 0; // empty when the system does not tell

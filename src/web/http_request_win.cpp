@@ -4,6 +4,7 @@
 #include "web/http_session_win.h"
 #include "web/wire_url.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <optional>
@@ -11,7 +12,7 @@
 namespace quorvex::web {
 namespace {
 
-constexpr std::size_t kPieceBytes = 65536;
+constexpr DWORD kPieceBytes = 65536;
 
 [[noreturn]] void Fail(const wchar_t* what) {
     throw support::Error(static_cast<long>(GetLastError()), what);
@@ -31,6 +32,7 @@ struct HttpRequest::State {
 
     const HANDLE stepDone;
     std::atomic<DWORD> error{0};
+    std::atomic<DWORD> available{kPieceBytes}; // what the next Read may wait for
     std::atomic<DWORD> pieceBytes{0};
     std::array<char, kPieceBytes> piece; // written by the system only
 };
@@ -91,6 +93,9 @@ void CALLBACK HttpRequest::OnStatus(HINTERNET, DWORD_PTR context, DWORD status, 
     case WINHTTP_CALLBACK_STATUS_SENDREQUEST_COMPLETE:
     case WINHTTP_CALLBACK_STATUS_HEADERS_AVAILABLE:
         break;
+    case WINHTTP_CALLBACK_STATUS_DATA_AVAILABLE:
+        state.available = *static_cast<const DWORD*>(info);
+        break;
     case WINHTTP_CALLBACK_STATUS_READ_COMPLETE:
         state.pieceBytes = length;
         break;
@@ -121,9 +126,14 @@ bool HttpRequest::ReceiveResponse() {
     return Started(WinHttpReceiveResponse(request_, nullptr));
 }
 
+bool HttpRequest::AwaitData() {
+    return Started(WinHttpQueryDataAvailable(request_, nullptr));
+}
+
 bool HttpRequest::Read() {
     state_->pieceBytes = 0;
-    return Started(WinHttpReadData(request_, state_->piece.data(), kPieceBytes, nullptr));
+    const DWORD bytes = std::clamp<DWORD>(state_->available, 1, kPieceBytes);
+    return Started(WinHttpReadData(request_, state_->piece.data(), bytes, nullptr));
 }
 
 HANDLE HttpRequest::StepDone() const {

@@ -24,7 +24,9 @@ class HttpRequest {
     // False when the step failed at once.
     bool Send();
     bool ReceiveResponse();
-    bool Read();
+    bool Read(); // ends when the buffer is full or the body is at its end
+    // Ends when there is anything; what a Read then waits for is no more than that.
+    bool AwaitData();
 
     HANDLE StepDone() const;
     // The system's number of the failure of the last step, 0 when it went well.

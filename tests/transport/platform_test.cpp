@@ -20,6 +20,19 @@ class HeldKey {
     const BYTE key_;
 };
 
+class NoDatabases : public localdata::DatabaseProvider {
+  public:
+    std::unique_ptr<localdata::Connection> CreateConnection() override { return nullptr; }
+    std::unique_ptr<localdata::Recordset> CreateRecordset() override { return nullptr; }
+    std::wstring Name() const override { return {}; }
+};
+
+class PlatformTest : public ::testing::Test {
+  protected:
+    NoDatabases databases_;
+    server::WindowsPlatform platform_{databases_};
+};
+
 std::wstring ClipboardText() {
     if (!OpenClipboard(nullptr)) return L"(clipboard closed)";
     const HANDLE memory = GetClipboardData(CF_UNICODETEXT);
@@ -63,37 +76,34 @@ TEST_F(DiagnosticsTest, ReadingTheMessageIsNotTheNetworksTime) {
     EXPECT_EQ(Get(server.Url(L"/"), kShortLimit), L"here");
 }
 
-TEST(PlatformTest, TheClipboardTakesAnyTextAndWaitsForItsHolder) {
-    server::WindowsPlatform platform;
+TEST_F(PlatformTest, TheClipboardTakesAnyTextAndWaitsForItsHolder) {
     const std::wstring text = L"caf\u00E9 \u20AC \U0001F3E0\r\n" + std::wstring(100000, L'x');
-    platform.SetClipboardText(text);
+    platform_.SetClipboardText(text);
     EXPECT_EQ(ClipboardText(), text);
-    platform.SetClipboardText(L"");
+    platform_.SetClipboardText(L"");
     EXPECT_EQ(ClipboardText(), L"");
-    platform.SetClipboardText(L"last");
+    platform_.SetClipboardText(L"last");
     EXPECT_EQ(ClipboardText(), L"last");
 }
 
-TEST(PlatformTest, NamesAndTimeComeFromTheSystem) {
-    const server::WindowsPlatform platform;
+TEST_F(PlatformTest, NamesAndTimeComeFromTheSystem) {
     wchar_t name[256];
     DWORD size = 256;
     ASSERT_TRUE(GetComputerNameW(name, &size));
-    EXPECT_EQ(platform.ComputerName(), name);
+    EXPECT_EQ(platform_.ComputerName(), name);
     size = 256;
     ASSERT_TRUE(GetUserNameW(name, &size));
-    EXPECT_EQ(platform.UserName(), name);
-    EXPECT_EQ(platform.DriveShareName(L'C'), L"");
-    EXPECT_EQ(platform.DriveShareName(L'?'), L"");
-    EXPECT_EQ(platform.SystemVersion().substr(0, 8), L"Windows ");
-    EXPECT_EQ(platform.SystemVersion().find(L" 0.0"), std::wstring::npos);
-    const support::LocalTime now = platform.Now();
+    EXPECT_EQ(platform_.UserName(), name);
+    EXPECT_EQ(platform_.DriveShareName(L'C'), L"");
+    EXPECT_EQ(platform_.DriveShareName(L'?'), L"");
+    EXPECT_EQ(platform_.SystemVersion().substr(0, 8), L"Windows ");
+    EXPECT_EQ(platform_.SystemVersion().find(L" 0.0"), std::wstring::npos);
+    const support::LocalTime now = platform_.Now();
     const double seconds = now.hour * 3600.0 + now.minute * 60.0 + now.second;
     EXPECT_NEAR(web::SecondsSinceMidnight(), seconds, 2);
 }
 
-TEST(PlatformTest, TheDataAccessVersionIsTheRegistrysOwn) {
-    const server::WindowsPlatform platform;
+TEST_F(PlatformTest, TheDataAccessVersionIsTheRegistrysOwn) {
     constexpr wchar_t kKey[] = L"SOFTWARE\\Microsoft\\DataAccess";
     HKEY key = nullptr;
     DWORD made = 0;
@@ -102,18 +112,17 @@ TEST(PlatformTest, TheDataAccessVersionIsTheRegistrysOwn) {
         RegCloseKey(key);
         GTEST_SKIP() << "this system has a data access layer of its own";
     }
-    EXPECT_EQ(platform.DataAccessVersion(), L"");
+    EXPECT_EQ(platform_.DataAccessVersion(), L"");
     const std::wstring version = L"2.81.1117.0";
     RegSetValueExW(key, L"Version", 0, REG_SZ, reinterpret_cast<const BYTE*>(version.c_str()),
                    static_cast<DWORD>((version.size() + 1) * sizeof(wchar_t)));
-    EXPECT_EQ(platform.DataAccessVersion(), version);
+    EXPECT_EQ(platform_.DataAccessVersion(), version);
     RegCloseKey(key);
     RegDeleteKeyW(HKEY_LOCAL_MACHINE, kKey);
 }
 
-TEST(PlatformTest, TheShellSaysWhetherItOpened) {
-    server::WindowsPlatform platform;
-    EXPECT_LE(platform.OpenWithShell(L"no such file.xyz", L""), 32);
+TEST_F(PlatformTest, TheShellSaysWhetherItOpened) {
+    EXPECT_LE(platform_.OpenWithShell(L"no such file.xyz", L""), 32);
 }
 
 TEST(WindowHelpersTest, ClickAtPressesWhatLiesThere) {

@@ -3,6 +3,7 @@
 #include "transport/socket_server.h"
 
 #include "support/files.h"
+#include "support/text.h"
 
 namespace quorvex::testing {
 namespace {
@@ -12,6 +13,8 @@ class ProxyTest : public TransportTest {
     void WriteProxyFile(const std::string& text) {
         support::WriteFileBytes(Path(L"RegServerProxySettings.xml"), text);
     }
+    // Some systems name the scheme's own port in the request line.
+    static std::wstring WithoutPort(const std::wstring& url) { return support::ReplaceAll(url, L":80/", L"/"); }
     std::string Address() const { return "127.0.0.1:" + std::to_string(server_.Port()); }
 
     // Plays the proxy and, asked directly, the server.
@@ -21,7 +24,7 @@ class ProxyTest : public TransportTest {
 
 TEST_F(ProxyTest, TheNamedProxyIsAskedForTheWholeAddress) {
     WriteProxyFile("<settings>\r\n <Proxy_Port_80>\r\n " + Address() + "\r\n</Proxy_Port_80></settings>");
-    EXPECT_EQ(Get(unknown_), unknown_);
+    EXPECT_EQ(WithoutPort(Get(unknown_)), unknown_);
     EXPECT_TRUE(transport_.ProxyChecked());
     // Read again for every request.
     ASSERT_TRUE(support::DeleteFileQuietly(Path(L"RegServerProxySettings.xml")));
@@ -32,7 +35,7 @@ TEST_F(ProxyTest, TheNamedProxyIsAskedForTheWholeAddress) {
 TEST_F(ProxyTest, DownloadsGoThroughItToo) {
     WriteProxyFile("<Proxy_Port_80>" + Address() + "</Proxy_Port_80>");
     EXPECT_TRUE(transport_.GetHTTPFile(unknown_, Path(L"page.txt"), L""));
-    EXPECT_EQ(support::ReadFileBytes(Path(L"page.txt")), "http://service.invalid/page?a=1");
+    EXPECT_EQ(WithoutPort(support::FromUtf8(support::ReadFileBytes(Path(L"page.txt")))), unknown_);
 }
 
 TEST_F(ProxyTest, AFileThatNamesNoProxyIsIgnored) {
