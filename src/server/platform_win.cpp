@@ -6,7 +6,6 @@
 #include "support/clipboard_win.h"
 #include "support/machine_win.h"
 #include "support/message_pump_win.h"
-#include "web/http_session_win.h"
 
 #include <shellapi.h>
 #include <windows.h>
