@@ -80,6 +80,7 @@ void UpdateChoiceForm::Command(int id, int code, HWND) {
 void UpdateChoiceForm::Choose(support::UpdateChoice choice) {
     choice_ = choice;
     done_ = true;
+    WakeMessageLoop();
 }
 
 support::UpdateChoice AskUpdateChoice(support::Platform& platform, const std::wstring& caption,

@@ -20,6 +20,7 @@ class UpdateChoiceForm final : public Form {
     SIZE ClientSize() override;
     void Command(int id, int code, HWND control) override;
     void CloseRequested() override { Choose(support::UpdateChoice::Cancel); }
+    void Gone() override { Choose(support::UpdateChoice::Cancel); }
 
   private:
     void Choose(support::UpdateChoice choice);
