@@ -35,6 +35,7 @@ class Dispatcher {
     struct Signature {
         WORD kind = 0; // invocation kind; 0: no such member
         std::vector<Parameter> parameters;
+        bool fillsIn = false; // answers stand in its arguments
     };
 
     const Signature& Find(DISPID member, WORD flags);

@@ -31,8 +31,7 @@ std::string ToUtf8(const std::wstring& text) {
     case ERROR_FILE_EXISTS:
     case ERROR_ALREADY_EXISTS: code = ErrorCode::kFileExists; break;
     case ERROR_DISK_FULL:
-    case ERROR_HANDLE_DISK_FULL:
-    case ERROR_DISK_QUOTA_EXCEEDED: code = ErrorCode::kDiskFull; break;
+    case ERROR_HANDLE_DISK_FULL: code = ErrorCode::kDiskFull; break;
     default: break;
   }
   const char* reason = code == ErrorCode::kInUse ? "it is in use by someone else" : "";

@@ -62,7 +62,8 @@ Bytes ReadLongValue(Pager& pager, ByteView bytes, PageNo page) {
     const DataPage data = OpenDataPage(pager, id.page, kLongValueOwner);
     const ByteView row = LiveRow(data, id);
     if (row.size() < cell.length) ThrowCorrupt("a long value is cut off", id.page);
-    return Bytes(row.begin(), row.begin() + cell.length);
+    const ByteView value = row.first(cell.length);
+    return Bytes(value.begin(), value.end());
   }
   Bytes value;
   EachChainRow(pager, cell, [&value](RowId, ByteView data) { AppendBytes(value, data); });

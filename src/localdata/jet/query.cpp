@@ -32,6 +32,12 @@ bool IsBlank(char16_t c) { return c == u' ' || c == u'\t' || c == u'\r' || c == 
               "Syntax error in the query: " + what + " at position " + std::to_string(position + 1));
 }
 
+std::string Quoted(const std::string& text) {
+  std::string out(1, '"');
+  out.append(text).push_back('"');
+  return out;
+}
+
 class Lexer {
  public:
   explicit Lexer(std::u16string_view text) : text_(text) {}
@@ -104,7 +110,7 @@ class Lexer {
     token.kind = Token::kNumber;
     const char* const end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, token.number);
-    if (error != std::errc() || stop != end) Fail("\"" + digits + "\" is not a number", token.position);
+    if (error != std::errc() || stop != end) Fail(Quoted(digits) + " is not a number", token.position);
     if (at_ < text_.size() && IsNameStart(text_[at_])) Fail("a number runs into a name", at_);
   }
 
@@ -176,7 +182,7 @@ class Parser {
   [[noreturn]] void Unexpected() const {
     if (token_.kind == Token::kEnd) Fail("the query ends too early", token_.position);
     if (token_.kind == Token::kNumber) Fail("a number is not expected", token_.position);
-    Fail("\"" + ToUtf8(token_.text) + "\" is not expected", token_.position);
+    Fail(Quoted(ToUtf8(token_.text)) + " is not expected", token_.position);
   }
   std::u16string Name() {
     if (token_.kind != Token::kName) Unexpected();
