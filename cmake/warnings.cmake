@@ -3,7 +3,12 @@ set(QUORVEX_WARNINGS
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
     -Woverloaded-virtual -Wformat=2 -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  list(APPEND QUORVEX_WARNINGS -Wsuggest-override)
+  # gcc 12 sees overlapping copies inside std::string that cannot be (its bug 105651).
+  list(APPEND QUORVEX_WARNINGS -Wsuggest-override -Wno-restrict)
+  # Under the sanitizers gcc 12 takes the members of std::regex and std::function for uninitialised.
+  if(QUORVEX_SANITIZE)
+    list(APPEND QUORVEX_WARNINGS -Wno-maybe-uninitialized)
+  endif()
 endif()
 
 function(quorvex_warnings target)

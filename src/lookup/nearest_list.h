@@ -6,8 +6,9 @@
 
 namespace quorvex::lookup {
 
-// The host's own points around a start point. Entry texts lead with their distance in a fixed width, so that sorting the
-// texts sorts by distance. Position count is always an empty text; before the first list there are no positions at all.
+// The host's own points around a start point. Entry texts lead with their distance in a fixed width, so that sorting
+// the texts sorts by distance. Position count is always an empty text; before the first list there are no positions at
+// all.
 struct NearestList {
     double homeLongitude = 0;
     double homeLatitude = 0;

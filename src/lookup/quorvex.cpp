@@ -9,14 +9,21 @@ namespace quorvex::lookup {
 void Quorvex::LMSetDataPath(const std::wstring& dataPath) {
     dataPath_ = dataPath;
     support::Process().dataPath = dataPath;
+    NameLogUser();
 }
 
 void Quorvex::SetDataKey(const std::wstring& dataKey) {
     dataKey_ = support::RemoveControlChars(support::UpperCase(dataKey));
+    NameLogUser();
 }
 
-std::wstring Quorvex::LocalUserName() const {
-    return overrideComputerName_.empty() ? platform.ComputerName() : overrideComputerName_;
+void Quorvex::LMSetOverideComputerName(const std::wstring& computerName) {
+    overrideComputerName_ = computerName;
+    NameLogUser();
+}
+
+void Quorvex::NameLogUser() {
+    platform.logUserName = InternalKey() && LocalMode() ? overrideComputerName_ : std::wstring();
 }
 
 const std::wstring& Quorvex::EnsureServerURL() {

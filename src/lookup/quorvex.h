@@ -9,8 +9,8 @@
 
 namespace quorvex::lookup {
 
-// The lookup object: settings, state of the last reply, lists. It knows no COM and does no lookup itself; the rooms above
-// take it by reference, read its settings and leave their answers in it. Names are those that hosts use.
+// The lookup object: settings, state of the last reply, lists. It knows no COM and does no lookup itself; the rooms
+// above take it by reference, read its settings and leave their answers in it. Names are those that hosts use.
 class Quorvex {
   public:
     explicit Quorvex(support::Platform& platformOfHost) : platform(platformOfHost) {}
@@ -85,7 +85,7 @@ class Quorvex {
     std::wstring Extra5;
 
     // --- Settings ----------------------------------------------------------------------------------------------
-    void LMSetOverideComputerName(const std::wstring& computerName) { overrideComputerName_ = computerName; }
+    void LMSetOverideComputerName(const std::wstring& computerName);
     // Also sets the data path that all modules of the process share. No separator is added.
     void LMSetDataPath(const std::wstring& dataPath);
     // Upper-cased, characters below 32 removed.
@@ -104,8 +104,6 @@ class Quorvex {
     bool LocalMode() const { return !dataPath_.empty(); }
     // A key that begins with "I" is used by several people inside one firm and names the user in its calls.
     bool InternalKey() const { return !dataKey_.empty() && dataKey_.front() == L'I'; }
-    // The computer name to report in local mode: the override when the host set one.
-    std::wstring LocalUserName() const;
     // Stores the built-in base address when none is set; returns the address in use.
     const std::wstring& EnsureServerURL();
 
@@ -114,6 +112,9 @@ class Quorvex {
     NearestList nearest;
 
   private:
+    // An internal key in local mode is logged under the name that the host set.
+    void NameLogUser();
+
     std::wstring overrideComputerName_;
     std::wstring dataPath_;
     std::wstring dataKey_;

@@ -7,8 +7,8 @@
 
 namespace quorvex::lookup {
 
-// The records of the last list reply. Lines are taken off its front; the text itself is never moved, so a walk over a whole
-// reply is linear in its length.
+// The records of the last list reply. Lines are taken off its front; the text itself is never moved, so a walk over a
+// whole reply is linear in its length.
 class StoredList {
   public:
     static constexpr std::size_t kIdentifierCount = 102; // positions 0 to 101

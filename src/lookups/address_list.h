@@ -7,14 +7,14 @@
 
 namespace quorvex::lookups {
 
-// All addresses at a postcode, or at "postcode, house". The object then holds the list and RecordCount; true when the reply was
-// confirmed. Nothing found is no failure.
+// All addresses at a postcode, or at "postcode, house". The object then holds the list and RecordCount; true when the
+// reply was confirmed. Nothing found is no failure.
 bool GetFullAddressToList(lookup::Quorvex& object, const std::wstring& postcode);
 // Web only: the list by organisation, house, street and place; headings and lines.
 bool GetFullAddressToListAdv(lookup::Quorvex& object, const web::AdvancedCriteria& criteria);
 
-// The next display line of a postcode search, at most 101 of them; empty when the list is used up. Its identifier is kept for
-// GetFullAddressRecord.
+// The next display line of a postcode search, at most 101 of them; empty when the list is used up. Its identifier is
+// kept for GetFullAddressRecord.
 std::wstring GetFullAddressLineForSelection(lookup::Quorvex& object);
 
 // The next item of an advanced search.

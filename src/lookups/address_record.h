@@ -7,8 +7,8 @@
 
 namespace quorvex::lookups {
 
-// The full record of the line handed out at a position (0 to 99), of an address identifier, or the street record of a postcode.
-// True when the reply was confirmed; the record then stands in the Address_ properties.
+// The full record of the line handed out at a position (0 to 99), of an address identifier, or the street record of a
+// postcode. True when the reply was confirmed; the record then stands in the Address_ properties.
 bool GetFullAddressRecord(lookup::Quorvex& object, std::int32_t selectedListIndex);
 bool GetFullAddressRecordByAddressID(lookup::Quorvex& object, const std::wstring& addressId);
 bool GetThoroughfareAddressRecord(lookup::Quorvex& object, const std::wstring& postcode);

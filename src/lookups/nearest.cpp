@@ -1,6 +1,7 @@
 #include "lookups/nearest.h"
 
 #include "lookups/distance.h"
+#include "lookups/guarded.h"
 #include "lookups/postzon.h"
 #include "support/error.h"
 #include "support/quick_sort.h"
@@ -17,10 +18,11 @@ namespace {
 constexpr double kDegreesPerKilometre = 0.0091;
 constexpr std::int32_t kCapacityStep = 1000;
 
-// "00000.00": five integer digits with leading zeros, two decimals. Longer figures take more digits and then sort out of
-// numeric order: intended.
+// "00000.00": five integer digits with leading zeros, two decimals. Longer figures take more digits and then sort out
+// of numeric order: intended.
 std::wstring DistanceText(double kilometres) {
-    // Halves round away from zero as hosts know it from their own formats; 2.675 is stored below the half and still goes up.
+    // Halves round away from zero as hosts know it from their own formats; 2.675 is stored below the half and still
+    // goes up.
     const double hundredths = std::floor(kilometres * 100 * (1 + 1e-15) + 0.5);
     std::array<char, 400> text{};
     const int length = std::snprintf(text.data(), text.size(), "%08.2f", hundredths / 100);
@@ -39,54 +41,63 @@ std::size_t Position(const lookup::NearestList& list, std::int32_t index) {
 bool Nearest_StartList(lookup::Quorvex& object, const std::wstring& postcode, double maxDistanceKm, double& longitude,
                        double& latitude, double& boxSize) {
     if (!GetPostZonAddressRecord(object, postcode)) return false;
-    const double homeLongitude = support::ParseNumber(object.PostZon_Longitude_wgs84);
-    const double homeLatitude = support::ParseNumber(object.PostZon_Latitude_wgs84);
-    lookup::NearestList& list = object.nearest;
-    list.homeLongitude = longitude = homeLongitude;
-    list.homeLatitude = latitude = homeLatitude;
-    boxSize = maxDistanceKm * kDegreesPerKilometre;
-    list.maximumDistance = maxDistanceKm;
-    list.count = 0;
-    list.capacity = kCapacityStep;
-    list.entries.assign(static_cast<std::size_t>(kCapacityStep) + 1, {});
-    return true;
+    return Guarded(object, false, [&] {
+        const double homeLongitude = support::ParseNumber(object.PostZon_Longitude_wgs84);
+        const double homeLatitude = support::ParseNumber(object.PostZon_Latitude_wgs84);
+        lookup::NearestList& list = object.nearest;
+        list.homeLongitude = longitude = homeLongitude;
+        list.homeLatitude = latitude = homeLatitude;
+        boxSize = maxDistanceKm * kDegreesPerKilometre;
+        list.maximumDistance = maxDistanceKm;
+        list.count = 0;
+        list.capacity = kCapacityStep;
+        list.entries.assign(static_cast<std::size_t>(kCapacityStep) + 1, {});
+        return true;
+    });
 }
 
 bool Nearest_AddToList(lookup::Quorvex& object, double longitude, double latitude, const std::wstring& text1,
                        const std::wstring& text2, const std::wstring& text3) {
-    lookup::NearestList& list = object.nearest;
-    // Longitudes stand where latitudes are read and the other way round: intended, lists are ranked by this figure.
-    const double kilometres =
-        GetDistance(object.platform, list.homeLongitude, list.homeLatitude, longitude, latitude);
-    if (kilometres > list.maximumDistance) return true;
-    list.entries[Position(list, list.count)] = DistanceText(kilometres) + L"|" + text1 + L"|" + text2 + L"|" + text3 +
-                                               L"|" + support::NumberText(longitude) + L"|" +
-                                               support::NumberText(latitude);
-    if (++list.count > list.capacity) list.capacity += kCapacityStep;
-    const std::size_t positions = static_cast<std::size_t>(list.capacity) + 1;
-    if (list.entries.size() < positions) list.entries.resize(positions);
-    return true;
+    return Guarded(object, false, [&] {
+        lookup::NearestList& list = object.nearest;
+        // Longitudes stand where latitudes are read and the other way round: intended, lists are ranked by this figure.
+        const double kilometres =
+            GetDistance(object.platform, list.homeLongitude, list.homeLatitude, longitude, latitude);
+        if (kilometres > list.maximumDistance) return true;
+        list.entries[Position(list, list.count)] = DistanceText(kilometres) + L"|" + text1 + L"|" + text2 + L"|" +
+                                                   text3 + L"|" + support::NumberText(longitude) + L"|" +
+                                                   support::NumberText(latitude);
+        if (++list.count > list.capacity) list.capacity += kCapacityStep;
+        const std::size_t positions = static_cast<std::size_t>(list.capacity) + 1;
+        if (list.entries.size() < positions) list.entries.resize(positions);
+        return true;
+    });
 }
 
 std::int32_t Nearest_GetNumberOfRecordsReturned(lookup::Quorvex& object) {
-    lookup::NearestList& list = object.nearest;
-    // The empty entry at position count takes part and comes to stand at position 0, the nearest at 1.
-    if (!list.entries.empty()) support::QuickSort(list.entries, 0, static_cast<std::ptrdiff_t>(Position(list, list.count)));
-    return list.count;
+    return Guarded(object, std::int32_t{0}, [&] {
+        lookup::NearestList& list = object.nearest;
+        // The empty entry at position count takes part and comes to stand at position 0, the nearest at 1.
+        if (!list.entries.empty())
+            support::QuickSort(list.entries, 0, static_cast<std::ptrdiff_t>(Position(list, list.count)));
+        return list.count;
+    });
 }
 
 bool Nearest_GetRecord(lookup::Quorvex& object, std::int32_t index, NearestRecord& record) {
     const lookup::NearestList& list = object.nearest;
     if (index > list.count) return false;
-    std::wstring entry = list.entries[Position(list, index)] + L"|";
-    const auto piece = [&entry] { return support::NextField(entry, L"|", true); };
-    record.distance = support::LeadingNumber(piece());
-    record.text1 = piece();
-    record.text2 = piece();
-    record.text3 = piece();
-    record.longitude = support::LeadingNumber(piece());
-    record.latitude = support::LeadingNumber(piece());
-    return true;
+    return Guarded(object, false, [&] {
+        std::wstring entry = list.entries[Position(list, index)] + L"|";
+        const auto piece = [&entry] { return support::NextField(entry, L"|", true); };
+        record.distance = support::LeadingNumber(piece());
+        record.text1 = piece();
+        record.text2 = piece();
+        record.text3 = piece();
+        record.longitude = support::LeadingNumber(piece());
+        record.latitude = support::LeadingNumber(piece());
+        return true;
+    });
 }
 
 void Nearest_EndList(lookup::Quorvex& object) {

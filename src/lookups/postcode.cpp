@@ -9,8 +9,8 @@
 namespace quorvex::lookups {
 namespace {
 
-// Shifted digit keys of a UK keyboard. The shifted 8 ("*") has no rule: intended, it stays as typed. The order matters only in
-// that the blanks come first.
+// Shifted digit keys of a UK keyboard. The shifted 8 ("*") has no rule: intended, it stays as typed. The order matters
+// only in that the blanks come first.
 constexpr std::array<std::pair<const wchar_t*, const wchar_t*>, 10> kSlips = {{
     {L"  ", L" "},
     {L"!", L"1"},

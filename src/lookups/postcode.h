@@ -5,8 +5,9 @@
 
 namespace quorvex::lookups {
 
-// A postcode as typed, in the form in which the local tables hold it and the service is asked: shifted digits of a UK keyboard
-// made digits, the blank before the last three characters put, kept or dropped by length. No upper-casing, no trimming.
+// A postcode as typed, in the form in which the local tables hold it and the service is asked: shifted digits of a UK
+// keyboard made digits, the blank before the last three characters put, kept or dropped by length. No upper-casing, no
+// trimming.
 std::wstring FormatPostCode(std::wstring_view postcode);
 
 // The form in which local queries ask: formatted and upper-cased.

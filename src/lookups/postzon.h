@@ -6,7 +6,8 @@
 
 namespace quorvex::lookups {
 
-// The PostZon record of a postcode (5 to 8 characters), a grid reference (9 or more) or, in local mode, "longitude|latitude".
+// The PostZon record of a postcode (5 to 8 characters), a grid reference (9 or more) or, in local mode,
+// "longitude|latitude".
 bool GetPostZonAddressRecord(lookup::Quorvex& object, const std::wstring& key);
 // The postcode nearest to a point among the local data's rows within about 10 km; empty when there is none.
 std::wstring GetPostZonAddressLongLat(lookup::Quorvex& object, double longitude, double latitude);

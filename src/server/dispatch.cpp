@@ -4,7 +4,9 @@
 
 #include <quorvex_com.h>
 
+#include <algorithm>
 #include <cstring>
+#include <cwchar>
 #include <iterator>
 
 namespace quorvex::server {
@@ -67,6 +69,25 @@ bool Same(const VARIANT& a, const VARIANT& b) {
     return a.vt == VT_BSTR ? SameText(a.bstrVal, b.bstrVal) : a.llVal == b.llVal;
 }
 
+// Methods whose answers stand in their arguments.
+bool FillsInArguments(ITypeInfo* info, DISPID member) {
+    BSTR name = nullptr;
+    UINT count = 0;
+    if (FAILED(info->GetNames(member, &name, 1, &count)) || count == 0) return false;
+    static constexpr const wchar_t* kMethods[] = {L"GetFullAddressLineForSelectionAdv", L"Nearest_StartList",
+                                                  L"Nearest_GetRecord"};
+    const bool found = std::any_of(std::begin(kMethods), std::end(kMethods),
+                                   [&](const wchar_t* method) { return std::wcscmp(method, name) == 0; });
+    SysFreeString(name);
+    return found;
+}
+
+// A variable that holds nothing yet.
+bool Unset(VARIANT* argument) {
+    const VARIANT* const target = Target(argument);
+    return target->vt == VT_EMPTY;
+}
+
 // Converts the caller's argument to the parameter's type. Arrays and objects without a default value fail here.
 HRESULT Convert(VARIANT* argument, VARTYPE type, LCID locale, VARIANT* converted) {
     Variant plain;
@@ -78,7 +99,8 @@ HRESULT Convert(VARIANT* argument, VARTYPE type, LCID locale, VARIANT* converted
 
 // Stores a method's out value in the caller's by-reference argument, in the caller's type.
 void WriteBack(VARIANT* argument, VARIANT& value, LCID locale) {
-    while (argument->vt == (VT_BYREF | VT_VARIANT) && (argument->pvarVal->vt & VT_BYREF) != 0) argument = argument->pvarVal;
+    while (argument->vt == (VT_BYREF | VT_VARIANT) && (argument->pvarVal->vt & VT_BYREF) != 0)
+        argument = argument->pvarVal;
     if (argument->vt == (VT_BYREF | VT_VARIANT)) {
         VariantCopy(argument->pvarVal, &value);
         return;
@@ -146,6 +168,7 @@ Dispatcher::Signature Dispatcher::Read(DISPID member, WORD flags) const {
         if (FAILED(info_->GetFuncDesc(i, &function))) continue;
         if (function->memid == member && (static_cast<WORD>(function->invkind) & flags) != 0) {
             signature.kind = static_cast<WORD>(function->invkind);
+            signature.fillsIn = FillsInArguments(info_, member);
             for (int k = 0; k < function->cParams; ++k) {
                 const ELEMDESC& element = function->lprgelemdescParam[k];
                 const USHORT traits = element.paramdesc.wParamFlags;
@@ -211,7 +234,7 @@ HRESULT Dispatcher::Invoke(IDispatch* self, DISPID member, LCID locale, WORD fla
         if (Missing(argument)) {
             if (!parameter.optional) return argument == nullptr ? DISP_E_BADPARAMCOUNT : DISP_E_PARAMNOTOPTIONAL;
             if (parameter.defaultValue.vt != VT_EMPTY) {
-                hr = VariantCopy(&values[i], &parameter.defaultValue);
+                hr = VariantCopy(&values[i], const_cast<VARIANT*>(&parameter.defaultValue));
             } else {
                 values[i].vt = parameter.type; // zero, or a null text
             }
@@ -226,7 +249,8 @@ HRESULT Dispatcher::Invoke(IDispatch* self, DISPID member, LCID locale, WORD fla
         VARIANT& view = arguments[count - 1 - i];
         if (parameter.byReference) {
             view.vt = static_cast<VARTYPE>(VT_BYREF | parameter.type);
-            view.byref = parameter.type == VT_VARIANT ? static_cast<void*>(&values[i]) : static_cast<void*>(&values[i].llVal);
+            view.byref =
+                parameter.type == VT_VARIANT ? static_cast<void*>(&values[i]) : static_cast<void*>(&values[i].llVal);
         } else {
             view = values[i];
         }
@@ -237,9 +261,13 @@ HRESULT Dispatcher::Invoke(IDispatch* self, DISPID member, LCID locale, WORD fla
     DISPPARAMS call{arguments.data(), isPut ? &put : nullptr, count, isPut ? 1U : 0U};
     const HRESULT hr = info_->Invoke(self, member, signature.kind, &call, result, exception, badArgument);
     if (FAILED(hr)) return hr;
+    const bool failed = result != nullptr && result->vt == VT_BOOL && result->boolVal == VARIANT_FALSE;
     for (UINT i = 0; i < count; ++i) {
         const bool out = signature.parameters[i].byReference && given[i] != nullptr && (given[i]->vt & VT_BYREF) != 0;
-        if (out && !Same(values[i], before[i])) WriteBack(given[i], values[i], locale);
+        if (!out) continue;
+        // An answer of 0 or of no characters is one, too, where the caller's variable held nothing.
+        const bool answer = signature.fillsIn && !failed && Unset(given[i]);
+        if (answer || !Same(values[i], before[i])) WriteBack(given[i], values[i], locale);
     }
     return hr;
 }

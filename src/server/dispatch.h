@@ -10,9 +10,9 @@
 
 namespace quorvex::server {
 
-// IDispatch for script hosts, more forgiving than the plain type-library dispatcher: a by-reference argument may be a literal, a
-// variable of any convertible type, or left out where it is optional; values that the method changed are written back into the
-// caller's variable, unchanged ones keep the caller's own type.
+// IDispatch for script hosts, more forgiving than the plain type-library dispatcher: a by-reference argument may be a
+// literal, a variable of any convertible type, or left out where it is optional; values that the method changed are
+// written back into the caller's variable, unchanged ones keep the caller's own type.
 class Dispatcher {
   public:
     explicit Dispatcher(ITypeInfo* info); // takes a reference of its own
@@ -35,6 +35,7 @@ class Dispatcher {
     struct Signature {
         WORD kind = 0; // invocation kind; 0: no such member
         std::vector<Parameter> parameters;
+        bool fillsIn = false; // answers stand in its arguments
     };
 
     const Signature& Find(DISPID member, WORD flags);

@@ -65,7 +65,8 @@ HRESULT QuorvexObject::GetFullAddressRecordByAddressID(BSTR* AddressID, VARIANT_
 HRESULT QuorvexObject::GetPostZonAddressLongLat(double TargetLongitude, double TargetLatitude, BSTR, BSTR* result) {
     if (result == nullptr) return E_POINTER;
     *result = nullptr;
-    return Guard([&] { *result = NewText(lookups::GetPostZonAddressLongLat(lookup_, TargetLongitude, TargetLatitude)); });
+    return Guard(
+        [&] { *result = NewText(lookups::GetPostZonAddressLongLat(lookup_, TargetLongitude, TargetLatitude)); });
 }
 
 HRESULT QuorvexObject::GetPostZonAddressRecord(BSTR* Postcode, VARIANT_BOOL* result) {
@@ -84,7 +85,7 @@ HRESULT QuorvexObject::GetDistance(double* Latitude1, double* Longtitude1, doubl
     });
 }
 
-HRESULT QuorvexObject::Nearest_StartList(BSTR* TargetPostcode, double* WithInKm, double* Longitude, double* Latitude,
+HRESULT QuorvexObject::Nearest_StartList(BSTR* TargetPostcode, double* WithInKm, double* Longtitude, double* Latitude,
                                          double* Difference, VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
@@ -92,10 +93,11 @@ HRESULT QuorvexObject::Nearest_StartList(BSTR* TargetPostcode, double* WithInKm,
         double longitude = 0;
         double latitude = 0;
         double boxSize = 0;
-        if (!lookups::Nearest_StartList(lookup_, Text(TargetPostcode), ValueOr(WithInKm, 0), longitude, latitude, boxSize)) {
+        if (!lookups::Nearest_StartList(lookup_, Text(TargetPostcode), ValueOr(WithInKm, 0), longitude, latitude,
+                                        boxSize)) {
             return;
         }
-        if (Longitude != nullptr) *Longitude = longitude;
+        if (Longtitude != nullptr) *Longtitude = longitude;
         if (Latitude != nullptr) *Latitude = latitude;
         if (Difference != nullptr) *Difference = boxSize;
         *result = VARIANT_TRUE;
@@ -107,8 +109,8 @@ HRESULT QuorvexObject::Nearest_AddToList(double* Longtitude, double* Latitude, B
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
     return Guard([&] {
-        *result = Boolean(lookups::Nearest_AddToList(lookup_, ValueOr(Longtitude, 0), ValueOr(Latitude, 0), Text(YouData1),
-                                                     Text(YouData2), Text(YouData3)));
+        *result = Boolean(lookups::Nearest_AddToList(lookup_, ValueOr(Longtitude, 0), ValueOr(Latitude, 0),
+                                                     Text(YouData1), Text(YouData2), Text(YouData3)));
     });
 }
 
@@ -118,7 +120,7 @@ HRESULT QuorvexObject::Nearest_GetNumberOfRecordsReturned(long* result) {
     return Guard([&] { *result = lookups::Nearest_GetNumberOfRecordsReturned(lookup_); });
 }
 
-HRESULT QuorvexObject::Nearest_GetRecord(long* x, double* distance, double* Longitude, double* Latitude, BSTR* YouData1,
+HRESULT QuorvexObject::Nearest_GetRecord(long* x, double* distance, double* Longtitude, double* Latitude, BSTR* YouData1,
                                          BSTR* YouData2, BSTR* YouData3, VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
@@ -126,7 +128,7 @@ HRESULT QuorvexObject::Nearest_GetRecord(long* x, double* distance, double* Long
         lookups::NearestRecord record;
         if (!lookups::Nearest_GetRecord(lookup_, ValueOr(x, 0), record)) return;
         if (distance != nullptr) *distance = record.distance;
-        if (Longitude != nullptr) *Longitude = record.longitude;
+        if (Longtitude != nullptr) *Longtitude = record.longitude;
         if (Latitude != nullptr) *Latitude = record.latitude;
         ReplaceText(YouData1, record.text1);
         ReplaceText(YouData2, record.text2);

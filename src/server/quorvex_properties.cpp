@@ -13,7 +13,7 @@ namespace quorvex::server {
         return Guard([&] { lookup_.name = fromHost(value); });                                                         \
     }
 #define QUORVEX_TEXT(name) QUORVEX_PROPERTY(BSTR, name, NewText, Text)
-#define QUORVEX_BOOLEAN(name) QUORVEX_PROPERTY(VARIANT_BOOL, name, Boolean, 0 != )
+#define QUORVEX_BOOLEAN(name) QUORVEX_PROPERTY(VARIANT_BOOL, name, Boolean, 0 !=)
 #define QUORVEX_LONG(name) QUORVEX_PROPERTY(long, name, static_cast<long>, static_cast<std::int32_t>)
 #define QUORVEX_SHORT(name) QUORVEX_PROPERTY(short, name, static_cast<short>, static_cast<std::int16_t>)
 

@@ -24,8 +24,11 @@ void Append(std::wstring& text, char32_t c) {
 char32_t NextUtf8(std::string_view bytes, std::size_t& at, bool& valid) {
     const auto byte = [&](std::size_t i) { return static_cast<std::uint8_t>(bytes[i]); };
     const std::uint8_t lead = byte(at);
-    const std::size_t length = lead < 0x80 ? 1 : lead >= 0xC2 && lead < 0xE0 ? 2 : lead >= 0xE0 && lead < 0xF0 ? 3
-                               : lead >= 0xF0 && lead < 0xF5 ? 4 : 0;
+    const std::size_t length = lead < 0x80                   ? 1
+                               : lead >= 0xC2 && lead < 0xE0 ? 2
+                               : lead >= 0xE0 && lead < 0xF0 ? 3
+                               : lead >= 0xF0 && lead < 0xF5 ? 4
+                                                             : 0;
     if (length == 1) return byte(at++);
     if (length != 0 && length <= bytes.size() - at) {
         char32_t c = lead & (0xFFU >> (length + 1));
@@ -100,7 +103,8 @@ std::string ToUtf8(std::wstring_view text) {
 
 std::wstring FromLatin1(std::string_view bytes) {
     std::wstring text(bytes.size(), L'\0');
-    std::transform(bytes.begin(), bytes.end(), text.begin(), [](char c) { return static_cast<wchar_t>(static_cast<std::uint8_t>(c)); });
+    std::transform(bytes.begin(), bytes.end(), text.begin(),
+                   [](char c) { return static_cast<wchar_t>(static_cast<std::uint8_t>(c)); });
     return text;
 }
 
@@ -108,7 +112,8 @@ std::wstring DecodeReply(std::string_view body, std::string_view contentType) {
     const std::string charset = CharsetOf(contentType);
     if (charset == "utf-8" || charset == "utf8") return WithoutByteOrderMark(FromUtf8(body));
     if (charset == "iso-8859-1" || charset == "latin1" || charset == "us-ascii") return FromLatin1(body);
-    const bool ascii = std::all_of(body.begin(), body.end(), [](char c) { return static_cast<std::uint8_t>(c) < 0x80; });
+    const bool ascii =
+        std::all_of(body.begin(), body.end(), [](char c) { return static_cast<std::uint8_t>(c) < 0x80; });
     if (ascii) return FromLatin1(body);
     if (charset.empty() && IsValidUtf8(body)) return WithoutByteOrderMark(FromUtf8(body));
     return FromAnsi(body);

@@ -26,6 +26,7 @@ inline constexpr long kErrorSubscript = 9;
 inline constexpr long kErrorTypeMismatch = 13;
 inline constexpr long kErrorBadFile = 52;
 inline constexpr long kErrorFileNotFound = 53;
+inline constexpr long kErrorFileExists = 58;
 inline constexpr long kErrorDiskFull = 61;
 inline constexpr long kErrorPermissionDenied = 70;
 inline constexpr long kErrorPathAccess = 75;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace quorvex::localdata {
 class DatabaseProvider;
@@ -30,14 +31,31 @@ inline constexpr int kAnswerOk = 1;
 inline constexpr int kAnswerYes = 6;
 inline constexpr int kAnswerNo = 7;
 
-// What the user chose in the update dialog.
-enum class UpdateChoice { Cancel = 0, ApplyFromFolder = 1, Download = 2 };
+// What the user chose in the update dialog. After ShowDetails and SendLogs the dialog is shown again.
+enum class UpdateChoice { Cancel = 0, ApplyFromFolder = 1, Download = 2, ShowDetails = 3, SendLogs = 4 };
+
+// A message for the user's mail program.
+struct MailMessage {
+    std::wstring to;
+    std::wstring subject;
+    std::wstring body;
+    std::vector<std::wstring> attachments; // full paths
+    bool review = false;                   // shown for the user to send, where the program can do so
+};
+enum class MailStatus { Sent, Shown, NoProgram, Failed };
+struct MailResult {
+    MailStatus status = MailStatus::NoProgram;
+    std::wstring detail; // what the mail program said when it failed
+};
 
 // Everything that the portable rooms need from outside. The Windows one is assembled in server/; tests put their own
 // behind it. No call throws unless its comment says so.
 class Platform {
   public:
     virtual ~Platform() = default;
+
+    // Stands in the user column of log lines instead of the user's name when not empty.
+    std::wstring logUserName;
 
     // --- Web ---------------------------------------------------------------------------------------------------
     // True while a request of this process waits for its reply.
@@ -56,7 +74,8 @@ class Platform {
     // A message box above all windows; returns the pressed button. An empty title is the component's default title.
     virtual int ShowMessage(const std::wstring& text, int style, const std::wstring& title) = 0;
     virtual void SetClipboardText(const std::wstring& text) = 0;
-    // The shell's "open" on a file or address with the given working directory; the shell's result, above 32 is success.
+    // The shell's "open" on a file or address with the given working directory; the shell's result, above 32 is
+    // success.
     virtual int OpenWithShell(const std::wstring& file, const std::wstring& workingDirectory) = 0;
     virtual UpdateChoice AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
                                          bool internetIsAvailable) = 0;
@@ -65,6 +84,8 @@ class Platform {
     virtual void HideProgress() = 0;
     // Lets pending window messages run once.
     virtual void PumpMessages() = 0;
+    // Hands the message to the user's mail program; a platform without one sends nothing.
+    virtual MailResult SendMail(const MailMessage&) { return {}; }
 
     // --- Machine -----------------------------------------------------------------------------------------------
     virtual std::wstring ComputerName() const = 0; // empty when the system does not tell

@@ -38,7 +38,8 @@ std::wstring ReplaceAll(std::wstring_view text, std::wstring_view sought, std::w
 std::size_t CountOccurrences(std::wstring_view text, std::wstring_view sought) {
     if (sought.empty()) return 0;
     std::size_t count = 0;
-    for (std::size_t at = text.find(sought); at != std::wstring_view::npos; at = text.find(sought, at + sought.size())) {
+    for (std::size_t at = text.find(sought); at != std::wstring_view::npos;
+         at = text.find(sought, at + sought.size())) {
         ++count;
     }
     return count;

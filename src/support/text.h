@@ -7,7 +7,8 @@
 namespace quorvex::support {
 
 // --- Conversion at the edges -----------------------------------------------------------------------------------------
-// Damaged input becomes U+FFFD; nothing here throws. On platforms with 16-bit wchar_t characters above U+FFFF are pairs.
+// Damaged input becomes U+FFFD; nothing here throws. On platforms with 16-bit wchar_t characters above U+FFFF are
+// pairs.
 std::wstring FromUtf8(std::string_view bytes);
 std::string ToUtf8(std::wstring_view text);
 bool IsValidUtf8(std::string_view bytes);
@@ -15,8 +16,8 @@ bool IsValidUtf8(std::string_view bytes);
 std::wstring FromAnsi(std::string_view bytes);
 std::string ToAnsi(std::wstring_view text);
 std::wstring FromLatin1(std::string_view bytes);
-// A reply body: by the charset that its Content-Type names, else as UTF-8 when it is valid UTF-8 with non-ASCII characters,
-// else by the ANSI code page.
+// A reply body: by the charset that its Content-Type names, else as UTF-8 when it is valid UTF-8 with non-ASCII
+// characters, else by the ANSI code page.
 std::wstring DecodeReply(std::string_view body, std::string_view contentType);
 
 // --- Case, trimming, searching ---------------------------------------------------------------------------------------
@@ -41,7 +42,8 @@ std::wstring NextField(std::wstring& list, std::wstring_view separator, bool rem
 std::wstring CleanLogText(std::wstring_view text);
 
 // --- Numbers ---------------------------------------------------------------------------------------------------------
-// Shortest decimal text that reads back to the same double, with a point, whatever the locale.
+// Shortest decimal text that reads back to the same double, with a point, whatever the locale; an exponent only below 1e-7 and
+// from 1e21.
 std::wstring NumberText(double number);
 // A whole text as a number, outer blanks allowed; throws Error (type mismatch) when it is none.
 double ParseNumber(std::wstring_view text);

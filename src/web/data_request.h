@@ -10,8 +10,8 @@ namespace quorvex::web {
 extern const wchar_t* const kTimeOutMessage;
 inline constexpr int kRequestLimitSeconds = 30;
 
-// The whole reply to a GET of the URL as text; kTimeOutMessage when there was none; empty when another request is waiting.
-// With ShowHTTPcallsInDetailFlg the call and the reply are shown and put on the clipboard.
+// The whole reply to a GET of the URL as text; kTimeOutMessage when there was none; empty when another request is
+// waiting. With ShowHTTPcallsInDetailFlg the call and the reply are shown and put on the clipboard.
 std::wstring GetDataFromHTTPRequest(lookup::Quorvex& object, const std::wstring& url);
 
 // The same with a limit of its own and without the debug display; for the update procedure.

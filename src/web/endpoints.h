@@ -6,8 +6,8 @@
 
 namespace quorvex::web {
 
-// Complete URLs of the service. Values are appended as given, unencoded. Each first stores the default base address in the
-// object when it has none. Internal keys name the computer at the place that each page expects.
+// Complete URLs of the service. Values are appended as given, unencoded. Each first stores the default base address in
+// the object when it has none. Internal keys name the computer at the place that each page expects.
 std::wstring SearchForAddressUrl(lookup::Quorvex& object, const std::wstring& postcode);
 
 struct AdvancedCriteria {

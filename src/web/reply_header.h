@@ -7,8 +7,8 @@
 namespace quorvex::web {
 
 // Reads the header that every reply carries, and the address-record and PostZon elements, into the object's properties.
-// requireRecord: a reply without a postcode does not count as confirmed. A reply without "<confirm>" leaves General_confirm as
-// it is and becomes the error message (in local mode: its errormessage element does).
+// requireRecord: a reply without a postcode does not count as confirmed. A reply without "<confirm>" leaves
+// General_confirm as it is and becomes the error message (in local mode: its errormessage element does).
 void ReadReplyHeader(lookup::Quorvex& object, const std::wstring& reply, bool requireRecord);
 
 } // namespace quorvex::web

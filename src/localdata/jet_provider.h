@@ -1,0 +1,19 @@
+#pragma once
+
+#include "localdata/database.h"
+
+namespace quorvex::localdata {
+
+// The database interface over the embedded Jet 4 engine, with the rules that data access keeps: properties are set
+// before opening, nothing is opened twice, no row is read behind the end.
+//
+// A connection opened with share mode 8 excludes writers for its life. One without a mode does so, too, until a record
+// set that may change rows is opened on it; then it excludes everybody else.
+class JetProvider final : public DatabaseProvider {
+  public:
+    std::unique_ptr<Connection> CreateConnection() override;
+    std::unique_ptr<Recordset> CreateRecordset() override;
+    std::wstring Name() const override;
+};
+
+} // namespace quorvex::localdata

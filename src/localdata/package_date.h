@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quorvex::localdata {
+
+// Dates of packages and data files are eight digits, year, month, day; they compare as texts.
+
+// True when the text is such a date and that day exists.
+bool IsPackageDate(std::wstring_view text);
+
+// "31 Jan 2026", English months whatever the locale; a text that is no date is returned as it stands.
+std::wstring DisplayDate(const std::wstring& date);
+
+} // namespace quorvex::localdata

@@ -1,0 +1,180 @@
+#include "localdata/status.h"
+
+#include "localdata/data_file_names.h"
+#include "localdata/database.h"
+#include "localdata/package_date.h"
+#include "localdata/row_reader.h"
+#include "support/error.h"
+#include "support/files.h"
+#include "support/log.h"
+#include "support/process_state.h"
+#include "support/text.h"
+
+#include <algorithm>
+#include <exception>
+
+namespace quorvex::localdata {
+namespace {
+
+constexpr wchar_t kUnknownKindDate[] = L"19000101";
+constexpr wchar_t kLineEnd[] = L"\r\n";
+
+// Runs a reader of one data file; what it throws goes to the error log and its result stays empty.
+template <typename Reader>
+std::wstring ReadQuietly(support::Platform& platform, const std::wstring& file, Reader&& read) {
+    try {
+        return read();
+    } catch (const support::Error& error) {
+        support::LogError(platform, error, {}, {file});
+    } catch (const std::exception& error) {
+        const support::Error internal(support::kErrorInternal, support::FromUtf8(error.what()));
+        support::LogError(platform, internal, {}, {file});
+    }
+    return {};
+}
+
+std::wstring ReadLastUpdate(support::Platform& platform, const std::wstring& dataFolder, const DataFile& dataFile) {
+    const std::wstring file = DataFilePath(dataFolder, dataFile);
+    if (!support::FileExists(file)) return {};
+    return ReadQuietly(platform, file, [&]() -> std::wstring {
+        RowReader version(platform.Databases(), file, L"SELECT * From [version] WHERE [id]=2;");
+        std::wstring date;
+        if (!version.AtEnd()) date = version.Text(L"Text");
+        version.Close();
+        return date;
+    });
+}
+
+std::wstring CountRecords(support::Platform& platform, const std::wstring& file, const DataFile& dataFile) {
+    const std::wstring count = ReadQuietly(platform, file, [&] {
+        RowReader rows(platform.Databases(), file, std::wstring(L"SELECT * From ") + dataFile.table);
+        long records = 0;
+        for (; !rows.AtEnd(); rows.Next()) ++records;
+        rows.Close();
+        return std::to_wstring(records);
+    });
+    return count.empty() ? L"cannot be read" : count + L" records";
+}
+
+// The server of "\\server\share...", its first label when the name is dotted.
+std::wstring ServerOf(std::wstring_view networkPath) {
+    std::wstring rest(networkPath.substr(2));
+    std::wstring server = support::NextField(rest, L"\\", false);
+    return support::NextField(server, L".", false);
+}
+
+// The long forms of Windows paths say the same with a prefix.
+std::wstring WithoutLongPrefix(const std::wstring& path) {
+    constexpr std::wstring_view kLongNetwork = L"\\\\?\\UNC\\";
+    constexpr std::wstring_view kLong = L"\\\\?\\";
+    if (path.starts_with(kLongNetwork)) return L"\\\\" + path.substr(kLongNetwork.size());
+    return path.starts_with(kLong) ? path.substr(kLong.size()) : path;
+}
+
+bool IsNetworkPath(std::wstring_view path) {
+    return path.starts_with(L"\\\\");
+}
+
+} // namespace
+
+const std::wstring* LastUpdateDates::Of(wchar_t kind) const {
+    switch (kind) {
+    case L'F':
+        return &full;
+    case L'T':
+        return &street;
+    case L'Z':
+        return &postZon;
+    default:
+        return nullptr;
+    }
+}
+
+bool AreDataFilesInPlace(const std::wstring& dataFolder) {
+    return std::any_of(kDataFiles.begin(), kDataFiles.end(), [&dataFolder](const DataFile& file) {
+        return support::FileExists(DataFilePath(dataFolder, file));
+    });
+}
+
+std::wstring GetLastUpdateFULL(support::Platform& platform, const std::wstring& dataFolder) {
+    return ReadLastUpdate(platform, dataFolder, *FindDataFile(L'F'));
+}
+
+std::wstring GetLastUpdateStreet(support::Platform& platform, const std::wstring& dataFolder) {
+    return ReadLastUpdate(platform, dataFolder, *FindDataFile(L'T'));
+}
+
+std::wstring GetLastUpdatePostZon(support::Platform& platform, const std::wstring& dataFolder) {
+    return ReadLastUpdate(platform, dataFolder, *FindDataFile(L'Z'));
+}
+
+LastUpdateDates GetLastUpdateDates(support::Platform& platform, const std::wstring& dataFolder) {
+    return {GetLastUpdateFULL(platform, dataFolder), GetLastUpdateStreet(platform, dataFolder),
+            GetLastUpdatePostZon(platform, dataFolder)};
+}
+
+void ShowDataPathMissing(support::Platform& platform) {
+    platform.ShowMessage(L"Data path must be set first", support::kStyleCritical, support::Process().messageTitle);
+}
+
+std::wstring LMGetLastUpdateDate(lookup::Quorvex& object, const std::wstring& kind) {
+    if (!object.LocalMode()) {
+        ShowDataPathMissing(object.platform);
+        return {};
+    }
+    const std::wstring letter = support::UpperCase(kind);
+    const DataFile* file = letter.size() == 1 ? FindDataFile(letter.front()) : nullptr;
+    return file == nullptr ? kUnknownKindDate : ReadLastUpdate(object.platform, object.DataPath(), *file);
+}
+
+std::wstring GetDataStorageComputerName(support::Platform& platform, const std::wstring& dataFolder) {
+    support::Process().currentOperation = L"IsRegistered:GetDriveName 1";
+    const std::wstring folder = WithoutLongPrefix(dataFolder);
+    std::wstring server;
+    if (IsNetworkPath(folder)) {
+        server = ServerOf(folder);
+    } else {
+        const bool hasDrive = folder.size() >= 2 && folder[1] == L':';
+        const std::wstring share = hasDrive ? platform.DriveShareName(folder.front()) : std::wstring();
+        server = IsNetworkPath(share) ? ServerOf(share) : platform.ComputerName();
+    }
+    return support::UpperCase(server);
+}
+
+std::wstring GetSummary(support::Platform& platform, const std::wstring& dataFolder, LastUpdateDates& dates) {
+    dates = GetLastUpdateDates(platform, dataFolder);
+    std::wstring summary;
+    for (const DataFile& file : kDataFiles) {
+        if (!support::FileExists(DataFilePath(dataFolder, file))) continue;
+        summary += std::wstring(L"  ") + file.summaryHeading + kLineEnd;
+        summary += L"  Last updated:" + DisplayDate(*dates.Of(file.kind)) + kLineEnd;
+    }
+    const std::wstring version = platform.DataAccessVersion();
+    summary += L"  Data is on Machine:" + GetDataStorageComputerName(platform, dataFolder) + kLineEnd;
+    summary += L"  MDAC Version:" + (version.empty() ? L"Not LOADED" : version);
+    return summary;
+}
+
+std::wstring GetDetailedSummary(support::Platform& platform, const std::wstring& dataFolder) {
+    const auto line = [](const std::wstring& text) { return L"  " + text + kLineEnd; };
+    std::wstring summary = std::wstring(L"System:") + kLineEnd;
+    summary += line(L"Component version:" + lookup::GetVersion());
+    summary += line(L"Bitness:" + std::to_wstring(sizeof(void*) * 8) + L"-bit");
+    summary += line(L"Windows version:" + platform.SystemVersion());
+    summary += line(L"Computer:" + platform.ComputerName());
+    summary += line(L"User:" + platform.UserName());
+    summary += line(L"Database engine:" +
+                    ReadQuietly(platform, dataFolder, [&platform] { return platform.Databases().Name(); }));
+    LastUpdateDates dates;
+    summary += std::wstring(L"Data Status:") + kLineEnd + GetSummary(platform, dataFolder, dates);
+    for (const DataFile& dataFile : kDataFiles) {
+        const std::wstring file = DataFilePath(dataFolder, dataFile);
+        const std::int32_t size = support::FileSize(file);
+        if (size <= 0) continue;
+        summary += std::wstring(kLineEnd) + L"  " + dataFile.fileName + L":" + std::to_wstring(size) + L" bytes, " +
+                   CountRecords(platform, file, dataFile);
+    }
+    return summary;
+}
+
+} // namespace quorvex::localdata

@@ -1,0 +1,22 @@
+#include "lookups/data_file.h"
+
+#include "localdata/database.h"
+#include "support/files.h"
+
+namespace quorvex::lookups {
+
+bool DataFileUsable(lookup::Quorvex& object, const std::wstring& fileName, bool showMessages) {
+    if (!object.LocalMode()) return true;
+    const std::wstring fullName = object.DataPath() + L"\\" + fileName;
+    if (!support::FileExists(fullName)) {
+        object.General_errormessage = L"Data file does not exist " + fullName;
+        if (showMessages) {
+            object.platform.ShowMessage(object.General_errormessage, support::kStyleCritical, L"Quorvex Lookup");
+        }
+        return false;
+    }
+    object.platform.Databases().CreateConnection(); // proves that database access is there
+    return true;
+}
+
+} // namespace quorvex::lookups

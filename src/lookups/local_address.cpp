@@ -1,0 +1,143 @@
+#include "localdata/data_file_names.h"
+#include "localdata/packed_address.h"
+#include "localdata/row_reader.h"
+#include "lookups/local_replies.h"
+#include "lookups/postcode.h"
+#include "support/text.h"
+
+#include <array>
+#include <optional>
+#include <string_view>
+
+// Replies from the two address files.
+
+namespace quorvex::lookups {
+namespace {
+
+constexpr wchar_t kConfirmed[] = L"<confirm>Yes</confirm>";
+
+std::wstring Line(std::wstring_view name, std::wstring_view value) {
+    std::wstring line;
+    line.reserve(2 * name.size() + value.size() + 7);
+    line.append(L"<").append(name).append(L">").append(value).append(L"</").append(name).append(L">\r\n");
+    return line;
+}
+
+void AppendRecord(LocalList& list, const std::wstring& postcode, int number, const std::wstring& line) {
+    list.records += L"  <record>\r\n    <id>" + postcode + L"_" + std::to_wstring(number) + L"_F</id>\r\n    <line>" +
+                    line + L"    </line>\r\n  </record>\r\n";
+}
+
+LocalList TestList() {
+    // The count is not that of the records: intended, hosts' own tests know it.
+    static constexpr std::array<int, 14> kHouses = {1, 3, 5, 7, 8, 9, 10, 11, 12, 14, 15, 16, 17, 19};
+    LocalList list;
+    for (const int house : kHouses) {
+        AppendRecord(list, kTestPostcode, house,
+                     std::to_wstring(house) + L" Victoria Road The East Side Demo Data Wisbech");
+    }
+    list.recordCount = 40;
+    list.reply =
+        std::wstring(kConfirmed) + L"\r\n" + Line(L"recordcount", L"40") + Line(L"credits_display_text", L"Demo data");
+    return list;
+}
+
+std::wstring TestRecord(const std::wstring& line1, const std::wstring& organisation) {
+    return std::wstring(kConfirmed) + L"\r\n" + Line(L"organisation", organisation) + Line(L"line1", line1) +
+           Line(L"line2", L"The east side") + Line(L"line3", L"") + Line(L"town", L"Wisbech") +
+           Line(L"county", L"Cambridgeshire") + Line(L"postcode", kTestPostcode) + Line(L"country", L"Country") +
+           Line(L"pz_mailsort", L"51252") + Line(L"credits_display_text", L"Test data") + Line(L"errormessage", L"");
+}
+
+std::wstring DisplayAndErrorText(const lookup::Quorvex& object) {
+    return Line(L"credits_display_text", object.General_credits_display_text) +
+           Line(L"errormessage", object.General_errormessage);
+}
+
+// The packed field of a postcode's first row, unscrambled; nothing without a row.
+std::optional<std::wstring> PackedField(lookup::Quorvex& object, wchar_t kind, const std::wstring& table,
+                                        const std::wstring& postcode) {
+    const std::wstring file = localdata::DataFilePath(object.DataPath(), *localdata::FindDataFile(kind));
+    localdata::RowReader rows(object.platform.Databases(), file,
+                              L"SELECT * From [" + table + L"] WHERE [FT_Postcode]='" + postcode + L"';");
+    if (rows.AtEnd()) return std::nullopt;
+    const std::wstring stored = rows.Text(L"FT_Address");
+    rows.Close();
+    return localdata::LoadSubstitution(object.DataPath()).Unscramble(stored);
+}
+
+} // namespace
+
+HouseFilter::HouseFilter(const std::wstring& house)
+    : text_(support::UpperCase(house)), number_(support::IsNumber(house)) {}
+
+bool HouseFilter::Keeps(const std::wstring& line) const {
+    if (text_.empty()) return true;
+    const std::wstring upper = support::UpperCase(line);
+    const auto holds = [](const std::wstring& text, const std::wstring& sought) {
+        return text.find(sought) != std::wstring::npos;
+    };
+    return number_ ? holds(L" " + upper, L" " + text_) || holds(upper, L"-" + text_) : holds(upper, text_);
+}
+
+LocalList LocalAddressList(lookup::Quorvex& object, const std::wstring& postcode, const std::wstring& house) {
+    const std::wstring key = LocalPostcode(postcode);
+    if (key == kTestPostcode) return TestList();
+    LocalList list;
+    list.reply = std::wstring(kConfirmed) + L"\r\n";
+    const auto plain = PackedField(object, L'F', L"PAF_FULLAddress", key);
+    if (!plain) return list;
+    const localdata::PackedAddress address = localdata::SplitPackedAddress(*plain);
+    const std::wstring street = localdata::StreetPart(address.common);
+    const HouseFilter filter(house);
+    for (const std::wstring& premise : address.premises) {
+        const std::wstring line = localdata::DisplayLine(premise, street);
+        // Numbers count the kept lines, not the premises: intended.
+        if (filter.Keeps(line)) AppendRecord(list, postcode, ++list.recordCount, line);
+    }
+    return list;
+}
+
+std::wstring LocalAddressRecord(lookup::Quorvex& object, const std::wstring& addressId) {
+    std::wstring rest = addressId;
+    const std::wstring postcode = support::NextField(rest, L"_", true);
+    const std::wstring number = support::NextField(rest, L"_", true);
+    const std::wstring key = LocalPostcode(postcode);
+    if (key == kTestPostcode) return TestRecord(number + L" Victoria Rd", L"Demo Data Company");
+    const auto plain = PackedField(object, L'F', L"PAF_FullAddress", key);
+    if (!plain) return {};
+    const localdata::PackedAddress address = localdata::SplitPackedAddress(*plain);
+    const std::wstring common = localdata::ShortenBlanks(address.common);
+    // All premises are counted here, also those that a house filter kept out of the list: intended.
+    for (std::size_t i = 0; i < address.premises.size(); ++i) {
+        if (postcode + L"_" + std::to_wstring(i + 1) + L"_F" != addressId) continue;
+        const localdata::RecordFields field = localdata::AddressRecord(address.premises[i], common);
+        static constexpr std::array<const wchar_t*, localdata::kRecordFields> kNames = {
+            L"organisation", L"line1",    L"line2",       L"line3",   L"town",
+            L"county",       L"postcode", nullptr,        L"country", L"deliverypointsuffix",
+            L"nohouseholds", L"smallorg", L"pz_mailsort", L"spare"};
+        std::wstring reply = std::wstring(kConfirmed) + L"\r\n";
+        for (std::size_t k = 0; k < kNames.size(); ++k) {
+            if (kNames[k] != nullptr) reply += Line(kNames[k], field[k]);
+        }
+        return reply + DisplayAndErrorText(object);
+    }
+    return {};
+}
+
+std::wstring LocalThoroughfareRecord(lookup::Quorvex& object, const std::wstring& postcode) {
+    const std::wstring key = LocalPostcode(postcode);
+    if (key == kTestPostcode) return TestRecord(L"Victoria Rd", L"");
+    const auto plain = PackedField(object, L'T', L"PAF_StreetAddress", key);
+    if (!plain) return {};
+    const localdata::ThoroughfareFields field = localdata::ThoroughfareRecord(*plain);
+    static constexpr std::array<const wchar_t*, localdata::kThoroughfareFields> kNames = {
+        L"line1", L"line2", L"line3", L"town", L"county", L"postcode", L"country", nullptr, L"pz_mailsort"};
+    std::wstring reply = std::wstring(kConfirmed) + L"\r\n" + Line(L"organisation", L"");
+    for (std::size_t k = 0; k < kNames.size(); ++k) {
+        if (kNames[k] != nullptr) reply += Line(kNames[k], field[k]);
+    }
+    return reply + DisplayAndErrorText(object);
+}
+
+} // namespace quorvex::lookups

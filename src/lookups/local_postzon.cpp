@@ -1,0 +1,142 @@
+#include "localdata/data_file_names.h"
+#include "localdata/row_reader.h"
+#include "lookups/distance.h"
+#include "lookups/local_replies.h"
+#include "lookups/postcode.h"
+#include "support/text.h"
+
+#include <array>
+#include <optional>
+#include <utility>
+
+// Replies from the PostZon file.
+
+namespace quorvex::lookups {
+namespace {
+
+constexpr double kSearchHalfWidth = 0.091; // degrees, about 10 km of latitude
+constexpr double kFarthest = 1000;         // kilometres
+constexpr std::size_t kGridReferenceLength = 9;
+
+constexpr std::array<std::pair<const wchar_t*, const wchar_t*>, 16> kTagsAndColumns = {{
+    {L"pz_introductiondate", L"PZ_IntroductionDate"},
+    {L"pz_gridrefeast", L"PZ_GridRefEast"},
+    {L"pz_gridrefnorth", L"PZ_GridRefNorth"},
+    {L"pz_county", L"PZ_County"},
+    {L"pz_district", L"PZ_District"},
+    {L"pz_ward", L"PZ_Ward"},
+    {L"pz_usertype", L"PZ_UserType"},
+    {L"pz_gridstatus", L"PZ_GridStatus"},
+    {L"pz_country", L"PZ_Country"},
+    {L"pz_wardstatus", L"PZ_WardStatus"},
+    {L"pz_nhs_code", L"PZ_NHS_Code"},
+    {L"pz_nhs_region", L"PZ_NHS_Region"},
+    {L"pz_latitude_wgs84", L"PZ_Lat"},
+    {L"pz_longitude_wgs84", L"PZ_Long"},
+    {L"pz_osreference", L"PZ_OSRef"},
+    {L"pz_postcode", L"PZ_Postcode"},
+}};
+
+struct Point {
+    double latitude = 0;
+    double longitude = 0;
+};
+
+std::wstring File(const lookup::Quorvex& object) {
+    return localdata::DataFilePath(object.DataPath(), *localdata::FindDataFile(L'Z'));
+}
+
+std::wstring ByPostcode(const std::wstring& postcode) {
+    return L"SELECT * From [PAF_PostZon] WHERE [PZ_Postcode]='" + postcode + L"';";
+}
+
+// The two blanks before WHERE are intended: the queries are compared with logs of earlier releases.
+std::wstring ByPostcodeOfPoint(const std::wstring& postcode) {
+    return L"SELECT * FROM [PAF_PostZon]  WHERE (PZ_Postcode='" + postcode + L"');";
+}
+
+std::wstring ByGridReference(const std::wstring& reference) {
+    return L"SELECT * FROM [PAF_PostZon]  WHERE (PZ_OSRef='" + reference + L"');";
+}
+
+std::wstring InSquare(double longitude, double latitude) {
+    const auto bound = [](double centre, double offset) { return support::NumberText(centre + offset); };
+    return L"SELECT PAF_PostZon.* FROM PAF_PostZon WHERE (((PZ_Long)>" + bound(longitude, -kSearchHalfWidth) +
+           L") and ((PZ_Long)<" + bound(longitude, kSearchHalfWidth) + L") and ((PZ_Lat)>" +
+           bound(latitude, -kSearchHalfWidth) + L") and ((PZ_Lat)<" + bound(latitude, kSearchHalfWidth) + L"));";
+}
+
+// The query that a key's form asks for; nothing for a point without a postcode near it.
+std::optional<std::wstring> QueryFor(lookup::Quorvex& object, const std::wstring& key) {
+    if (key.size() < kGridReferenceLength) return ByPostcode(LocalPostcode(key));
+    if (key.find(L'|') == std::wstring::npos) return ByGridReference(key);
+    std::wstring pieces = key + L"|";
+    const double longitude = support::ParseNumber(support::NextField(pieces, L"|", true));
+    const double latitude = support::ParseNumber(support::NextField(pieces, L"|", true));
+    const std::wstring postcode = LocalNearestPostcode(object, longitude, latitude);
+    if (postcode.empty()) return std::nullopt;
+    return ByPostcodeOfPoint(postcode);
+}
+
+std::optional<Point> PointOf(localdata::RowReader& row) {
+    const auto latitude = row.Number(L"PZ_Lat");
+    const auto longitude = row.Number(L"PZ_Long");
+    if (!latitude || !longitude) return std::nullopt;
+    return Point{*latitude, *longitude};
+}
+
+std::optional<Point> HomePoint(lookup::Quorvex& object) {
+    if (object.HomePostcode().empty()) return std::nullopt;
+    localdata::RowReader row(object.platform.Databases(), File(object),
+                             ByPostcode(LocalPostcode(object.HomePostcode())));
+    return row.AtEnd() ? std::nullopt : PointOf(row);
+}
+
+std::wstring Line(const wchar_t* name, const std::wstring& value) {
+    return std::wstring(L"<") + name + L">" + value + L"</" + name + L">\r\n";
+}
+
+} // namespace
+
+std::wstring LocalNearestPostcode(lookup::Quorvex& object, double longitude, double latitude) {
+    localdata::RowReader rows(object.platform.Databases(), File(object), InSquare(longitude, latitude));
+    double best = kFarthest;
+    std::wstring nearest;
+    for (; !rows.AtEnd(); rows.Next()) {
+        const auto point = PointOf(rows);
+        if (!point) continue;
+        const double kilometres = GetDistance(object.platform, latitude, longitude, point->latitude, point->longitude);
+        if (kilometres < best) {
+            best = kilometres;
+            nearest = rows.Text(L"PZ_Postcode");
+        }
+    }
+    rows.Close();
+    return nearest;
+}
+
+std::wstring LocalPostZonRecord(lookup::Quorvex& object, const std::wstring& key) {
+    const auto query = QueryFor(object, key);
+    if (!query) return {};
+    std::wstring reply;
+    std::optional<Point> point;
+    {
+        localdata::RowReader row(object.platform.Databases(), File(object), *query);
+        if (row.AtEnd()) return {};
+        reply = L"<confirm>Yes</confirm>\r\n";
+        for (const auto& [tag, column] : kTagsAndColumns) reply += Line(tag, row.Text(column));
+        point = PointOf(row);
+        row.Close();
+    }
+    reply += Line(L"credits_display_text", object.General_credits_display_text) +
+             Line(L"errormessage", object.General_errormessage);
+    const auto home = HomePoint(object);
+    if (home && point) {
+        reply += Line(L"pz_geodistancetohomepostcode",
+                      support::NumberText(GetDistance(object.platform, point->latitude, point->longitude,
+                                                      home->latitude, home->longitude)));
+    }
+    return reply;
+}
+
+} // namespace quorvex::lookups

@@ -1,0 +1,40 @@
+#include "lookups/postzon.h"
+
+#include "localdata/data_file_names.h"
+#include "lookups/data_file.h"
+#include "lookups/guarded.h"
+#include "lookups/local_replies.h"
+#include "web/data_request.h"
+#include "web/endpoints.h"
+#include "web/reply_header.h"
+
+namespace quorvex::lookups {
+namespace {
+
+constexpr std::size_t kShortestKey = 5;
+
+} // namespace
+
+bool GetPostZonAddressRecord(lookup::Quorvex& object, const std::wstring& key) {
+    object.General_confirm = false;
+    if (key.size() < kShortestKey) {
+        object.General_errormessage = L"Please specify Postcode";
+        return false;
+    }
+    object.EnsureServerURL();
+    return Guarded(object, false, [&] {
+        if (!DataFileUsable(object, localdata::FindDataFile(L'Z')->fileName, true)) return false;
+        const std::wstring reply = object.LocalMode()
+                                       ? LocalPostZonRecord(object, key)
+                                       : web::GetDataFromHTTPRequest(object, web::SearchForPostZonDataUrl(object, key));
+        web::ReadReplyHeader(object, reply, false);
+        return object.General_confirm;
+    });
+}
+
+std::wstring GetPostZonAddressLongLat(lookup::Quorvex& object, double longitude, double latitude) {
+    if (!object.LocalMode()) return {};
+    return Guarded(object, std::wstring(), [&] { return LocalNearestPostcode(object, longitude, latitude); });
+}
+
+} // namespace quorvex::lookups

@@ -1,0 +1,104 @@
+#include "server/platform_win.h"
+
+#include "dialogs/message_form_win.h"
+#include "dialogs/update_choice_win.h"
+#include "mail/mail.h"
+#include "support/clipboard_win.h"
+#include "support/machine_win.h"
+#include "support/message_pump_win.h"
+
+#include <shellapi.h>
+#include <windows.h>
+
+#include <utility>
+
+namespace quorvex::server {
+
+WindowsPlatform::WindowsPlatform(localdata::DatabaseProvider& databases, web::TransportLimits limits)
+    : databases_(databases), transport_(*this, std::move(limits)) {}
+
+bool WindowsPlatform::RequestRunning() const {
+    return web::RequestRunning();
+}
+
+std::wstring WindowsPlatform::GetUrl(const std::wstring& url, int limitSeconds) {
+    return transport_.GetURL(url, limitSeconds);
+}
+
+bool WindowsPlatform::GetHttpFile(const std::wstring& url, const std::wstring& targetFile,
+                                  const std::wstring& progressCaption) {
+    return transport_.GetHTTPFile(url, targetFile, progressCaption);
+}
+
+void WindowsPlatform::StopRequest() {
+    transport_.StopRequest();
+}
+
+int WindowsPlatform::ShowMessage(const std::wstring& text, int style, const std::wstring& title) {
+    return dialogs::TopMostMessageBox(*this, text, style, title);
+}
+
+void WindowsPlatform::SetClipboardText(const std::wstring& text) {
+    support::SetClipboardText(text);
+}
+
+int WindowsPlatform::OpenWithShell(const std::wstring& file, const std::wstring& workingDirectory) {
+    if (file.empty()) return SE_ERR_FNF; // the shell would open the working directory instead
+    const HINSTANCE result =
+        ShellExecuteW(nullptr, L"open", file.c_str(), nullptr,
+                      workingDirectory.empty() ? nullptr : workingDirectory.c_str(), SW_SHOW);
+    return static_cast<int>(reinterpret_cast<INT_PTR>(result));
+}
+
+support::UpdateChoice WindowsPlatform::AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
+                                                       bool internetIsAvailable) {
+    return dialogs::AskUpdateChoice(*this, caption, dataFolder, internetIsAvailable);
+}
+
+void WindowsPlatform::ShowProgress(const std::wstring& caption, const std::wstring& text) {
+    progress_.Show(caption, text);
+}
+
+void WindowsPlatform::HideProgress() {
+    progress_.Hide();
+}
+
+support::MailResult WindowsPlatform::SendMail(const support::MailMessage& message) {
+    return mail::Send(message);
+}
+
+void WindowsPlatform::PumpMessages() {
+    support::PumpPendingMessages();
+}
+
+std::wstring WindowsPlatform::ComputerName() const {
+    return support::ComputerName();
+}
+
+std::wstring WindowsPlatform::UserName() const {
+    return support::UserName();
+}
+
+support::LocalTime WindowsPlatform::Now() const {
+    SYSTEMTIME time;
+    GetLocalTime(&time);
+    return {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond, time.wDayOfWeek};
+}
+
+void WindowsPlatform::SleepMilliseconds(int milliseconds) const {
+    if (milliseconds > 0) Sleep(static_cast<DWORD>(milliseconds));
+}
+
+std::wstring WindowsPlatform::DriveShareName(wchar_t driveLetter) const {
+    return support::DriveShareName(driveLetter);
+}
+
+std::wstring WindowsPlatform::DataAccessVersion() const {
+    return support::DataAccessVersion();
+}
+
+std::wstring WindowsPlatform::SystemVersion() const {
+    return support::SystemVersion();
+}
+
+} // namespace quorvex::server

@@ -1,0 +1,41 @@
+#include "web/deadline.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace quorvex::web {
+namespace {
+
+constexpr double kDaySeconds = 86400;
+constexpr double kLongestSleepSeconds = 1;
+
+std::chrono::steady_clock::duration Seconds(double seconds) {
+    return std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+} // namespace
+
+Deadline::Deadline(DayClock clock, double limitSeconds)
+    : clock_(std::move(clock)), limitSeconds_(limitSeconds), start_(clock_()),
+      lastMoment_(std::chrono::steady_clock::now() + Seconds(limitSeconds * kMidnightFactor)) {}
+
+double Deadline::Elapsed() const {
+    return clock_() - start_;
+}
+
+bool Deadline::Passed() const {
+    return Elapsed() > limitSeconds_ || std::chrono::steady_clock::now() >= lastMoment_;
+}
+
+int Deadline::MillisecondsToSleep() const {
+    const double seconds = std::clamp(limitSeconds_ - Elapsed(), 0.0, kLongestSleepSeconds);
+    return static_cast<int>(std::ceil(seconds * 1000)) + 1;
+}
+
+int Deadline::LongestMilliseconds() const {
+    const bool crossesMidnight = start_ + limitSeconds_ >= kDaySeconds;
+    return static_cast<int>(limitSeconds_ * (crossesMidnight ? kMidnightFactor : 1) * 1000);
+}
+
+} // namespace quorvex::web

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <windows.h>
+#include <winhttp.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace quorvex::web {
+
+// One asynchronous GET, step by step: Send, ReceiveResponse, Read until nothing comes. Each step is started by a call that
+// returns at once and ends when StepDone() is signalled. Giving the object up at any point abandons the request.
+class HttpRequest {
+  public:
+    // networkMilliseconds: after this silence the system itself gives up, so that an abandoned request does not stay for ever.
+    // Throws support::Error, for a URL that is none of HTTP, too.
+    HttpRequest(HINTERNET session, const std::wstring& url, int networkMilliseconds);
+    ~HttpRequest();
+    HttpRequest(const HttpRequest&) = delete;
+    HttpRequest& operator=(const HttpRequest&) = delete;
+
+    // False when the step failed at once.
+    bool Send();
+    bool ReceiveResponse();
+    bool Read(); // ends when the buffer is full or the body is at its end
+    // Ends when there is anything; what a Read then waits for is no more than that.
+    bool AwaitData();
+
+    HANDLE StepDone() const;
+    // The system's number of the failure of the last step, 0 when it went well.
+    DWORD Error() const;
+    // The bytes that the last Read brought; empty when there are no more. Valid until the next step.
+    std::string_view Piece() const;
+
+    // Known after ReceiveResponse.
+    DWORD Status() const;
+    std::wstring ContentType() const;
+    // Length of the whole body; 0 when the reply does not state it.
+    std::uint64_t ContentLength() const;
+
+  private:
+    struct State;
+    static void CALLBACK OnStatus(HINTERNET handle, DWORD_PTR context, DWORD status, void* info, DWORD length) noexcept;
+    void Configure(int networkMilliseconds);
+    bool Started(BOOL ok);
+    std::wstring Header(DWORD which) const;
+
+    std::shared_ptr<State> state_;
+    HINTERNET connection_ = nullptr;
+    HINTERNET request_ = nullptr;
+    DWORD_PTR context_ = 0;
+};
+
+} // namespace quorvex::web

@@ -1,0 +1,124 @@
+#pragma once
+
+#include "support/dispatch_win.h"
+#include "support_code/ado_stand_in.h"
+
+#include <span>
+
+namespace quorvex::testing {
+
+using AdoArguments = std::vector<support::Variant>; // in written order, omitted ones at the end left out
+
+[[noreturn]] inline void Refuse(long number, const wchar_t* description) {
+    throw AdoRefusal{number, description};
+}
+[[noreturn]] inline void RefuseClosed() {
+    Refuse(3704, L"Operation is not allowed when the object is closed.");
+}
+[[noreturn]] inline void RefuseOpen() {
+    Refuse(3705, L"Operation is not allowed when the object is open.");
+}
+[[noreturn]] inline void RefuseArguments() {
+    Refuse(3001, L"Arguments are of the wrong type, are out of acceptable range, or are in conflict with one another.");
+}
+[[noreturn]] inline void RefuseItem() {
+    Refuse(3265, L"Item cannot be found in the collection corresponding to the requested name or ordinal.");
+}
+
+// A scriptable object made of a table of members. Derived is the class that holds the handlers.
+template <typename Derived>
+struct AdoMember {
+    const wchar_t* name;
+    WORD kind; // DISPATCH_METHOD, DISPATCH_PROPERTYGET or DISPATCH_PROPERTYPUT
+    std::size_t least;
+    std::size_t most;
+    support::Variant (Derived::*run)(const AdoArguments&);
+};
+
+template <typename Derived>
+class AdoObject : public IDispatch {
+  public:
+    explicit AdoObject(AdoStandIn& world) : world_(world) { ++world_.liveObjects; }
+    AdoObject(const AdoObject&) = delete;
+    AdoObject& operator=(const AdoObject&) = delete;
+
+    STDMETHODIMP QueryInterface(REFIID id, void** object) override {
+        const bool known = IsEqualIID(id, IID_IUnknown) || IsEqualIID(id, IID_IDispatch);
+        *object = known ? static_cast<IDispatch*>(this) : nullptr;
+        if (!known) return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
+    STDMETHODIMP_(ULONG) Release() override {
+        const ULONG left = --references_;
+        if (left == 0) delete static_cast<Derived*>(this);
+        return left;
+    }
+    STDMETHODIMP GetTypeInfoCount(UINT* count) override {
+        *count = 0;
+        return S_OK;
+    }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return DISP_E_BADINDEX; }
+
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
+        const auto members = Derived::Members();
+        for (std::size_t i = 0; i < members.size(); ++i) {
+            if (lstrcmpiW(members[i].name, names[0]) == 0) {
+                ids[0] = static_cast<DISPID>(i + 1);
+                return S_OK;
+            }
+        }
+        ids[0] = DISPID_UNKNOWN;
+        return DISP_E_UNKNOWNNAME;
+    }
+
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+                        EXCEPINFO* exception, UINT*) override {
+        const auto members = Derived::Members();
+        if (id < 1 || static_cast<std::size_t>(id) > members.size()) return DISP_E_MEMBERNOTFOUND;
+        const wchar_t* const name = members[static_cast<std::size_t>(id - 1)].name;
+        for (const auto& member : members) {
+            if ((member.kind & flags) == 0 || lstrcmpiW(member.name, name) != 0) continue;
+            return Run(member, *parameters, result, exception);
+        }
+        return DISP_E_MEMBERNOTFOUND;
+    }
+
+  protected:
+    ~AdoObject() { --world_.liveObjects; } // Release deletes the derived class itself
+
+    void Note(const std::wstring& call) { world_.calls.push_back(call); }
+
+    AdoStandIn& world_;
+
+  private:
+    HRESULT Run(const AdoMember<Derived>& member, const DISPPARAMS& parameters, VARIANT* result, EXCEPINFO* exception) {
+        AdoArguments arguments;
+        for (UINT i = parameters.cArgs; i > 0; --i) {
+            support::Variant argument;
+            if (FAILED(VariantCopyInd(argument.Out(), &parameters.rgvarg[i - 1]))) return DISP_E_TYPEMISMATCH;
+            arguments.push_back(std::move(argument));
+        }
+        while (!arguments.empty() && arguments.back().Type() == VT_ERROR) arguments.pop_back();
+        if (arguments.size() < member.least || arguments.size() > member.most) return DISP_E_BADPARAMCOUNT;
+        try {
+            support::Variant answer = (static_cast<Derived*>(this)->*member.run)(arguments);
+            return result == nullptr ? S_OK : VariantCopy(result, const_cast<VARIANT*>(&answer.Get()));
+        } catch (const AdoRefusal& refusal) {
+            if (exception != nullptr) {
+                exception->scode =
+                    refusal.number < 0 ? refusal.number : MAKE_SCODE(SEVERITY_ERROR, FACILITY_CONTROL, refusal.number);
+                exception->bstrSource = SysAllocString(L"ADODB");
+                exception->bstrDescription = SysAllocString(refusal.description.c_str());
+            }
+            return DISP_E_EXCEPTION;
+        } catch (const support::Error&) {
+            return DISP_E_TYPEMISMATCH;
+        }
+    }
+
+    ULONG references_ = 1;
+};
+
+} // namespace quorvex::testing

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "support_code/fake_platform.h"
+#include "support_code/temp_folder.h"
+#include "web/transport_win.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace quorvex::testing {
+
+// Keeps the captions of the progress display, too; a test can act when something is shown.
+class ShowingPlatform : public FakePlatform {
+  public:
+    std::vector<std::wstring> captions;
+    std::function<void()> onProgress;
+    std::function<void()> onMessage;
+
+    int ShowMessage(const std::wstring& text, int style, const std::wstring& title) override {
+        const int answer = FakePlatform::ShowMessage(text, style, title);
+        if (onMessage) onMessage();
+        return answer;
+    }
+    void ShowProgress(const std::wstring& caption, const std::wstring& text) override {
+        FakePlatform::ShowProgress(caption, text);
+        captions.push_back(caption);
+        if (onProgress) onProgress();
+    }
+};
+
+inline constexpr double kShortLimit = 0.6; // seconds, for requests that are to time out
+inline constexpr double kLongLimit = 10;   // for those that are not
+
+// Milliseconds that an action takes.
+template <typename Action>
+double Milliseconds(Action action) {
+    const auto start = std::chrono::steady_clock::now();
+    action();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Each test in a current directory of its own, empty and gone afterwards: the proxy file is looked for there.
+class TransportTest : public ::testing::Test {
+  protected:
+    TransportTest();
+    ~TransportTest() override;
+
+    std::wstring Path(const std::wstring& name) const { return folder_.File(name); }
+    std::wstring Get(const std::wstring& url, double limit = kLongLimit) { return transport_.GetURL(url, limit); }
+
+    ShowingPlatform platform_;
+    web::Transport transport_{platform_};
+
+  private:
+    const TempFolder folder_;
+    const std::filesystem::path before_;
+};
+
+// Calls the action from the thread's message loop after some milliseconds, once.
+class After {
+  public:
+    After(unsigned milliseconds, std::function<void()> action);
+    ~After();
+    After(const After&) = delete;
+    After& operator=(const After&) = delete;
+
+    bool Fired() const { return fired_; }
+
+  private:
+    static void CALLBACK OnTimer(HWND, UINT, UINT_PTR id, DWORD);
+
+    std::function<void()> action_;
+    UINT_PTR id_;
+    bool fired_ = false;
+};
+
+} // namespace quorvex::testing
