@@ -17,7 +17,7 @@ function(quorvex_host_test name)
     SKIP_RETURN_CODE 77 TIMEOUT 300)
 endfunction()
 
-# quorvex_script_test(NAME SCRIPT [SERVICE] [ARGUMENTS...]): a script of tests/scripts in the host of this preset's bitness.
+# quorvex_script_test(NAME SCRIPT [SERVICE]): a script of tests/scripts in the host of this preset's bitness.
 function(quorvex_script_test name script)
   cmake_parse_arguments(PARSE_ARGV 2 arg "SERVICE" "" "")
   set(service)
@@ -25,7 +25,7 @@ function(quorvex_script_test name script)
     set(service SERVICE)
   endif()
   quorvex_host_test(${name} ${service} ${CMAKE_CURRENT_SOURCE_DIR}/run_script ${quorvex_bits}
-    ${CMAKE_CURRENT_SOURCE_DIR}/scripts/${script} ${arg_UNPARSED_ARGUMENTS})
+    ${CMAKE_CURRENT_SOURCE_DIR}/scripts/${script})
 endfunction()
 
 quorvex_script_test(vbscript late_bound.vbs)

@@ -26,13 +26,14 @@ function main(file, postcode) {
     var branches = readBranches(file);
     if (branches === null) return 2;
 
-    // A script host of this kind gets nothing back through arguments, so the point is read from the properties.
-    if (!lookup.Nearest_StartList(postcode, kilometres, 0, 0, 0)) {
+    if (!lookup.GetPostZonAddressRecord(postcode)) {
         return fail("The postcode \"" + postcode + "\" was not found. " + lookup.General_errormessage, 1);
+    }
+    if (lookup.PostZon_Longitude_wgs84 === "" || lookup.PostZon_Latitude_wgs84 === "") {
+        return fail("It is not known where the postcode \"" + postcode + "\" lies.", 1);
     }
     var home = { longitude: Number(lookup.PostZon_Longitude_wgs84), latitude: Number(lookup.PostZon_Latitude_wgs84) };
     var inReach = rank(lookup, home, branches, kilometres);
-    lookup.Nearest_EndList();
     if (inReach.length === 0) return fail("No branch within " + kilometres + " km of " + postcode + ".", 1);
     for (var i = 0; i < inReach.length; ++i) {
         var branch = inReach[i];
@@ -55,8 +56,8 @@ function newLookup() {
     return lookup;
 }
 
-// The component's own list answers through arguments, which other hosts read with Nearest_GetRecord; here the same
-// distances are asked one by one. It counts what is in reach all the same.
+// The component's own nearest list answers through arguments, through which this kind of host gets nothing back; so
+// the distances are asked one by one.
 function rank(lookup, home, branches, kilometres) {
     var inReach = [];
     for (var i = 0; i < branches.length; ++i) {
