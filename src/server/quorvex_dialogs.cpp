@@ -1,3 +1,4 @@
+#include "dialogs/address_dialog.h"
 #include "localdata/status.h"
 #include "localdata/update_procedure.h"
 #include "server/quorvex_object.h"
@@ -7,18 +8,38 @@
 
 namespace quorvex::server {
 
-HRESULT QuorvexObject::SearchForFullAddressWithDialogue(BSTR*, BSTR*, VARIANT_BOOL*, VARIANT_BOOL*, VARIANT_BOOL*,
+namespace {
+
+bool Given(const VARIANT_BOOL* value) {
+    return ValueOr(value, VARIANT_FALSE) != VARIANT_FALSE;
+}
+
+} // namespace
+
+HRESULT QuorvexObject::SearchForFullAddressWithDialogue(BSTR* PostcodePrima, BSTR* Caption,
+                                                        VARIANT_BOOL* ShowAccountDetails,
+                                                        VARIANT_BOOL* AllowManageAccount, VARIANT_BOOL* DisplayErrors,
                                                         VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
-    return S_OK;
+    return Guard([&] {
+        *result = Boolean(dialogs::SearchForFullAddressWithDialogue(
+            lookup_, Text(PostcodePrima), Text(Caption), Given(ShowAccountDetails), Given(AllowManageAccount),
+            Given(DisplayErrors)));
+    });
 }
 
-HRESULT QuorvexObject::SearchForFullAddressWithDialogueAdv(BSTR*, BSTR*, BSTR*, VARIANT_BOOL*, VARIANT_BOOL*,
-                                                           VARIANT_BOOL*, VARIANT_BOOL* result) {
+HRESULT QuorvexObject::SearchForFullAddressWithDialogueAdv(BSTR* PostcodePrima, BSTR* Caption, BSTR* path,
+                                                           VARIANT_BOOL* ShowAccountDetails,
+                                                           VARIANT_BOOL* AllowManageAccount, VARIANT_BOOL* DisplayErrors,
+                                                           VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
-    return S_OK;
+    return Guard([&] {
+        *result = Boolean(dialogs::SearchForFullAddressWithDialogueAdv(
+            lookup_, Text(PostcodePrima), Text(Caption), Text(path), Given(ShowAccountDetails),
+            Given(AllowManageAccount), Given(DisplayErrors)));
+    });
 }
 
 HRESULT QuorvexObject::LMUpdateData(VARIANT_BOOL* InternetIsAvailable, BSTR* Title, VARIANT_BOOL* result) {
