@@ -1,45 +1,21 @@
 #include "web/http_request_win.h"
 
 #include "support/error.h"
+#include "web/http_session_win.h"
 #include "web/wire_url.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <optional>
 
 namespace quorvex::web {
 namespace {
 
-constexpr std::size_t kPieceBytes = 65536;
-
-std::atomic<long>& Outstanding() {
-    static std::atomic<long> count{0};
-    return count;
-}
+constexpr DWORD kPieceBytes = 65536;
 
 [[noreturn]] void Fail(const wchar_t* what) {
     throw support::Error(static_cast<long>(GetLastError()), what);
-}
-
-struct Address {
-    std::wstring host;
-    std::wstring target; // path and query as they go out
-    INTERNET_PORT port = 0;
-    bool secure = false;
-};
-
-Address Split(const std::wstring& url) {
-    const std::wstring wire = EscapeForWire(url);
-    URL_COMPONENTS parts{};
-    parts.dwStructSize = sizeof parts;
-    parts.dwHostNameLength = parts.dwUrlPathLength = parts.dwExtraInfoLength = static_cast<DWORD>(-1);
-    if (!WinHttpCrackUrl(wire.c_str(), static_cast<DWORD>(wire.size()), 0, &parts)) Fail(L"Not an HTTP address");
-    Address address;
-    address.host.assign(parts.lpszHostName, parts.dwHostNameLength);
-    address.target.assign(parts.lpszUrlPath, parts.dwUrlPathLength);
-    address.target.append(parts.lpszExtraInfo, parts.dwExtraInfoLength);
-    address.port = parts.nPort;
-    address.secure = parts.nScheme == INTERNET_SCHEME_HTTPS;
-    return address;
 }
 
 } // namespace
@@ -56,23 +32,21 @@ struct HttpRequest::State {
 
     const HANDLE stepDone;
     std::atomic<DWORD> error{0};
+    std::atomic<DWORD> available{kPieceBytes}; // what the next Read may wait for
     std::atomic<DWORD> pieceBytes{0};
     std::array<char, kPieceBytes> piece; // written by the system only
 };
 
-long OutstandingRequests() {
-    return Outstanding();
-}
-
 HttpRequest::HttpRequest(HINTERNET session, const std::wstring& url, int networkMilliseconds)
     : state_(std::make_shared<State>()) {
-    const Address address = Split(url);
-    connection_ = WinHttpConnect(session, address.host.c_str(), address.port, 0);
+    const std::optional<WireUrl> address = SplitUrl(url);
+    if (!address) throw support::Error(ERROR_WINHTTP_INVALID_URL, L"Not a web address");
+    connection_ = WinHttpConnect(session, address->host.c_str(), address->port, 0);
     if (connection_ == nullptr) Fail(L"Not a host");
     // The target is escaped already; the system's own escaping would go further.
     const DWORD flags = WINHTTP_FLAG_ESCAPE_DISABLE | WINHTTP_FLAG_ESCAPE_DISABLE_QUERY |
-                        (address.secure ? WINHTTP_FLAG_SECURE : 0U);
-    request_ = WinHttpOpenRequest(connection_, L"GET", address.target.c_str(), nullptr, WINHTTP_NO_REFERER,
+                        (address->secure ? WINHTTP_FLAG_SECURE : 0U);
+    request_ = WinHttpOpenRequest(connection_, L"GET", address->target.c_str(), nullptr, WINHTTP_NO_REFERER,
                                   WINHTTP_DEFAULT_ACCEPT_TYPES, flags);
     if (request_ == nullptr) {
         const DWORD error = GetLastError();
@@ -103,7 +77,7 @@ void HttpRequest::Configure(int networkMilliseconds) {
         throw support::Error(static_cast<long>(error), L"Cannot watch a request");
     }
     context.release();
-    ++Outstanding();
+    ++OutstandingCounter();
 }
 
 HttpRequest::~HttpRequest() {
@@ -119,6 +93,9 @@ void CALLBACK HttpRequest::OnStatus(HINTERNET, DWORD_PTR context, DWORD status, 
     case WINHTTP_CALLBACK_STATUS_SENDREQUEST_COMPLETE:
     case WINHTTP_CALLBACK_STATUS_HEADERS_AVAILABLE:
         break;
+    case WINHTTP_CALLBACK_STATUS_DATA_AVAILABLE:
+        state.available = *static_cast<const DWORD*>(info);
+        break;
     case WINHTTP_CALLBACK_STATUS_READ_COMPLETE:
         state.pieceBytes = length;
         break;
@@ -127,7 +104,7 @@ void CALLBACK HttpRequest::OnStatus(HINTERNET, DWORD_PTR context, DWORD status, 
         break;
     case WINHTTP_CALLBACK_STATUS_HANDLE_CLOSING:
         delete share;
-        --Outstanding();
+        --OutstandingCounter();
         return;
     default:
         return;
@@ -149,9 +126,14 @@ bool HttpRequest::ReceiveResponse() {
     return Started(WinHttpReceiveResponse(request_, nullptr));
 }
 
+bool HttpRequest::AwaitData() {
+    return Started(WinHttpQueryDataAvailable(request_, nullptr));
+}
+
 bool HttpRequest::Read() {
     state_->pieceBytes = 0;
-    return Started(WinHttpReadData(request_, state_->piece.data(), kPieceBytes, nullptr));
+    const DWORD bytes = std::clamp<DWORD>(state_->available, 1, kPieceBytes);
+    return Started(WinHttpReadData(request_, state_->piece.data(), bytes, nullptr));
 }
 
 HANDLE HttpRequest::StepDone() const {
@@ -195,6 +177,7 @@ std::wstring HttpRequest::ContentType() const {
 
 std::uint64_t HttpRequest::ContentLength() const {
     constexpr std::size_t kDigits = 19; // all of them fit 64 bits
+    if (!Header(WINHTTP_QUERY_TRANSFER_ENCODING).empty()) return 0; // the pieces tell where the body ends
     const std::wstring text = Header(WINHTTP_QUERY_CONTENT_LENGTH);
     if (text.size() > kDigits || text.find_first_not_of(L"0123456789") != std::wstring::npos) return 0;
     std::uint64_t length = 0;

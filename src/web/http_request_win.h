@@ -10,10 +10,6 @@
 
 namespace quorvex::web {
 
-// Requests whose last callback has not come yet. A request that was given up lives on inside the system for a while: the DLL must
-// not be unloaded before this is 0.
-long OutstandingRequests();
-
 // One asynchronous GET, step by step: Send, ReceiveResponse, Read until nothing comes. Each step is started by a call that
 // returns at once and ends when StepDone() is signalled. Giving the object up at any point abandons the request.
 class HttpRequest {
@@ -28,7 +24,9 @@ class HttpRequest {
     // False when the step failed at once.
     bool Send();
     bool ReceiveResponse();
-    bool Read();
+    bool Read(); // ends when the buffer is full or the body is at its end
+    // Ends when there is anything; what a Read then waits for is no more than that.
+    bool AwaitData();
 
     HANDLE StepDone() const;
     // The system's number of the failure of the last step, 0 when it went well.
@@ -39,7 +37,7 @@ class HttpRequest {
     // Known after ReceiveResponse.
     DWORD Status() const;
     std::wstring ContentType() const;
-    // 0 when the reply does not state it.
+    // Length of the whole body; 0 when the reply does not state it.
     std::uint64_t ContentLength() const;
 
   private:

@@ -3,8 +3,7 @@
 #include "lookup/quorvex.h"
 #include "support/error.h"
 #include "support/machine_win.h"
-
-#include <atomic>
+#include "web/transport_win.h"
 
 namespace quorvex::web {
 namespace {
@@ -13,6 +12,7 @@ constexpr DWORD kAutomaticProxy = 4; // Windows 8.1 and later: what the user's b
 
 struct Shared {
     std::atomic<bool> running{false};
+    std::atomic<long> outstanding{0};
     HINTERNET session = nullptr; // touched only by the holder of the slot
     std::wstring proxy;
 };
@@ -56,6 +56,14 @@ RequestSlot::~RequestSlot() {
 
 bool RequestRunning() {
     return State().running;
+}
+
+std::atomic<long>& OutstandingCounter() {
+    return State().outstanding;
+}
+
+long OutstandingRequests() {
+    return State().outstanding;
 }
 
 HINTERNET SessionFor(const std::wstring& proxy) {

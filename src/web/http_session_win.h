@@ -3,6 +3,7 @@
 #include <windows.h>
 #include <winhttp.h>
 
+#include <atomic>
 #include <string>
 
 namespace quorvex::web {
@@ -22,13 +23,12 @@ class RequestSlot {
   private:
     bool held_;
 };
-// True while any request or download of this process is under way.
-bool RequestRunning();
+
+// Requests whose last callback has not come yet; see OutstandingRequests().
+std::atomic<long>& OutstandingCounter();
 
 // The asynchronous session that goes through the given proxy (host:port), or by the system's settings when it is empty. Kept for
 // the next request. Call it with the slot held only. Throws support::Error.
 HINTERNET SessionFor(const std::wstring& proxy);
-// Lets go of the kept session; for the moment before the DLL is unloaded. Does nothing while a request runs.
-void CloseSession();
 
 } // namespace quorvex::web

@@ -73,11 +73,16 @@ bool Transport::SaveBody(HttpRequest& request, const std::wstring& progressCapti
     ProgressDisplay progress(platform_, progressCaption, support::FileNameOf(targetFile_));
     // Without a length nothing is read and the file stays empty: intended, the length is what counts the bytes down.
     const std::uint64_t total = request.ContentLength();
+    lastState_ = kReceivingResponse;
     for (std::uint64_t done = 0; done < total;) {
         progress.Show(done, total);
         const Deadline silence(limits_.clock, limits_.downloadSilenceSeconds);
-        if (!NextPiece(request, silence)) return false;
-        const std::string_view piece = request.Piece();
+        if (!RunMessages(silence) || !Finish(request, request.AwaitData(), silence) ||
+            !Finish(request, request.Read(), silence)) {
+            return false;
+        }
+        std::string_view piece = request.Piece();
+        if (piece.size() > total - done) piece = piece.substr(0, static_cast<std::size_t>(total - done));
         if (piece.empty()) return false; // cut
         file.Append(piece);
         done += piece.size();

@@ -98,11 +98,13 @@ std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) 
     HttpRequest request(SessionFor(proxy), url, deadline.LongestMilliseconds() + kNetworkGraceMilliseconds);
     if (!Ask(request, deadline)) return kTimeOut;
 
+    lastState_ = kReceivingResponse;
     const std::uint64_t stated = request.ContentLength();
     std::string body;
     if (stated <= kReplyLimitBytes) body.reserve(static_cast<std::size_t>(stated));
     for (;;) {
-        if (!NextPiece(request, deadline)) return kTimeOut;
+        // A network faster than the reader would never let the wait see a message.
+        if (!RunMessages(deadline) || !Finish(request, request.Read(), deadline)) return kTimeOut;
         const std::string_view piece = request.Piece();
         if (piece.empty()) break;
         if (body.size() + piece.size() > kReplyLimitBytes) return kTimeOut;
@@ -110,6 +112,7 @@ std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) 
     }
     // Half an answer could pass for a whole one (an address list without its end): it counts as none.
     if (body.size() < stated) return kTimeOut;
+    if (stated != 0 && body.size() > stated) body.resize(static_cast<std::size_t>(stated));
     lastState_ = kComplete;
     return support::DecodeReply(body, support::ToUtf8(request.ContentType()));
 }
@@ -123,17 +126,14 @@ bool Transport::Ask(HttpRequest& request, const Deadline& deadline) {
     return true;
 }
 
-bool Transport::NextPiece(HttpRequest& request, const Deadline& deadline) {
-    lastState_ = kReceivingResponse;
-    // A network faster than the reader would never let the wait see a message.
+bool Transport::RunMessages(const Deadline& deadline) {
     for (support::PumpResult result = support::PumpResult::Ran; result == support::PumpResult::Ran;) {
         result = support::PumpOneMessage();
         if (result == support::PumpResult::Quit || cancelRequested_ || deadline.Passed()) return false;
     }
-    return Finish(request, request.Read(), deadline);
+    return true;
 }
 
-// Runs the thread's messages until the step that was started is done; true when it went well.
 bool Transport::Finish(HttpRequest& request, bool started, const Deadline& deadline) {
     while (started && !cancelRequested_ && !deadline.Passed()) {
         const DWORD milliseconds = static_cast<DWORD>(deadline.MillisecondsToSleep());

@@ -16,6 +16,14 @@ class HttpRequest;
 // Seconds since midnight of the local clock.
 double SecondsSinceMidnight();
 
+// True while any request or download of this process is under way.
+bool RequestRunning();
+// Requests of this process that the system has not let go of. One that was given up lives on inside the system for a while, with
+// a callback still to come: the DLL must not be unloaded before this is 0.
+long OutstandingRequests();
+// Lets go of the pooled connections; for the moment before the DLL is unloaded. Does nothing while a request runs.
+void CloseSession();
+
 // Limits that a test can shorten, and the clock by which they are measured.
 struct TransportLimits {
     double downloadSilenceSeconds = 60; // a download fails when no byte comes for so long; it may take any time otherwise
@@ -73,8 +81,9 @@ class Transport {
     void ShowDiagnostics(const wchar_t* heading, const std::wstring& text, const wchar_t* title);
     // Sends and waits until the headers are there.
     bool Ask(HttpRequest& request, const Deadline& deadline);
-    // Waits for the next piece; false when the request failed or was given up.
-    bool NextPiece(HttpRequest& request, const Deadline& deadline);
+    // Handles the messages that are there; false when the request is to end.
+    bool RunMessages(const Deadline& deadline);
+    // Waits until the step that was started is done; false when it failed or was given up.
     bool Finish(HttpRequest& request, bool started, const Deadline& deadline);
 
     support::Platform& platform_;

@@ -13,17 +13,11 @@ std::map<UINT_PTR, After*>& Timers() {
 } // namespace
 
 TransportTest::TransportTest() : before_(std::filesystem::current_path()) {
-    static int count = 0;
-    folder_ = std::filesystem::temp_directory_path() /
-              (L"quorvex_transport_" + std::to_wstring(GetCurrentProcessId()) + L"_" + std::to_wstring(++count));
-    std::filesystem::create_directories(folder_);
-    std::filesystem::current_path(folder_);
+    std::filesystem::current_path(folder_.Path());
 }
 
 TransportTest::~TransportTest() {
     std::filesystem::current_path(before_);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
 }
 
 After::After(unsigned milliseconds, std::function<void()> action)

@@ -1,64 +1,42 @@
 #pragma once
 
-#include "localdata/database.h"
-#include "support/platform.h"
-#include "transport/socket_server.h"
+#include "support_code/fake_platform.h"
+#include "support_code/temp_folder.h"
 #include "web/transport_win.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace quorvex::testing {
 
-// Records what the transport shows; a test can act when something is shown.
-class RecordingPlatform : public support::Platform {
+// Keeps the captions of the progress display, too; a test can act when something is shown.
+class ShowingPlatform : public FakePlatform {
   public:
-    struct Message {
-        std::wstring text;
-        int style;
-        std::wstring title;
-    };
-    std::vector<Message> messages;
-    std::vector<std::wstring> clipboard;
-    std::vector<std::pair<std::wstring, std::wstring>> progress;
-    int hidden = 0;
+    std::vector<std::wstring> captions;
     std::function<void()> onProgress;
     std::function<void()> onMessage;
 
-    bool RequestRunning() const override { return false; }
-    std::wstring GetUrl(const std::wstring&, int) override { return {}; }
-    bool GetHttpFile(const std::wstring&, const std::wstring&, const std::wstring&) override { return false; }
-    void StopRequest() override {}
     int ShowMessage(const std::wstring& text, int style, const std::wstring& title) override {
-        messages.push_back({text, style, title});
+        const int answer = FakePlatform::ShowMessage(text, style, title);
         if (onMessage) onMessage();
-        return support::kAnswerOk;
+        return answer;
     }
-    void SetClipboardText(const std::wstring& text) override { clipboard.push_back(text); }
-    int OpenWithShell(const std::wstring&, const std::wstring&) override { return 0; }
-    support::UpdateChoice AskUpdateChoice(const std::wstring&, const std::wstring&, bool) override { return {}; }
     void ShowProgress(const std::wstring& caption, const std::wstring& text) override {
-        progress.emplace_back(caption, text);
+        FakePlatform::ShowProgress(caption, text);
+        captions.push_back(caption);
         if (onProgress) onProgress();
     }
-    void HideProgress() override { ++hidden; }
-    void PumpMessages() override {}
-    std::wstring ComputerName() const override { return {}; }
-    std::wstring UserName() const override { return {}; }
-    support::LocalTime Now() const override { return {}; }
-    void SleepMilliseconds(int) const override {}
-    std::wstring DriveShareName(wchar_t) const override { return {}; }
-    std::wstring DataAccessVersion() const override { return {}; }
-    std::wstring SystemVersion() const override { return {}; }
-    localdata::DatabaseProvider& Databases() override { throw std::logic_error("no databases here"); }
 };
 
 inline constexpr double kShortLimit = 0.6; // seconds, for requests that are to time out
 inline constexpr double kLongLimit = 10;   // for those that are not
+
+inline constexpr double kSoon = 2000;      // milliseconds; "at once" on a machine that is busy otherwise
 
 // Milliseconds that an action takes.
 template <typename Action>
@@ -74,15 +52,15 @@ class TransportTest : public ::testing::Test {
     TransportTest();
     ~TransportTest() override;
 
-    std::wstring Path(const std::wstring& name) const { return (folder_ / name).wstring(); }
+    std::wstring Path(const std::wstring& name) const { return folder_.File(name); }
     std::wstring Get(const std::wstring& url, double limit = kLongLimit) { return transport_.GetURL(url, limit); }
 
-    RecordingPlatform platform_;
+    ShowingPlatform platform_;
     web::Transport transport_{platform_};
 
   private:
-    std::filesystem::path before_;
-    std::filesystem::path folder_;
+    const TempFolder folder_;
+    const std::filesystem::path before_;
 };
 
 // Calls the action from the thread's message loop after some milliseconds, once.

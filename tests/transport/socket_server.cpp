@@ -26,14 +26,14 @@ bool Readable(SOCKET socket, int milliseconds) {
     fd_set set;
     FD_ZERO(&set);
     FD_SET(socket, &set);
-    const timeval time{milliseconds / 1000, (milliseconds % 1000) * 1000};
+    timeval time{milliseconds / 1000, (milliseconds % 1000) * 1000};
     return select(0, &set, nullptr, nullptr, &time) > 0;
 }
 
 // Binds to a free port of the loopback address; 0 when that is not possible.
 int BindLoopback(SOCKET socket, int family) {
     sockaddr_storage address{};
-    address.ss_family = static_cast<ADDRESS_FAMILY>(family);
+    address.ss_family = static_cast<decltype(address.ss_family)>(family);
     int size = sizeof(sockaddr_in);
     if (family == AF_INET6) {
         reinterpret_cast<sockaddr_in6*>(&address)->sin6_addr.s6_addr[15] = 1;

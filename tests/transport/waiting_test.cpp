@@ -1,0 +1,221 @@
+// What happens while a request waits: limits, cancelling, messages, other requests.
+#include "transport/fixture.h"
+#include "transport/socket_server.h"
+
+#include "support/message_pump_win.h"
+
+#include <thread>
+
+namespace quorvex::testing {
+namespace {
+
+using WaitingTest = TransportTest;
+
+void NeverAnswer(Connection& connection, const std::string&) {
+    connection.StaySilent();
+}
+
+void AnswerAfter(Connection& connection, int milliseconds) {
+    connection.StaySilent(milliseconds);
+    connection.Reply("late");
+}
+
+TEST_F(WaitingTest, SilenceAndDribbleEndAtTheLimit) {
+    const SocketServer server([](Connection& connection, const std::string& target) {
+        if (target == "/silent") return NeverAnswer(connection, target);
+        connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
+        while (connection.Send("x") && !connection.StaySilent(100)) {
+        }
+    });
+    for (const wchar_t* target : {L"/silent", L"/dribble"}) {
+        const double taken = Milliseconds([&] { EXPECT_EQ(Get(server.Url(target), kShortLimit), L"TimeOut"); });
+        EXPECT_GE(taken, kShortLimit * 1000) << target;
+        EXPECT_LT(taken, kShortLimit * 1000 + kSoon) << target;
+        EXPECT_FALSE(transport_.Busy());
+    }
+}
+
+TEST_F(WaitingTest, ADeadNetworkFailsAtOnce) {
+    const SocketServer server([](Connection& connection, const std::string& target) {
+        if (target == "/half") connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\npart");
+        if (target == "/noise") connection.Send("this is not HTTP\r\n\r\n");
+        connection.Reset();
+    });
+    const std::wstring refused = L"http://127.0.0.1:" + std::to_wstring(ClosedPort()) + L"/";
+    const std::wstring urls[] = {refused, server.Url(L"/reset"), server.Url(L"/half"), server.Url(L"/noise"),
+                                 L"https" + refused.substr(4), L"http://no-such-host.invalid/"};
+    for (const std::wstring& url : urls) {
+        const double taken = Milliseconds([&] { EXPECT_EQ(Get(url), L"TimeOut") << url; });
+        EXPECT_LT(taken, 5000) << url;
+        EXPECT_EQ(transport_.LastState(), web::Transport::kError);
+    }
+}
+
+TEST_F(WaitingTest, StopEndsARequestAtOnce) {
+    const SocketServer server(NeverAnswer);
+    const After stop(150, [&] {
+        EXPECT_TRUE(transport_.Busy());
+        transport_.StopRequest();
+        EXPECT_TRUE(transport_.CancelRequested());
+    });
+    const double taken = Milliseconds([&] { EXPECT_EQ(Get(server.Url(L"/")), L"TimeOut"); });
+    EXPECT_LT(taken, kSoon);
+    EXPECT_FALSE(transport_.CancelRequested());
+}
+
+TEST_F(WaitingTest, StopWorksFromAnotherThreadAndNotOnTheNextRequest) {
+    const SocketServer server([](Connection& connection, const std::string& target) {
+        if (target == "/silent") return NeverAnswer(connection, target);
+        AnswerAfter(connection, 50);
+    });
+    transport_.StopRequest(); // nothing is running: no effect on what comes
+    EXPECT_EQ(Get(server.Url(L"/late")), L"late");
+    std::thread other([&] {
+        Sleep(150);
+        transport_.StopRequest();
+    });
+    const double taken = Milliseconds([&] { EXPECT_EQ(Get(server.Url(L"/silent")), L"TimeOut"); });
+    other.join();
+    EXPECT_LT(taken, kSoon);
+    EXPECT_EQ(Get(server.Url(L"/late")), L"late");
+}
+
+TEST_F(WaitingTest, TheQuitMessageEndsTheRequestAndStaysInTheQueue) {
+    const SocketServer server(NeverAnswer);
+    const After quit(100, [] { PostQuitMessage(7); });
+    const double taken = Milliseconds([&] { EXPECT_EQ(Get(server.Url(L"/")), L"TimeOut"); });
+    EXPECT_LT(taken, kSoon);
+    MSG message{};
+    ASSERT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
+    EXPECT_EQ(message.wParam, 7U);
+}
+
+TEST_F(WaitingTest, MessagesRunAndASecondRequestGetsNothing) {
+    const SocketServer server([](Connection& connection, const std::string&) { AnswerAfter(connection, 400); });
+    ShowingPlatform otherPlatform;
+    web::Transport other(otherPlatform);
+    std::wstring same = L"?";
+    std::wstring foreign = L"?";
+    bool downloaded = true;
+    const After reenter(50, [&] {
+        EXPECT_TRUE(web::RequestRunning());
+        same = Get(server.Url(L"/again"));
+        foreign = other.GetURL(server.Url(L"/other"), kLongLimit);
+        downloaded = transport_.GetHTTPFile(server.Url(L"/file"), Path(L"file.zip"), L"");
+    });
+    EXPECT_EQ(Get(server.Url(L"/first")), L"late"); // undisturbed
+    EXPECT_EQ(same, L"");
+    EXPECT_EQ(foreign, L"");
+    EXPECT_FALSE(downloaded);
+    EXPECT_EQ(server.Heads().size(), 1U);
+    EXPECT_FALSE(web::RequestRunning());
+}
+
+TEST_F(WaitingTest, ARequestOfAnotherThreadGetsNothingEither) {
+    const SocketServer server([](Connection& connection, const std::string&) { AnswerAfter(connection, 300); });
+    std::wstring reply = L"?";
+    std::thread second([&] {
+        Sleep(100);
+        ShowingPlatform platform;
+        reply = web::Transport(platform).GetURL(server.Url(L"/second"), kLongLimit);
+    });
+    EXPECT_EQ(Get(server.Url(L"/first")), L"late");
+    second.join();
+    EXPECT_EQ(reply, L"");
+}
+
+TEST_F(WaitingTest, WaitingCostsNoProcessorTime) {
+    // The request waits on a thread of its own so that the server's polling is not counted with it.
+    const SocketServer server(NeverAnswer);
+    const auto threadTime = [] {
+        FILETIME created, ended, kernel, user;
+        GetThreadTimes(GetCurrentThread(), &created, &ended, &kernel, &user);
+        return static_cast<double>(kernel.dwLowDateTime + user.dwLowDateTime) / 10000; // milliseconds
+    };
+    std::thread([&] {
+        const double before = threadTime();
+        EXPECT_EQ(Get(server.Url(L"/"), 2), L"TimeOut");
+        EXPECT_LT(threadTime() - before, 60); // 3 % of the two seconds
+    }).join();
+}
+
+TEST_F(WaitingTest, AnEndlessRepaintDoesNotHideTheLimit) {
+    const SocketServer server(NeverAnswer);
+    const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50, nullptr, nullptr,
+                                        GetModuleHandleW(nullptr), nullptr);
+    ASSERT_NE(window, nullptr);
+    const WNDPROC never = [](HWND handle, UINT message, WPARAM w, LPARAM l) -> LRESULT {
+        return message == WM_PAINT ? 0 : DefWindowProcW(handle, message, w, l);
+    };
+    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(never));
+    InvalidateRect(window, nullptr, FALSE);
+    const double taken = Milliseconds([&] { EXPECT_EQ(Get(server.Url(L"/"), kShortLimit), L"TimeOut"); });
+    EXPECT_LT(taken, kShortLimit * 1000 + kSoon);
+    DestroyWindow(window);
+}
+
+TEST_F(WaitingTest, KeysOfTheModalDialogWorkMeanwhile) {
+    const SocketServer server([](Connection& connection, const std::string&) { AnswerAfter(connection, 400); });
+    const HINSTANCE self = GetModuleHandleW(nullptr);
+    const HWND dialog = CreateWindowExW(WS_EX_CONTROLPARENT, L"#32770", L"", WS_POPUP | WS_VISIBLE, 0, 0, 200, 100,
+                                        nullptr, nullptr, self, nullptr);
+    const DWORD style = WS_CHILD | WS_VISIBLE | WS_TABSTOP;
+    const HWND first = CreateWindowExW(0, L"EDIT", L"", style, 0, 0, 80, 20, dialog, nullptr, self, nullptr);
+    const HWND second = CreateWindowExW(0, L"EDIT", L"", style, 0, 30, 80, 20, dialog, nullptr, self, nullptr);
+    const support::ModalDialogScope modal(dialog);
+    SetActiveWindow(dialog);
+    SetFocus(first);
+    ASSERT_EQ(GetFocus(), first);
+    PostMessageW(first, WM_KEYDOWN, VK_TAB, 0);
+    EXPECT_EQ(Get(server.Url(L"/")), L"late");
+    EXPECT_EQ(GetFocus(), second);
+    DestroyWindow(dialog);
+}
+
+TEST_F(WaitingTest, TheSystemLetsAbandonedRequestsGo) {
+    const auto settled = [](long most) {
+        for (int i = 0; i < 500 && web::OutstandingRequests() > most; ++i) Sleep(20);
+        return web::OutstandingRequests() <= most;
+    };
+    ASSERT_TRUE(settled(0)); // those of earlier tests
+    {
+        const SocketServer server(NeverAnswer);
+        EXPECT_EQ(Get(server.Url(L"/"), kShortLimit), L"TimeOut");
+        EXPECT_LE(web::OutstandingRequests(), 1);
+    }
+    EXPECT_TRUE(settled(0));
+    web::CloseSession(); // and a new one opens by itself
+    const SocketServer server([](Connection& connection, const std::string&) { connection.Reply("here"); });
+    EXPECT_EQ(Get(server.Url(L"/")), L"here");
+}
+
+// Time stands still just before midnight until told otherwise.
+class ClockTest : public TransportTest {
+  protected:
+    double seconds_ = 86399.95;
+    web::Transport timed_{platform_, {1, [this] { return seconds_; }}};
+};
+
+TEST_F(ClockTest, TheLimitIsMeasuredByTheDaysClock) {
+    const SocketServer server(NeverAnswer);
+    seconds_ = 43200;
+    const After later(100, [&] { seconds_ += 0.9; });
+    const double taken = Milliseconds([&] { EXPECT_EQ(timed_.GetURL(server.Url(L"/"), 0.8), L"TimeOut"); });
+    EXPECT_LT(taken, kSoon);
+}
+
+TEST_F(ClockTest, ARequestThatCrossesMidnightDoesNotTimeOut) {
+    const SocketServer server([](Connection& connection, const std::string&) { AnswerAfter(connection, 1500); });
+    const After midnight(100, [&] { seconds_ = 20; });
+    EXPECT_EQ(timed_.GetURL(server.Url(L"/"), 1), L"late"); // after one and a half limits
+}
+
+TEST_F(ClockTest, ADeadConnectionEndsAfterMidnightToo) {
+    const SocketServer server(NeverAnswer);
+    const After midnight(100, [&] { seconds_ = 20; });
+    const double taken = Milliseconds([&] { EXPECT_EQ(timed_.GetURL(server.Url(L"/"), 0.2), L"TimeOut"); });
+    EXPECT_LT(taken, 2000 + kSoon);
+}
+
+} // namespace
+} // namespace quorvex::testing
