@@ -5,6 +5,10 @@ set(QUORVEX_WARNINGS
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # gcc 12 sees overlapping copies inside std::string that cannot be (its bug 105651).
   list(APPEND QUORVEX_WARNINGS -Wsuggest-override -Wno-restrict)
+  # Under the sanitizers gcc 12 takes the members of std::regex and std::function for uninitialised.
+  if(QUORVEX_SANITIZE)
+    list(APPEND QUORVEX_WARNINGS -Wno-maybe-uninitialized)
+  endif()
 endif()
 
 function(quorvex_warnings target)

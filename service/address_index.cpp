@@ -2,8 +2,8 @@
 
 #include "service/reply.h"
 #include "service/row_parts.h"
-#include "support/text.h"
 #include "service/words.h"
+#include "support/text.h"
 
 #include <algorithm>
 #include <array>
@@ -86,6 +86,49 @@ std::wstring Fingerprint(const std::wstring& text) {
     return std::wstring(digits.data(), end);
 }
 
+// The premises found, by street and town, then by postcode.
+class Listing {
+  public:
+    Listing(const Criterion& organisation, const Criterion& house) : organisation_(organisation), house_(house) {}
+
+    bool Full() const { return full_; }
+
+    // The premises of a row that meet the criteria. Neither a heading nor a line may be empty: an empty one ends the
+    // reader's walk.
+    void Add(const std::wstring& key, const RowParts& parts) {
+        const std::wstring& postcode = parts.postcode.empty() ? key : parts.postcode;
+        std::wstring heading = parts.street;
+        if (!parts.town.empty()) heading += (heading.empty() ? L"" : L", ") + parts.town;
+        if (heading.empty()) heading = postcode;
+        for (std::size_t i = 0; i < parts.premises.size() && !full_; ++i) {
+            const RowParts::Premise& premise = parts.premises[i];
+            if (!organisation_.MetBy(Words(premise.organisation)) || !house_.MetBy(Words(premise.house))) continue;
+            full_ = lines_ == AddressIndex::kMostLines;
+            if (full_) break;
+            ++lines_;
+            const std::wstring line = premise.text.empty() ? postcode : premise.text + L", " + postcode;
+            groups_[heading][key] +=
+                ItemElement(L"l", line) + ItemElement(L"id", key + L"_" + std::to_wstring(i + 1) + L"_F");
+        }
+    }
+
+    void WriteTo(AddressIndex::Result& result) const {
+        result.lines = lines_;
+        result.cut = full_;
+        for (const auto& [heading, postcodes] : groups_) {
+            result.records += ItemElement(L"h", heading);
+            for (const auto& [key, lines] : postcodes) result.records += lines;
+        }
+    }
+
+  private:
+    const Criterion& organisation_;
+    const Criterion& house_;
+    std::map<std::wstring, std::map<std::wstring, std::wstring>> groups_;
+    int lines_ = 0;
+    bool full_ = false;
+};
+
 } // namespace
 
 // The rows that may hold what is sought; all of them until the first narrowing.
@@ -128,8 +171,8 @@ class AddressIndex::Candidates {
     std::optional<RowNumbers> rows_;
 };
 
-AddressIndex::AddressIndex(const RowSource& rows) : rows_(rows) {
-    rows.WalkFull([this](const std::wstring& key, const std::wstring& plain) { AddRow(key, plain); });
+AddressIndex::AddressIndex(const LocalData& data) : data_(data) {
+    data.WalkFull([this](const std::wstring& key, const std::wstring& plain) { AddRow(key, plain); });
     MakeLists();
 }
 
@@ -178,31 +221,14 @@ AddressIndex::Result AddressIndex::Search(const web::AdvancedCriteria& criteria)
     if (town.Given()) candidates.Narrow(RowsOfPlace(towns_, criteria.town, town));
     if (county.Given()) candidates.Narrow(RowsOfPlace(counties_, criteria.county, county));
 
-    std::map<std::wstring, std::wstring> groups; // by heading
+    Listing listing(organisation, house);
     for (const std::uint32_t row : candidates.Rows(keys_.size())) {
         const std::wstring& key = keys_[row];
         if (!area.MetBy(key)) continue;
-        const RowParts parts = PartsOf(rows_.FullRow(key).value_or(std::wstring()));
-        // Neither a heading nor a line may be empty: an empty one ends the reader's walk.
-        const std::wstring& postcode = parts.postcode.empty() ? key : parts.postcode;
-        std::wstring heading = parts.street;
-        if (!parts.town.empty()) heading += (heading.empty() ? L"" : L", ") + parts.town;
-        if (heading.empty()) heading = postcode;
-        for (std::size_t i = 0; i < parts.premises.size(); ++i) {
-            const RowParts::Premise& premise = parts.premises[i];
-            if (!organisation.MetBy(Words(premise.organisation)) || !house.MetBy(Words(premise.house))) continue;
-            if (result.lines == kMostLines) {
-                result.cut = true;
-                break;
-            }
-            ++result.lines;
-            const std::wstring line = premise.text.empty() ? postcode : premise.text + L", " + postcode;
-            groups[heading] +=
-                ItemElement(L"l", line) + ItemElement(L"id", key + L"_" + std::to_wstring(i + 1) + L"_F");
-        }
-        if (result.cut) break;
+        listing.Add(key, PartsOf(data_.FullRow(key).value_or(std::wstring())));
+        if (listing.Full()) break;
     }
-    for (const auto& [heading, lines] : groups) result.records += ItemElement(L"h", heading) + lines;
+    listing.WriteTo(result);
     return result;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/row_source.h"
+#include "service/local_data.h"
 #include "web/endpoints.h"
 
 #include <cstdint>
@@ -15,7 +15,7 @@ namespace quorvex::service {
 class AddressIndex {
   public:
     // Reads all rows; keeps the reference.
-    explicit AddressIndex(const RowSource& rows);
+    explicit AddressIndex(const LocalData& data);
 
     // The values that a place can be chosen from, joined by ",", and a text that changes whenever one of the lists
     // does.
@@ -45,7 +45,7 @@ class AddressIndex {
     void AddRow(const std::wstring& key, const std::wstring& plain);
     void MakeLists();
 
-    const RowSource& rows_;
+    const LocalData& data_;
     std::vector<std::wstring> keys_; // by row number
     WordRows organisations_;
     WordRows houses_;

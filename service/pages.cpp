@@ -1,8 +1,6 @@
 #include "service/pages.h"
 
-#include "service/address_answers.h"
-#include "lookups/postcode.h"
-#include "service/postzon_answer.h"
+#include "lookup/tag_reader.h"
 #include "support/error.h"
 #include "support/text.h"
 
@@ -64,7 +62,7 @@ std::optional<std::wstring> Pages::Document(const std::string& path, std::string
                                             const std::string& base) const {
     if (path == "/xmlservice/searchforaddress.aspx") {
         const Query query(target, {"datakey", "postcode", "com", "username"});
-        return Charged(query, [&] { return AddressList(rows_, query["postcode"]); });
+        return Charged(query, [&] { return data_.AddressList(query["postcode"]); });
     }
     if (path == "/xmlservice/searchforaddressadv.aspx") {
         const Query query(
@@ -73,15 +71,15 @@ std::optional<std::wstring> Pages::Document(const std::string& path, std::string
     }
     if (path == "/xmlservice/searchforthoroughfareaddress.aspx") {
         const Query query(target, {"datakey", "postcode", "com", "username"});
-        return Charged(query, [&] { return StreetRecordOf(rows_, query["postcode"]); });
+        return Charged(query, [&] { return data_.StreetRecord(query["postcode"]); });
     }
     if (path == "/xmlservice/getaddressrecord.aspx") {
         const Query query(target, {"datakey", "id", "com", "username"});
-        return Charged(query, [&] { return AddressRecordOf(rows_, query["id"]); });
+        return Charged(query, [&] { return data_.AddressRecord(query["id"]); });
     }
     if (path == "/xmlservice/searchforpostzondata.aspx") {
         const Query query(target, {"datakey", "postcode", "com", "username", "homepostcode"});
-        return Charged(query, [&] { return PostZonRecordOf(rows_, query["postcode"], query["homepostcode"]); });
+        return Charged(query, [&] { return data_.PostZonRecord(query["postcode"], query["homepostcode"]); });
     }
     if (path == "/xmlservice/geturlforprefuredmap.aspx")
         return MapAddress(Query(target, {"postcode", "zoomlevel", "com"}));
@@ -142,10 +140,11 @@ std::wstring Pages::MapAddress(const Query& query) const {
     });
     if (zoom == kZooms.end()) return answer({}, L"The zoom level is Area, District or Street");
     try {
-        const std::optional<PostZonRow> row = rows_.PostZonByPostcode(lookups::LocalPostcode(postcode));
-        if (!row) return answer({}, L"Postcode not found: " + postcode);
-        std::wstring url = Filled(settings_.mapUrl, L"{latitude}", (*row)[kLatitudeColumn]);
-        url = Filled(url, L"{longitude}", (*row)[kLongitudeColumn]);
+        const Reply place = data_.PostZonRecord(postcode, {});
+        if (!place.confirm) return answer({}, place.errorMessage);
+        std::wstring url =
+            Filled(settings_.mapUrl, L"{latitude}", lookup::ReadElement(place.body, L"pz_latitude_wgs84"));
+        url = Filled(url, L"{longitude}", lookup::ReadElement(place.body, L"pz_longitude_wgs84"));
         return answer(Filled(Filled(url, L"{zoom}", zoom->second), L"{postcode}", postcode), {});
     } catch (const support::Error& error) {
         return answer({}, L"The data cannot be read: " + error.Description());

@@ -2,9 +2,9 @@
 
 #include "service/accounts.h"
 #include "service/address_index.h"
+#include "service/local_data.h"
 #include "service/query.h"
 #include "service/reply.h"
-#include "service/row_source.h"
 #include "service/update_folder.h"
 
 #include <filesystem>
@@ -34,9 +34,9 @@ struct PageAnswer {
 // What stands at an address of the service. Any number of threads may ask at a time.
 class Pages {
   public:
-    Pages(const RowSource& rows, const AddressIndex& index, Accounts& accounts, const UpdateFolder& updates,
+    Pages(const LocalData& data, const AddressIndex& index, Accounts& accounts, const UpdateFolder& updates,
           PageSettings settings)
-        : rows_(rows), index_(index), accounts_(accounts), updates_(updates), settings_(std::move(settings)) {}
+        : data_(data), index_(index), accounts_(accounts), updates_(updates), settings_(std::move(settings)) {}
 
     // target: path and query as they came. base: scheme, host and port under which the caller knows the service.
     PageAnswer Get(std::string_view target, const std::string& base) const;
@@ -51,7 +51,7 @@ class Pages {
     std::wstring Lookups(const Query& query) const;
     std::wstring UpdateList(const Query& query, const std::string& base) const;
 
-    const RowSource& rows_;
+    const LocalData& data_;
     const AddressIndex& index_;
     Accounts& accounts_;
     const UpdateFolder& updates_;

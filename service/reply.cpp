@@ -13,7 +13,7 @@ Reply Refused(std::wstring_view errorMessage) {
 
 std::wstring ItemElement(std::wstring_view name, std::wstring_view value) {
     std::wstring text = L"<";
-    text.append(name).append(1, L'>').append(support::ReplaceAll(value, L"&", L"&amp;"));
+    text.append(name).append(1, L'>').append(value);
     return text.append(L"</").append(name).append(1, L'>');
 }
 
@@ -32,7 +32,7 @@ std::wstring ReplyText(const Reply& reply, const HeaderValues& header) {
 
 std::wstring Document(std::wstring_view elements) {
     std::wstring text = L"<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<reply>\r\n";
-    return text.append(elements).append(L"</reply>\r\n");
+    return text.append(support::ReplaceAll(elements, L"&", L"&amp;")).append(L"</reply>\r\n");
 }
 
 } // namespace quorvex::service

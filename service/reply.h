@@ -18,8 +18,7 @@ struct Reply {
 // An answer that is not confirmed and costs nothing.
 Reply Refused(std::wstring_view errorMessage);
 
-// "<name>value</name>" and a line break. "&" is escaped, all else stands as it is: the readers take entities as they
-// find them.
+// "<name>value</name>" and a line break.
 std::wstring Element(std::wstring_view name, std::wstring_view value);
 // The same without the line break, for lists whose items are read one right behind the other.
 std::wstring ItemElement(std::wstring_view name, std::wstring_view value);
@@ -33,7 +32,8 @@ struct HeaderValues {
 // The whole text of a lookup's reply: the header that every reply carries, then the body.
 std::wstring ReplyText(const Reply& reply, const HeaderValues& header);
 
-// Elements wrapped as a document of their own.
+// Elements wrapped as a document of their own. "&" is escaped, all else stands as it is: the readers know no other
+// entity.
 std::wstring Document(std::wstring_view elements);
 
 } // namespace quorvex::service

@@ -3,7 +3,6 @@
 #include "support/error.h"
 #include "support/files.h"
 #include "support/text.h"
-#include "service/tsv_row_source.h"
 
 #include <httplib.h>
 
@@ -59,9 +58,9 @@ void SendFile(const std::filesystem::path& path, const std::string& type, httpli
 } // namespace
 
 Service::Service(const Options& options)
-    : rows_(std::make_unique<TsvRowSource>(support::FromPath(options.data))), index_(*rows_),
-      updates_(options.data / "updates"), pages_(*rows_, index_, accounts_, updates_, options.pages),
-      test_(options.test), server_(std::make_unique<httplib::Server>()) {
+    : data_(options.data), index_(data_), updates_(options.data / "updates"),
+      pages_(data_, index_, accounts_, updates_, options.pages), test_(options.test),
+      server_(std::make_unique<httplib::Server>()) {
     AddKeys(accounts_, options);
     server_->new_task_queue = [] { return new httplib::ThreadPool(kThreads); };
     server_->set_keep_alive_max_count(kRequestsPerConnection);

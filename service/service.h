@@ -2,9 +2,9 @@
 
 #include "service/accounts.h"
 #include "service/address_index.h"
+#include "service/local_data.h"
 #include "service/options.h"
 #include "service/pages.h"
-#include "service/row_source.h"
 #include "service/test_control.h"
 #include "service/update_folder.h"
 
@@ -43,7 +43,7 @@ class Service {
     PageAnswer Answer(const httplib::Request& request);
     void Misbehave(TestControl::Order order, PageAnswer answer, httplib::Response& response);
 
-    std::unique_ptr<RowSource> rows_;
+    LocalData data_;
     AddressIndex index_;
     Accounts accounts_;
     UpdateFolder updates_;

@@ -136,6 +136,11 @@ INT_PTR CALLBACK Form::Procedure(HWND window, UINT message, WPARAM wParam, LPARA
     }
     auto* const form = reinterpret_cast<Form*>(GetWindowLongPtrW(window, DWLP_USER));
     if (form == nullptr || form->metrics_ == nullptr) return FALSE;
+    if (message == WM_NCDESTROY) {
+        form->window_ = nullptr;
+        Guarded(form->platform_, [&] { form->Gone(); });
+        return FALSE;
+    }
     bool handled = false;
     LRESULT result = 0;
     Guarded(form->platform_, [&] { handled = form->Handle(message, wParam, lParam, result); });

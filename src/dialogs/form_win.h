@@ -41,6 +41,7 @@ class Form {
     virtual LRESULT Notify(const NMHDR&) { return 0; }
     virtual void TimerTick(UINT_PTR) {}
     virtual void MetricsChanged() {} // fonts are in place, the layout follows
+    virtual void Gone() {}           // the system took the window away, with its owner for instance
     // Other messages: a value answers them, otherwise the dialog's own handling goes on.
     virtual std::optional<LRESULT> Message(UINT, WPARAM, LPARAM) { return std::nullopt; }
 

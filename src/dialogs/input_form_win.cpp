@@ -56,7 +56,12 @@ void InputForm::Layout(int width, int height) {
 void InputForm::Command(int id, int code, HWND) {
     if (code != BN_CLICKED || (id != IDOK && id != IDCANCEL)) return;
     if (id == IDOK) answer_ = TextOf(text1_);
+    Finish();
+}
+
+void InputForm::Finish() {
     done_ = true;
+    WakeMessageLoop();
 }
 
 } // namespace quorvex::dialogs

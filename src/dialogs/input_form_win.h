@@ -21,9 +21,12 @@ class InputForm final : public Form {
     void Layout(int width, int height) override;
     SIZE ClientSize() override;
     void Command(int id, int code, HWND control) override;
-    void CloseRequested() override { done_ = true; }
+    void CloseRequested() override { Finish(); }
+    void Gone() override { Finish(); }
 
   private:
+    void Finish();
+
     std::wstring prompt_;
     std::wstring preset_;
     std::optional<std::wstring> answer_;

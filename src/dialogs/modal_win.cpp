@@ -39,6 +39,11 @@ RECT WorkArea(HWND host) {
     return {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
 }
 
+BOOL CALLBACK AddWindow(HWND window, LPARAM list) {
+    reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+    return TRUE;
+}
+
 } // namespace
 
 HWND HostWindow() {
@@ -66,16 +71,14 @@ void BringToFront(HWND window) {
     SetForegroundWindow(window);
 }
 
+void WakeMessageLoop() {
+    PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
+}
+
 ModalSession::ModalSession(HWND dialog, HWND host)
     : dialog_(dialog), host_(host), focus_(GetFocus()), keys_(dialog) {
     std::vector<HWND> windows;
-    EnumThreadWindows(
-        GetCurrentThreadId(),
-        [](HWND window, LPARAM list) noexcept -> BOOL {
-            reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&windows));
+    EnumThreadWindows(GetCurrentThreadId(), AddWindow, reinterpret_cast<LPARAM>(&windows));
     if (host != nullptr && std::find(windows.begin(), windows.end(), host) == windows.end()) windows.push_back(host);
     for (const HWND window : windows) {
         if (window == dialog || !IsWindowVisible(window) || !IsWindowEnabled(window)) continue;

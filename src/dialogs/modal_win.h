@@ -19,6 +19,9 @@ POINT CentredPosition(HWND host, SIZE size);
 // Brings a window to the front without leaving it above all others, unless its owner is.
 void BringToFront(HWND window);
 
+// Ends the wait of the message loop below, so that it looks at its flag: what another program sends is handled inside that wait.
+void WakeMessageLoop();
+
 // While it lives, the other windows of the thread and the host's window take no input. What was disabled before stays so.
 class ModalSession {
   public:

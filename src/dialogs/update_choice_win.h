@@ -6,7 +6,8 @@
 
 namespace quorvex::dialogs {
 
-// The update dialog: download new packages, apply those that are in the folder, or leave it.
+// The update dialog: download new packages, apply those that are in the folder, or leave it; beside these, a look at the state of
+// the data and mail with the logs for support.
 class UpdateChoiceForm final : public Form {
   public:
     explicit UpdateChoiceForm(support::Platform& platform, int dpi = 0) : Form(platform, dpi) {}
@@ -20,6 +21,7 @@ class UpdateChoiceForm final : public Form {
     SIZE ClientSize() override;
     void Command(int id, int code, HWND control) override;
     void CloseRequested() override { Choose(support::UpdateChoice::Cancel); }
+    void Gone() override { Choose(support::UpdateChoice::Cancel); }
 
   private:
     void Choose(support::UpdateChoice choice);
@@ -32,6 +34,8 @@ class UpdateChoiceForm final : public Form {
     HWND question_ = nullptr;
     HWND download_ = nullptr;
     HWND apply_ = nullptr;
+    HWND details_ = nullptr;
+    HWND sendLogs_ = nullptr;
     HWND cancel_ = nullptr;
 };
 

@@ -2,11 +2,16 @@
 
 #include "localdata/jet/database.h"
 #include "localdata/jet_translation.h"
+#include "localdata/row_reader.h"
 #include "support/files.h"
+#include "support/text.h"
 
-#include <map>
+#include <cmath>
+#include <limits>
 #include <optional>
+#include <set>
 #include <utility>
+#include <vector>
 
 namespace quorvex::localdata {
 namespace {
@@ -56,8 +61,8 @@ class JetConnection final : public Connection {
 
     void Close() override {
         if (!database_) ThrowClosed();
-        const std::optional<jet::Database> closing = std::exchange(database_, std::nullopt);
-        Translated(file_, [&] { jet::Database(*closing).Close(); });
+        std::optional<jet::Database> closing = std::exchange(database_, std::nullopt);
+        Translated(file_, [&] { closing->Close(); });
     }
 
     jet::Database& ForReading() {
@@ -95,6 +100,26 @@ class JetConnection final : public Connection {
     std::optional<jet::Database> database_;
 };
 
+// A value as the column's type wants it: data access converts numbers and their texts into one another.
+jet::Value ForColumn(const jet::Column& column, const Value& value) {
+    const auto* const text = std::get_if<std::wstring>(&value);
+    if (text == nullptr && column.IsTextual() && !std::holds_alternative<std::monostate>(value)) {
+        return ToUtf16(ValueText(value));
+    }
+    const bool whole = column.type == jet::ColumnType::kByte || column.type == jet::ColumnType::kInteger ||
+                       column.type == jet::ColumnType::kLong;
+    const bool number = column.type == jet::ColumnType::kSingle || column.type == jet::ColumnType::kDouble;
+    if (text != nullptr && (whole || number)) {
+        const double parsed = support::ParseNumber(*text);
+        if (number) return parsed;
+        if (std::abs(parsed) > std::numeric_limits<std::int32_t>::max()) {
+            throw support::Error(support::kErrorOverflow, L"Overflow");
+        }
+        return static_cast<std::int32_t>(std::lround(parsed));
+    }
+    return ToJet(value);
+}
+
 class JetRecordset final : public Recordset {
   public:
     void SetCursorType(CursorType) override {
@@ -112,14 +137,22 @@ class JetRecordset final : public Recordset {
         if (own == nullptr) throw support::Error(kErrorObjectClosed, L"The connection is not one of this engine.");
         jet::Database& database = lockType_ == LockType::ReadOnly ? own->ForReading() : own->ForWriting();
         context_ = own->File();
-        Translated(context_, [&] { cursor_.emplace(database.Select(ToUtf16(query))); });
+        Translated(context_, [&] {
+            wholeTable_ = jet::ParseQuery(ToUtf16(query)).conditions.empty();
+            cursor_.emplace(database.Select(ToUtf16(query)));
+            if (lockType_ != LockType::ReadOnly) table_.emplace(database.OpenTable(cursor_->definition().name));
+            empty_ = !cursor_->Next();
+        });
+        place_ = empty_ ? Place::End : Place::Cursor;
+        first_ = true;
         connection_ = own;
-        MoveFirstRow();
     }
 
     void Close() override {
         RequireOpen();
+        DropChanges();
         cursor_.reset();
+        table_.reset();
         connection_ = nullptr;
     }
 
@@ -130,26 +163,33 @@ class JetRecordset final : public Recordset {
 
     bool AtEnd() override {
         RequireOpen();
-        return atEnd_;
+        return place_ == Place::End;
     }
 
     void MoveFirst() override {
         RequireOpen();
+        WriteChanges();
         if (empty_) ThrowNoRow();
-        MoveFirstRow();
+        // The rows are not asked for before somebody wants them: a search from the first row goes by the index.
+        place_ = Place::First;
+        first_ = true;
     }
 
     void MoveNext() override {
         RequireOpen();
-        if (atEnd_) ThrowNoRow();
-        Translated(context_, [&] { atEnd_ = !cursor_->Next(); });
+        WriteChanges();
+        if (place_ == Place::End) ThrowNoRow();
+        Translated(context_, [&] {
+            Settle();
+            first_ = false;
+            place_ = cursor_->Next() ? Place::Cursor : Place::End;
+        });
     }
 
     void MoveLast() override {
         RequireOpen();
-        if (empty_) ThrowNoRow();
         const long last = RecordCount() - 1;
-        MoveFirstRow();
+        MoveFirst();
         for (long i = 0; i < last; ++i) MoveNext();
     }
 
@@ -164,37 +204,143 @@ class JetRecordset final : public Recordset {
         });
     }
 
-    void Find(const std::wstring&) override { throw support::Error(kErrorFeatureNotAvailable, L"Read-only."); }
+    void Find(const std::wstring& criterion) override {
+        RequireOpen();
+        WriteChanges();
+        if (place_ == Place::End) return;
+        Translated(context_, [&] {
+            if (first_ && wholeTable_ && table_) {
+                const auto found = table_->FindFirst(ToUtf16(criterion));
+                if (found) {
+                    StandOn(*found);
+                } else {
+                    place_ = Place::End;
+                }
+            } else {
+                FindForward(criterion);
+            }
+            first_ = false;
+        });
+    }
 
     Value Field(const std::wstring& column) override {
         RequireOpen();
-        if (atEnd_) ThrowNoRow();
-        return Translated(context_, [&] { return FromJet(cursor_->Current().Get(Position(column))); });
+        return Translated(context_, [&]() -> Value {
+            const std::size_t position = Position(column);
+            for (const jet::Assignment& change : changes_) {
+                if (change.column == position) return FromJet(change.value);
+            }
+            if (adding_) return std::monostate{};
+            return FromJet(CurrentRow().Get(position));
+        });
     }
 
-    void SetField(const std::wstring&, const Value&) override {
-        throw support::Error(kErrorFeatureNotAvailable, L"Read-only.");
+    void SetField(const std::wstring& column, const Value& value) override {
+        RequireWritable();
+        Translated(context_, [&] {
+            if (!adding_) CurrentRow();
+            const std::size_t position = Position(column);
+            jet::Value converted = ForColumn(cursor_->definition().columns[position], value);
+            for (jet::Assignment& change : changes_) {
+                if (change.column != position) continue;
+                change.value = std::move(converted);
+                return;
+            }
+            changes_.push_back({position, std::move(converted)});
+        });
     }
-    void AddNew() override { throw support::Error(kErrorFeatureNotAvailable, L"Read-only."); }
-    void Update() override { throw support::Error(kErrorFeatureNotAvailable, L"Read-only."); }
-    void UpdateBatch() override { throw support::Error(kErrorFeatureNotAvailable, L"Read-only."); }
+
+    void AddNew() override {
+        RequireWritable();
+        WriteChanges();
+        adding_ = true;
+    }
+
+    void Update() override {
+        RequireWritable();
+        WriteChanges();
+    }
+
+    void UpdateBatch() override { Update(); }
 
   private:
+    // First: before the first row was asked for. Found: on a row that the cursor does not stand on.
+    enum class Place { First, Cursor, Found, End };
+
     void RequireOpen() const {
         if (connection_ == nullptr) ThrowClosed();
     }
 
-    void MoveFirstRow() {
+    void RequireWritable() const {
+        RequireOpen();
+        if (!table_) {
+            throw support::Error(
+                kErrorFeatureNotAvailable,
+                L"Current Recordset does not support updating. This may be a limitation of the provider, "
+                L"or of the selected locktype.");
+        }
+    }
+
+    // Brings the cursor to the current row.
+    void Settle() {
+        if (place_ == Place::Cursor || place_ == Place::End) return;
+        cursor_->Rewind();
+        bool more = cursor_->Next();
+        while (more && place_ == Place::Found && cursor_->Current().id() != found_.id()) more = cursor_->Next();
+        place_ = more ? Place::Cursor : Place::End;
+    }
+
+    const jet::Row& CurrentRow() {
+        if (place_ == Place::Found) return found_;
+        Settle();
+        if (place_ == Place::End) ThrowNoRow();
+        return cursor_->Current();
+    }
+
+    void StandOn(jet::RowId id) {
+        found_ = table_->Fetch(id);
+        place_ = Place::Found;
+    }
+
+    void FindForward(const std::wstring& criterion) {
+        const std::u16string query = u"SELECT * FROM [" + cursor_->definition().name + u"] WHERE " + ToUtf16(criterion);
+        std::set<jet::RowId> matches;
+        for (jet::Cursor rows = connection_->ForReading().Select(query); rows.Next();)
+            matches.insert(rows.Current().id());
+        Settle();
+        bool more = place_ == Place::Cursor;
+        while (more && !matches.contains(cursor_->Current().id())) more = cursor_->Next();
+        if (!more) place_ = Place::End;
+    }
+
+    void DropChanges() {
+        changes_.clear();
+        adding_ = false;
+    }
+
+    // Writes what is pending as one record: whole or not at all, and then nothing is pending any more.
+    void WriteChanges() {
+        if (changes_.empty() && !adding_) return;
+        const std::vector<jet::Assignment> changes = std::exchange(changes_, {});
+        const bool adding = std::exchange(adding_, false);
         Translated(context_, [&] {
-            cursor_->Rewind();
-            empty_ = atEnd_ = !cursor_->Next();
+            jet::RowId id;
+            if (adding) {
+                id = table_->Insert(changes);
+            } else {
+                id = CurrentRow().id();
+                table_->Update(id, changes);
+            }
+            empty_ = false;
+            StandOn(id);
         });
     }
 
     std::size_t Position(const std::wstring& column) {
         const auto position = cursor_->definition().FindColumn(ToUtf16(column));
         if (!position) {
-            throw jet::Error(jet::ErrorCode::kNoSuchColumn, "There is no column of the name that was asked for.");
+            throw jet::Error(jet::ErrorCode::kNoSuchColumn,
+                             "Item cannot be found in the collection corresponding to the requested name or ordinal.");
         }
         return *position;
     }
@@ -203,8 +349,14 @@ class JetRecordset final : public Recordset {
     LockType lockType_ = LockType::ReadOnly;
     std::wstring context_;
     std::optional<jet::Cursor> cursor_;
+    std::optional<jet::Table> table_; // record sets that may change rows only
+    bool wholeTable_ = false;
     bool empty_ = true;
-    bool atEnd_ = true;
+    bool first_ = false; // on the first row of the set
+    Place place_ = Place::End;
+    jet::Row found_;
+    std::vector<jet::Assignment> changes_;
+    bool adding_ = false;
 };
 
 } // namespace

@@ -4,11 +4,11 @@
 
 namespace quorvex::localdata {
 
-// The database interface over the embedded Jet 4 engine, with the rules that data access keeps: properties are set before
-// opening, nothing is opened twice, no row is read behind the end.
+// The database interface over the embedded Jet 4 engine, with the rules that data access keeps: properties are set
+// before opening, nothing is opened twice, no row is read behind the end.
 //
-// A connection opened with share mode 8 excludes writers for its life. One without a mode does so, too, until a record set that may
-// change rows is opened on it; then it excludes everybody else.
+// A connection opened with share mode 8 excludes writers for its life. One without a mode does so, too, until a record
+// set that may change rows is opened on it; then it excludes everybody else.
 class JetProvider final : public DatabaseProvider {
   public:
     std::unique_ptr<Connection> CreateConnection() override;

@@ -1,15 +1,16 @@
 #include "localdata/status.h"
 
-#include "localdata/connection_string.h"
 #include "localdata/data_file_names.h"
 #include "localdata/database.h"
 #include "localdata/package_date.h"
+#include "localdata/row_reader.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/process_state.h"
 #include "support/text.h"
 
+#include <algorithm>
 #include <exception>
 
 namespace quorvex::localdata {
@@ -17,28 +18,6 @@ namespace {
 
 constexpr wchar_t kUnknownKindDate[] = L"19000101";
 constexpr wchar_t kLineEnd[] = L"\r\n";
-
-// One query on one data file for reading, as every reader of local data opens it. Closed with the object.
-class DataFileQuery {
-  public:
-    DataFileQuery(support::Platform& platform, const std::wstring& file, const std::wstring& query)
-        : connection_(platform.Databases().CreateConnection()), rows_(platform.Databases().CreateRecordset()) {
-        connection_->SetMode(kModeShareDenyWrite);
-        connection_->Open(ConnectionString(file), kDatabaseUser, {});
-        rows_->SetCursorType(CursorType::Static);
-        rows_->SetLockType(LockType::ReadOnly);
-        rows_->Open(query, *connection_);
-    }
-    Recordset& Rows() { return *rows_; }
-    void Close() {
-        rows_->Close();
-        connection_->Close();
-    }
-
-  private:
-    std::unique_ptr<Connection> connection_;
-    std::unique_ptr<Recordset> rows_;
-};
 
 // Runs a reader of one data file; what it throws goes to the error log and its result stays empty.
 template <typename Reader>
@@ -58,23 +37,20 @@ std::wstring ReadLastUpdate(support::Platform& platform, const std::wstring& dat
     const std::wstring file = DataFilePath(dataFolder, dataFile);
     if (!support::FileExists(file)) return {};
     return ReadQuietly(platform, file, [&]() -> std::wstring {
-        DataFileQuery query(platform, file, L"SELECT * From [version] WHERE [id]=2;");
+        RowReader version(platform.Databases(), file, L"SELECT * From [version] WHERE [id]=2;");
         std::wstring date;
-        if (!query.Rows().AtEnd()) {
-            const Value text = query.Rows().Field(L"Text");
-            if (const auto* found = std::get_if<std::wstring>(&text)) date = *found;
-        }
-        query.Close();
+        if (!version.AtEnd()) date = version.Text(L"Text");
+        version.Close();
         return date;
     });
 }
 
 std::wstring CountRecords(support::Platform& platform, const std::wstring& file, const DataFile& dataFile) {
     const std::wstring count = ReadQuietly(platform, file, [&] {
-        DataFileQuery query(platform, file, std::wstring(L"SELECT * From ") + dataFile.table);
-        if (!query.Rows().AtEnd()) query.Rows().MoveLast();
-        const long records = query.Rows().RecordCount();
-        query.Close();
+        RowReader rows(platform.Databases(), file, std::wstring(L"SELECT * From ") + dataFile.table);
+        long records = 0;
+        for (; !rows.AtEnd(); rows.Next()) ++records;
+        rows.Close();
         return std::to_wstring(records);
     });
     return count.empty() ? L"cannot be read" : count + L" records";

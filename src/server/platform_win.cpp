@@ -1,9 +1,11 @@
 #include "server/platform_win.h"
 
+#include "dialogs/message_form_win.h"
+#include "dialogs/update_choice_win.h"
+#include "mail/mail.h"
 #include "support/clipboard_win.h"
 #include "support/machine_win.h"
 #include "support/message_pump_win.h"
-#include "support/process_state.h"
 
 #include <shellapi.h>
 #include <windows.h>
@@ -33,9 +35,7 @@ void WindowsPlatform::StopRequest() {
 }
 
 int WindowsPlatform::ShowMessage(const std::wstring& text, int style, const std::wstring& title) {
-    const std::wstring& caption = title.empty() ? support::Process().messageTitle : title;
-    return MessageBoxW(nullptr, text.c_str(), caption.c_str(),
-                       static_cast<UINT>(style) | MB_TOPMOST | MB_SETFOREGROUND);
+    return dialogs::TopMostMessageBox(*this, text, style, title);
 }
 
 void WindowsPlatform::SetClipboardText(const std::wstring& text) {
@@ -43,19 +43,29 @@ void WindowsPlatform::SetClipboardText(const std::wstring& text) {
 }
 
 int WindowsPlatform::OpenWithShell(const std::wstring& file, const std::wstring& workingDirectory) {
+    if (file.empty()) return SE_ERR_FNF; // the shell would open the working directory instead
     const HINSTANCE result =
         ShellExecuteW(nullptr, L"open", file.c_str(), nullptr,
-                      workingDirectory.empty() ? nullptr : workingDirectory.c_str(), SW_SHOWNORMAL);
+                      workingDirectory.empty() ? nullptr : workingDirectory.c_str(), SW_SHOW);
     return static_cast<int>(reinterpret_cast<INT_PTR>(result));
 }
 
-support::UpdateChoice WindowsPlatform::AskUpdateChoice(const std::wstring&, const std::wstring&, bool) {
-    return support::UpdateChoice::Cancel;
+support::UpdateChoice WindowsPlatform::AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
+                                                       bool internetIsAvailable) {
+    return dialogs::AskUpdateChoice(*this, caption, dataFolder, internetIsAvailable);
 }
 
-void WindowsPlatform::ShowProgress(const std::wstring&, const std::wstring&) {}
+void WindowsPlatform::ShowProgress(const std::wstring& caption, const std::wstring& text) {
+    progress_.Show(caption, text);
+}
 
-void WindowsPlatform::HideProgress() {}
+void WindowsPlatform::HideProgress() {
+    progress_.Hide();
+}
+
+support::MailResult WindowsPlatform::SendMail(const support::MailMessage& message) {
+    return mail::Send(message);
+}
 
 void WindowsPlatform::PumpMessages() {
     support::PumpPendingMessages();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dialogs/progress_window_win.h"
 #include "support/platform.h"
 #include "web/transport_win.h"
 
@@ -25,6 +26,7 @@ class WindowsPlatform final : public support::Platform {
     void ShowProgress(const std::wstring& caption, const std::wstring& text) override;
     void HideProgress() override;
     void PumpMessages() override;
+    support::MailResult SendMail(const support::MailMessage& message) override;
 
     std::wstring ComputerName() const override;
     std::wstring UserName() const override;
@@ -39,6 +41,7 @@ class WindowsPlatform final : public support::Platform {
   private:
     localdata::DatabaseProvider& databases_;
     web::Transport transport_;
+    dialogs::ProgressWindow progress_{*this, [this] { StopRequest(); }};
 };
 
 } // namespace quorvex::server

@@ -85,7 +85,7 @@ HRESULT QuorvexObject::GetDistance(double* Latitude1, double* Longtitude1, doubl
     });
 }
 
-HRESULT QuorvexObject::Nearest_StartList(BSTR* TargetPostcode, double* WithInKm, double* Longitude, double* Latitude,
+HRESULT QuorvexObject::Nearest_StartList(BSTR* TargetPostcode, double* WithInKm, double* Longtitude, double* Latitude,
                                          double* Difference, VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
@@ -97,7 +97,7 @@ HRESULT QuorvexObject::Nearest_StartList(BSTR* TargetPostcode, double* WithInKm,
                                         boxSize)) {
             return;
         }
-        if (Longitude != nullptr) *Longitude = longitude;
+        if (Longtitude != nullptr) *Longtitude = longitude;
         if (Latitude != nullptr) *Latitude = latitude;
         if (Difference != nullptr) *Difference = boxSize;
         *result = VARIANT_TRUE;
@@ -120,7 +120,7 @@ HRESULT QuorvexObject::Nearest_GetNumberOfRecordsReturned(long* result) {
     return Guard([&] { *result = lookups::Nearest_GetNumberOfRecordsReturned(lookup_); });
 }
 
-HRESULT QuorvexObject::Nearest_GetRecord(long* x, double* distance, double* Longitude, double* Latitude, BSTR* YouData1,
+HRESULT QuorvexObject::Nearest_GetRecord(long* x, double* distance, double* Longtitude, double* Latitude, BSTR* YouData1,
                                          BSTR* YouData2, BSTR* YouData3, VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
@@ -128,7 +128,7 @@ HRESULT QuorvexObject::Nearest_GetRecord(long* x, double* distance, double* Long
         lookups::NearestRecord record;
         if (!lookups::Nearest_GetRecord(lookup_, ValueOr(x, 0), record)) return;
         if (distance != nullptr) *distance = record.distance;
-        if (Longitude != nullptr) *Longitude = record.longitude;
+        if (Longtitude != nullptr) *Longtitude = record.longitude;
         if (Latitude != nullptr) *Latitude = record.latitude;
         ReplaceText(YouData1, record.text1);
         ReplaceText(YouData2, record.text2);

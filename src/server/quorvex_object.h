@@ -92,12 +92,12 @@ class QuorvexObject final : public _Quorvex {
     HRESULT STDMETHODCALLTYPE GetDistance(double* Latitude1, double* Longtitude1, double* Latitude2,
                                           double* Longtitude2, double* result) override;
     HRESULT STDMETHODCALLTYPE LMGetLastUpdateDate(BSTR* DataType, BSTR* result) override;
-    HRESULT STDMETHODCALLTYPE Nearest_StartList(BSTR* TargetPostcode, double* WithInKm, double* Longitude,
+    HRESULT STDMETHODCALLTYPE Nearest_StartList(BSTR* TargetPostcode, double* WithInKm, double* Longtitude,
                                                 double* Latitude, double* Difference, VARIANT_BOOL* result) override;
     HRESULT STDMETHODCALLTYPE Nearest_AddToList(double* Longtitude, double* Latitude, BSTR* YouData1, BSTR* YouData2,
                                                 BSTR* YouData3, VARIANT_BOOL* result) override;
     HRESULT STDMETHODCALLTYPE Nearest_GetNumberOfRecordsReturned(long* result) override;
-    HRESULT STDMETHODCALLTYPE Nearest_GetRecord(long* x, double* distance, double* Longitude, double* Latitude,
+    HRESULT STDMETHODCALLTYPE Nearest_GetRecord(long* x, double* distance, double* Longtitude, double* Latitude,
                                                 BSTR* YouData1, BSTR* YouData2, BSTR* YouData3,
                                                 VARIANT_BOOL* result) override;
     HRESULT STDMETHODCALLTYPE Nearest_EndList() override;

@@ -64,6 +64,16 @@ HRESULT DeleteTree(Scope scope, const std::wstring& key) {
     return result == ERROR_FILE_NOT_FOUND ? S_OK : HRESULT_FROM_WIN32(static_cast<DWORD>(result));
 }
 
+// The class as registered for the other bitness: its class key is its own, the ProgID key serves both.
+bool OtherBitnessRegistered(Scope scope) {
+    const REGSAM view = kSystemKind == SYS_WIN64 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+    HKEY key = nullptr;
+    const std::wstring path = Classes(L"CLSID\\" + GuidText(CLSID_Quorvex));
+    if (RegOpenKeyExW(Root(scope), path.c_str(), 0, KEY_READ | view, &key) != ERROR_SUCCESS) return false;
+    RegCloseKey(key);
+    return true;
+}
+
 HRESULT RegisterClass(Scope scope, const std::wstring& path) {
     const std::wstring clsid = GuidText(CLSID_Quorvex);
     const std::wstring key = L"CLSID\\" + clsid;
@@ -129,8 +139,8 @@ HRESULT Unregister(Scope scope) {
                                ? UnRegisterTypeLibForUser(LIBID_QuorvexLookup, major, minor, 0, kSystemKind)
                                : UnRegisterTypeLib(LIBID_QuorvexLookup, major, minor, 0, kSystemKind);
         const bool libraryGone = SUCCEEDED(hr) || hr == TYPE_E_REGISTRYACCESS || hr == TYPE_E_LIBNOTREGISTERED;
-        const HRESULT progId = DeleteTree(scope, kProgId);
         const HRESULT clsid = DeleteTree(scope, L"CLSID\\" + GuidText(CLSID_Quorvex));
+        const HRESULT progId = OtherBitnessRegistered(scope) ? S_OK : DeleteTree(scope, kProgId);
         if (FAILED(progId) || FAILED(clsid)) return SELFREG_E_CLASS;
         return libraryGone ? S_OK : SELFREG_E_TYPELIB;
     } catch (...) {

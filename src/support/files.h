@@ -24,8 +24,24 @@ void WriteTextFile(const std::wstring& path, std::wstring_view text);
 // Whole contents. Throw Error when the file cannot be opened, read or written.
 std::string ReadFileBytes(const std::wstring& path);
 void WriteFileBytes(const std::wstring& path, std::string_view bytes);
-// Appends in one write to a file that nobody else is writing to; false when that is not possible now.
-bool AppendExclusively(const std::wstring& path, std::string_view bytes);
+// A file held for appending: while it lives nobody else can hold the same file so, in this process or another. The file may
+// be read and renamed meanwhile.
+class FileHold {
+  public:
+    // create: an absent file is made; without it an absent file is not held.
+    FileHold(const std::wstring& path, bool create);
+    FileHold(const FileHold&) = delete;
+    FileHold& operator=(const FileHold&) = delete;
+    ~FileHold();
+
+    explicit operator bool() const { return handle_ != kNone; }
+    // One write; false when not all of it could be written, of which nothing stays then.
+    bool Append(std::string_view bytes);
+
+  private:
+    static constexpr std::intptr_t kNone = -1;
+    std::intptr_t handle_ = kNone; // the system's handle or descriptor
+};
 // False when there was nothing or it could not be deleted.
 bool DeleteFileQuietly(const std::wstring& path);
 bool RenameFileQuietly(const std::wstring& from, const std::wstring& to);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace quorvex::support {
@@ -18,14 +19,32 @@ std::wstring FromPath(const std::filesystem::path& path) {
     return FromUtf8(path.string());
 }
 
-bool AppendExclusively(const std::wstring& path, std::string_view bytes) {
-    const int file = open(ToPath(path).c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-    if (file < 0) return false;
-    bool done = false;
-    if (flock(file, LOCK_EX | LOCK_NB) == 0) {
-        done = write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+FileHold::FileHold(const std::wstring& path, bool create) {
+    const std::filesystem::path file = ToPath(path);
+    const int descriptor = open(file.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | (create ? O_CREAT : 0), 0666);
+    if (descriptor < 0) return;
+    // Between opening and locking the file may have been renamed by the one who held it.
+    struct stat held {};
+    struct stat named {};
+    if (flock(descriptor, LOCK_EX | LOCK_NB) == 0 && fstat(descriptor, &held) == 0 && stat(file.c_str(), &named) == 0 &&
+        held.st_ino == named.st_ino && held.st_dev == named.st_dev) {
+        handle_ = descriptor;
+    } else {
+        close(descriptor);
     }
-    return close(file) == 0 && done;
+}
+
+FileHold::~FileHold() {
+    if (handle_ != kNone) close(static_cast<int>(handle_));
+}
+
+bool FileHold::Append(std::string_view bytes) {
+    if (handle_ == kNone) return false;
+    const int descriptor = static_cast<int>(handle_);
+    const off_t size = lseek(descriptor, 0, SEEK_END);
+    if (write(descriptor, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size())) return true;
+    if (size < 0 || ftruncate(descriptor, size) != 0) return false; // a part of it may stay: nothing more can be done
+    return false;
 }
 
 } // namespace quorvex::support

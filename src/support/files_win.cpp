@@ -26,14 +26,28 @@ std::wstring FromPath(const std::filesystem::path& path) {
     return path.wstring();
 }
 
-bool AppendExclusively(const std::wstring& path, std::string_view bytes) {
-    const HANDLE file = CreateFileW(ToPath(path).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return false;
+// Without FILE_SHARE_WRITE nobody else gets a handle for writing.
+FileHold::FileHold(const std::wstring& path, bool create) {
+    const HANDLE file = CreateFileW(ToPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                                    create ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE) handle_ = reinterpret_cast<std::intptr_t>(file);
+}
+
+FileHold::~FileHold() {
+    if (handle_ != kNone) CloseHandle(reinterpret_cast<HANDLE>(handle_));
+}
+
+bool FileHold::Append(std::string_view bytes) {
+    if (handle_ == kNone) return false;
+    const HANDLE file = reinterpret_cast<HANDLE>(handle_);
+    LARGE_INTEGER end{};
     DWORD written = 0;
-    const BOOL ok = WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-    CloseHandle(file);
-    return ok && written == bytes.size();
+    if (!SetFilePointerEx(file, {}, &end, FILE_END)) return false;
+    if (WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) && written == bytes.size()) {
+        return true;
+    }
+    if (SetFilePointerEx(file, end, nullptr, FILE_BEGIN)) SetEndOfFile(file);
+    return false;
 }
 
 } // namespace quorvex::support

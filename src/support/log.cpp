@@ -44,25 +44,36 @@ void AppendLine(const Platform& platform, const std::wstring& baseName, const st
     const std::string bytes = ToUtf8(line) + "\r\n";
     for (int failures = 0; failures <= kRetries; ++failures) {
         if (failures > 0) platform.SleepMilliseconds(kRetryMilliseconds);
-        RotateLog(folder, baseName, kLogRotationBytes);
-        if (AppendExclusively(folder + L"\\" + baseName + L"1.log", bytes)) return;
+        if (RotateLog(folder, baseName, kLogRotationBytes) &&
+            FileHold(folder + L"\\" + baseName + L"1.log", true).Append(bytes)) {
+            return;
+        }
     }
 }
 
 } // namespace
 
-void RotateLog(const std::wstring& folder, const std::wstring& baseName, std::int32_t maxBytes) {
+bool RotateLog(const std::wstring& folder, const std::wstring& baseName, std::int32_t maxBytes) {
     const auto generation = [&](int n) { return folder + L"\\" + baseName + std::to_wstring(n) + L".log"; };
-    if (FileSize(generation(1)) <= maxBytes) return;
+    if (FileSize(generation(1)) <= maxBytes) return true;
+    // Another process may be rotating the same log: only who holds the current file rotates, and only if it is still too large.
+    const FileHold hold(generation(1), false);
+    if (!hold) return false;
+    if (FileSize(generation(1)) <= maxBytes) return true;
     const std::wstring scratch = folder + L"\\Temp.log";
-    if (FileExists(scratch)) DeleteFileQuietly(scratch);
+    if (FileExists(scratch)) {
+        const FileHold left(scratch, false);
+        if (!left) return false; // the other log is being rotated through it
+        DeleteFileQuietly(scratch);
+    }
     // Out of the way first, so that nobody appends to it while the older generations move.
-    if (!RenameFileQuietly(generation(1), scratch)) return;
+    if (!RenameFileQuietly(generation(1), scratch)) return false;
     if (FileExists(generation(5))) DeleteFileQuietly(generation(5));
     for (int n = 4; n >= 2; --n) {
         if (FileExists(generation(n))) RenameFileQuietly(generation(n), generation(n + 1));
     }
     if (FileExists(scratch)) RenameFileQuietly(scratch, generation(2));
+    return true;
 }
 
 void LogToFile(const Platform& platform, const std::wstring& baseName, const std::wstring& message,

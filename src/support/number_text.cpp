@@ -8,6 +8,9 @@
 namespace quorvex::support {
 namespace {
 
+constexpr double kSmallestPlain = 1e-7;
+constexpr double kLargestPlain = 1e21;
+
 struct Scan {
     double value = 0;
     std::size_t length = 0; // characters read; 0: no number
@@ -36,8 +39,12 @@ Scan ScanNumber(std::wstring_view text) {
 } // namespace
 
 std::wstring NumberText(double number) {
-    std::array<char, 400> buffer{};
-    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
+    // Figures of everyday size never take an exponent: hosts show these texts to people.
+    const double size = std::fabs(number);
+    const bool plain = size == 0 || (size >= kSmallestPlain && size < kLargestPlain);
+    std::array<char, 64> buffer{};
+    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
+                                            plain ? std::chars_format::fixed : std::chars_format::scientific);
     return error == std::errc() ? std::wstring(buffer.data(), end) : std::wstring(L"0");
 }
 

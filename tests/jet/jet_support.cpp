@@ -65,6 +65,12 @@ std::u16string FromUtf8(std::string_view text) {
   return out;
 }
 
+std::u16string Equals(std::u16string_view column, std::u16string_view text) {
+  std::u16string out = u"[";
+  out.append(column).append(u"]='").append(text).append(u"'");
+  return out;
+}
+
 std::string Show(const Value& value) {
   if (const auto* text = std::get_if<std::u16string>(&value)) return ToUtf8(*text);
   if (const auto* whole = std::get_if<std::int32_t>(&value)) return std::to_string(*whole);

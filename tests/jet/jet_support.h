@@ -22,6 +22,9 @@ std::vector<std::vector<std::string>> ReadTruth(const char* name);
 std::u16string FromUtf8(std::string_view text);
 inline std::u16string Wide(std::string_view ascii) { return std::u16string(ascii.begin(), ascii.end()); }
 
+/// The condition "[column]='text'".
+std::u16string Equals(std::u16string_view column, std::u16string_view text);
+
 /// A value as text: NULL is "\N", numbers in their shortest form.
 std::string Show(const Value& value);
 /// All cells of a row.

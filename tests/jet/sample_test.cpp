@@ -127,15 +127,16 @@ TEST(SampleTest, EveryStoredIndexEntryEqualsTheKeyMadeFromItsRow) {
   for (const char* file : kFiles) {
     Database db = Database::Open(Sample(file), kPassword);
     for (const auto& [name, page] : Catalog(db.pager()).AllTables()) {
-      const auto def = std::make_shared<TableDef>(ReadTableDef(*db.pager(), page));
-      const Table table(db.pager(), def);
-      for (const Index& index : def->indexes) {
-        IndexScan scan(*db.pager(), def->page, index.root, {{}, kBeforeAllRows});
+      const Table table = db.OpenTable(name);
+      const TableDef& def = table.definition();
+      ASSERT_EQ(def.page, page);
+      for (const Index& index : def.indexes) {
+        IndexScan scan(*db.pager(), def.page, index.root, {{}, kBeforeAllRows});
         while (scan.Next()) {
           const Row row = table.Fetch(scan.Row());
           Bytes key;
           for (const IndexColumn& part : index.columns) {
-            AppendKey(key, def->columns[part.column], row.Get(part.column), part.ascending);
+            AppendKey(key, def.columns[part.column], row.Get(part.column), part.ascending);
           }
           ASSERT_EQ(scan.Key(), key) << file << " " << ToUtf8(name) << " " << ToUtf8(index.name);
           ++entries;

@@ -10,8 +10,8 @@
 namespace quorvex::testing {
 namespace {
 
-using ::testing::ElementsAre;
 using support::MailStatus;
+using ::testing::ElementsAre;
 
 constexpr wchar_t kOutlookClass[] = L"{6F1D6A7C-2B0E-4F6D-9A8B-51A6C43D0E11}";
 constexpr wchar_t kNotesClass[] = L"{6F1D6A7C-2B0E-4F6D-9A8B-51A6C43D0E12}";
@@ -36,8 +36,11 @@ class Mail : public ::testing::Test {
         return std::make_unique<ProgramStandIn>(mail::kNotesProgId, kNotesClass, notesScript_, L"Session");
     }
     support::MailMessage Message() const {
-        return {L"support@quorvex.example", L"Logs", L"first\r\nsecond\r\n",
-                {folder_.File(L"Error1.log"), folder_.File(L"Activity1.log")}, false};
+        return {L"support@quorvex.example",
+                L"Logs",
+                L"first\r\nsecond\r\n",
+                {folder_.File(L"Error1.log"), folder_.File(L"Activity1.log")},
+                false};
     }
     std::wstring Quoted(const std::wstring& name) const { return L"\"" + folder_.File(name) + L"\""; }
 
@@ -115,8 +118,9 @@ TEST_F(Mail, ARegisteredProgramThatDoesNotStartIsAFailure) {
     {
         const ProgramStandIn keysOnly(mail::kOutlookProgId, L"{6F1D6A7C-2B0E-4F6D-9A8B-51A6C43D0E13}", none, L"X");
         HKEY key = nullptr;
-        ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Classes\\Outlook.Application\\CLSID", 0, KEY_WRITE, &key),
-                  ERROR_SUCCESS);
+        ASSERT_EQ(
+            RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Classes\\Outlook.Application\\CLSID", 0, KEY_WRITE, &key),
+            ERROR_SUCCESS);
         const std::wstring unknown = L"{6F1D6A7C-2B0E-4F6D-9A8B-51A6C43D0E14}";
         RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(unknown.c_str()),
                        static_cast<DWORD>((unknown.size() + 1) * sizeof(wchar_t)));

@@ -3,6 +3,7 @@
 #include "localdata/jet/error.h"
 #include "localdata/jet/index_scan.h"
 #include "localdata/jet/sort_key.h"
+#include "localdata/jet/usage_map.h"
 
 namespace quorvex::localdata::jet {
 namespace {
@@ -89,6 +90,21 @@ std::vector<std::u16string> Catalog::TableNames() const {
     if (Whole(row, type_) == kLocalTable && !system) names.push_back(Text(row, name_));
   }
   return names;
+}
+
+std::vector<PageNo> ClaimedPages(const std::shared_ptr<Pager>& pager) {
+  std::vector<PageNo> claimed;
+  const auto claim = [&](std::uint32_t map) {
+    const std::vector<PageNo> pages = UsageMap(*pager, map).Pages();
+    claimed.insert(claimed.end(), pages.begin(), pages.end());
+  };
+  for (const auto& [name, page] : Catalog(pager).AllTables()) {
+    const TableDef def = ReadTableDef(*pager, page);
+    claim(def.ownedMap);
+    for (const Index& index : def.indexes) claim(index.ownedMap);
+    for (const Column& column : def.columns) claim(column.ownedMap);
+  }
+  return claimed;
 }
 
 }  // namespace quorvex::localdata::jet

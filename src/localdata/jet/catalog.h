@@ -27,6 +27,10 @@ class Catalog {
   std::size_t flags_ = 0;
 };
 
+/// Every page that a map of some table, index or long column owns. Throws kCorrupt for a damaged
+/// one.
+std::vector<PageNo> ClaimedPages(const std::shared_ptr<Pager>& pager);
+
 /// Id of the catalog's container "Tables".
 inline constexpr std::int32_t kTablesContainer = 0x0F000001;
 

@@ -7,15 +7,27 @@
 #include <algorithm>
 
 namespace quorvex::localdata::jet {
+namespace {
+
+Storage& StorageOf(const OpenOptions& options) { return options.storage ? *options.storage : SystemStorage(); }
+
+Pager::Options PagerOptions(const OpenOptions& options) {
+  Pager::Options out;
+  out.writable = options.writable;
+  out.durability = options.durability;
+  out.batch = options.batch;
+  out.cachePages = std::max<std::size_t>(options.cachePages, 16);
+  return out;
+}
+
+}  // namespace
+
+Database::Database(std::shared_ptr<Pager> pager)
+    : pager_(std::move(pager)),
+      allocator_(std::make_shared<Allocator>(*pager_, [held = pager_] { return ClaimedPages(held); })) {}
 
 Database Database::Open(const std::filesystem::path& path, std::u16string_view password, const OpenOptions& options) {
-  Pager::Options pagerOptions;
-  pagerOptions.writable = options.writable;
-  pagerOptions.durability = options.durability;
-  pagerOptions.batch = options.batch;
-  pagerOptions.cachePages = std::max<std::size_t>(options.cachePages, 16);
-  Storage& storage = options.storage ? *options.storage : SystemStorage();
-  auto pager = Pager::Open(storage, path, pagerOptions);
+  auto pager = Pager::Open(StorageOf(options), path, PagerOptions(options));
   CheckHeader(*pager, password);
   return Database(std::move(pager));
 }
@@ -27,25 +39,47 @@ Table Database::OpenTable(std::u16string_view name) {
   }
   auto& def = tables_[FoldName(name)];
   if (!def) {
-    if (!catalog_) catalog_.emplace(pager_);
-    const auto page = catalog_->FindTable(name);
+    const auto page = GetCatalog().FindTable(name);
     if (!page) throw Error(ErrorCode::kNoSuchTable, "The database has no table " + ToUtf8(name));
     auto read = std::make_shared<TableDef>(ReadTableDef(*pager_, *page));
     read->name = name;
     def = std::move(read);
   }
-  return Table(pager_, def);
+  return Table(pager_, allocator_, def);
+}
+
+const Catalog& Database::GetCatalog() {
+  if (!catalog_) catalog_.emplace(pager_);
+  return *catalog_;
 }
 
 std::vector<std::u16string> Database::TableNames() {
-  if (!catalog_) catalog_.emplace(pager_);
-  return catalog_->TableNames();
+  return GetCatalog().TableNames();
 }
 
 Cursor Database::Select(std::u16string_view text) {
   const Query query = ParseQuery(text);
   const Table table = OpenTable(query.table);
   return table.Where(query.conditions);
+}
+
+RowId Table::Insert(std::span<const Assignment> values) {
+  Statement statement(*pager_);
+  const RowId id = TableWriter(pager_, *allocator_, def_).Insert(values);
+  statement.Done();
+  return id;
+}
+
+void Table::Update(RowId id, std::span<const Assignment> values) {
+  Statement statement(*pager_);
+  TableWriter(pager_, *allocator_, def_).Update(id, values);
+  statement.Done();
+}
+
+void Table::Delete(RowId id) {
+  Statement statement(*pager_);
+  TableWriter(pager_, *allocator_, def_).Delete(id);
+  statement.Done();
 }
 
 Cursor Table::Where(const std::vector<Condition>& conditions) const { return Cursor(pager_, def_, conditions); }

@@ -3,6 +3,7 @@
 #include "localdata/jet/catalog.h"
 #include "localdata/jet/cursor.h"
 #include "localdata/jet/error.h"
+#include "localdata/jet/table_writer.h"
 
 #include <map>
 
@@ -19,8 +20,8 @@ struct OpenOptions {
 /// A table of an open database. Cheap to copy; keeps the file open.
 class Table {
  public:
-  Table(std::shared_ptr<Pager> pager, std::shared_ptr<const TableDef> def)
-      : pager_(std::move(pager)), def_(std::move(def)) {}
+  Table(std::shared_ptr<Pager> pager, std::shared_ptr<Allocator> allocator, std::shared_ptr<const TableDef> def)
+      : pager_(std::move(pager)), allocator_(std::move(allocator)), def_(std::move(def)) {}
 
   const TableDef& definition() const { return *def_; }
   /// All rows, in table order.
@@ -34,8 +35,17 @@ class Table {
   /// Rows there are, counted.
   std::uint64_t CountRows() const;
 
+  // Changes; the database must be open for writing. Each is one statement: it happens whole or not at all, and is on
+  // its way to the file when the batch is full or Database::Commit is called.
+  /// Columns without a value become NULL. Throws kDuplicateKey, kNullKey, kValueTooLong, kTypeMismatch among others.
+  RowId Insert(std::span<const Assignment> values);
+  /// The other columns keep what they hold.
+  void Update(RowId id, std::span<const Assignment> values);
+  void Delete(RowId id);
+
  private:
   std::shared_ptr<Pager> pager_;
+  std::shared_ptr<Allocator> allocator_;
   std::shared_ptr<const TableDef> def_;
 };
 
@@ -45,12 +55,21 @@ class Database {
   /// Opens an existing file. A change that was interrupted is undone first.
   static Database Open(const std::filesystem::path& path, std::u16string_view password,
                        const OpenOptions& options = {});
+  /// Makes a new, empty database and opens it for writing. Throws kFileExists where a file stands.
+  static Database Create(const std::filesystem::path& path, std::u16string_view password, OpenOptions options = {});
 
   /// Throws kNoSuchTable. Names are case-blind.
   Table OpenTable(std::u16string_view name);
   std::vector<std::u16string> TableNames();
   /// Runs a query (see ParseQuery).
   Cursor Select(std::u16string_view query);
+
+  /// Adds an empty table. Throws kTableExists, kUsage for an impossible one.
+  Table CreateTable(const TableSpec& spec);
+  /// Writes what the open batch holds; on failure nothing of it is left.
+  void Commit() { pager_->Commit(); }
+  /// Records per transaction from here on.
+  void SetBatch(unsigned records) { pager_->SetBatch(records); }
 
   /// Commits what is open and closes the file. Tables and cursors then fail with kUsage.
   void Close() { pager_->Close(); }
@@ -59,9 +78,14 @@ class Database {
   const std::shared_ptr<Pager>& pager() const { return pager_; }
 
  private:
-  explicit Database(std::shared_ptr<Pager> pager) : pager_(std::move(pager)) {}
+  explicit Database(std::shared_ptr<Pager> pager);
+  const Catalog& GetCatalog();
+  void FillNewCatalog();
+  Table SystemTable(PageNo page) const;
+  void RegisterTable(const std::u16string& name, PageNo page);
 
   std::shared_ptr<Pager> pager_;
+  std::shared_ptr<Allocator> allocator_;
   std::optional<Catalog> catalog_;
   std::map<std::u16string, std::shared_ptr<const TableDef>> tables_;  ///< by folded name
   std::uint64_t rollbacks_ = 0;

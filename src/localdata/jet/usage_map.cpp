@@ -55,8 +55,8 @@ Bytes UsageMap::Row() const {
   const auto slot = page.Get(at_.slot);
   if (slot.flags != 0 || slot.bytes.size() < kInlineBits) ThrowCorrupt("a usage map is not a map", at_.page);
   if (slot.bytes[0] > kReferenceMap) ThrowCorrupt("a usage map has an unknown form", at_.page);
-  if (slot.bytes[0] == kInlineMap && Load32(slot.bytes.data() + 1) % 8 != 0) {
-    ThrowCorrupt("a usage map starts at an odd place", at_.page);
+  if (slot.bytes[0] == kInlineMap && Load32(slot.bytes.data() + 1) > kMaxPages) {
+    ThrowCorrupt("a usage map starts past the end", at_.page);
   }
   return Bytes(slot.bytes.begin(), slot.bytes.end());
 }
@@ -72,7 +72,6 @@ std::vector<PageNo> UsageMap::Pages() const {
   };
   if (row[0] == kInlineMap) {
     const PageNo base = Load32(row.data() + 1);
-    if (base > kMaxPages) ThrowCorrupt("a usage map starts past the end", at_.page);
     EachBit(ByteView(row).subspan(kInlineBits), base, add);
     return pages;
   }

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "localdata/jet_provider.h"
+#include "support/platform.h"
+
+namespace quorvex::service {
+
+// What the component's lookups find around them inside the service: its data files and the clock. There is no user to
+// ask and nothing to fetch; messages go to the standard error.
+class ServicePlatform : public support::Platform {
+  public:
+    bool RequestRunning() const override { return false; }
+    std::wstring GetUrl(const std::wstring& url, int limitSeconds) override;
+    bool GetHttpFile(const std::wstring& url, const std::wstring& targetFile,
+                     const std::wstring& progressCaption) override;
+    void StopRequest() override {}
+
+    int ShowMessage(const std::wstring& text, int style, const std::wstring& title) override;
+    void SetClipboardText(const std::wstring&) override {}
+    int OpenWithShell(const std::wstring& file, const std::wstring& workingDirectory) override;
+    support::UpdateChoice AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
+                                          bool internetIsAvailable) override;
+    void ShowProgress(const std::wstring&, const std::wstring&) override {}
+    void HideProgress() override {}
+    void PumpMessages() override {}
+
+    std::wstring ComputerName() const override;
+    std::wstring UserName() const override;
+    support::LocalTime Now() const override;
+    void SleepMilliseconds(int milliseconds) const override;
+    std::wstring DriveShareName(wchar_t) const override { return {}; }
+    std::wstring DataAccessVersion() const override { return {}; }
+    std::wstring SystemVersion() const override { return {}; }
+
+    localdata::DatabaseProvider& Databases() override { return databases_; }
+
+  private:
+    localdata::JetProvider databases_; // keeps nothing: any number of threads may open files through it
+};
+
+} // namespace quorvex::service

@@ -1,0 +1,233 @@
+#include "dialogs/address_form_win.h"
+
+#include "dialogs/auto_complete_win.h"
+#include "dialogs/guard_win.h"
+
+#include <windowsx.h>
+
+namespace quorvex::dialogs {
+namespace {
+
+// Posted to the dialog itself: what a control reports is acted on when the control is done with it.
+constexpr UINT kPlaceChosen = WM_APP + 1;  // wParam: field
+constexpr UINT kPlaceLeft = WM_APP + 2;    // wParam: field
+constexpr UINT kPickFromTree = WM_APP + 3; // the selected node was clicked
+
+constexpr wchar_t kFormProperty[] = L"QuorvexForm";
+constexpr wchar_t kProcedureProperty[] = L"QuorvexProcedure";
+constexpr wchar_t kHelpTitle[] = L"Help on Advanced Search";
+
+HWND EditOf(HWND combo) {
+    COMBOBOXINFO info{};
+    info.cbSize = sizeof info;
+    return GetComboBoxInfo(combo, &info) ? info.hwndItem : nullptr;
+}
+
+WNDPROC FormerProcedure(HWND edit) {
+    return reinterpret_cast<WNDPROC>(GetPropW(edit, kProcedureProperty));
+}
+
+} // namespace
+
+// --- The view ----------------------------------------------------------------------------------------------------------------
+
+void frmAddress::AdvSearchShow() {
+    if (Searching() || advSearch_.Busy()) return;
+    if (AddressObj.LocalMode()) { // reached by "ADV" in the plain dialog
+        AddressObj.platform.ShowMessage(L"The Advanced search is not available in Local Mode", support::kStyleCritical,
+                                        kErrorTitle);
+        return;
+    }
+    ShowView(View::Criteria);
+    SetFocus(c_.Lines[0]);
+    advSearch_.OneLostFocus();
+    advSearch_.loadcombodata();
+}
+
+void frmAddress::ShowTree(const std::wstring& instruction) {
+    SetText(c_.Label2, instruction);
+    ShowView(View::Results);
+    SetFocus(c_.AdvResultsTree);
+}
+
+void frmAddress::Command11_Click() {
+    if (advSearch_.Busy()) AddressObj.platform.StopRequest();
+    ShowView(View::Postcode);
+    SetFocus(c_.InpPostcode);
+}
+
+void frmAddress::Command5_Click() {
+    advSearch_.ClearFields();
+    SetFocus(c_.Lines[0]);
+}
+
+void frmAddress::Label10_Click() {
+    const int style = support::kStyleYesNo | support::kStyleQuestion;
+    if (AddressObj.platform.ShowMessage(L"Are you sure you want help?", style, kHelpTitle) != support::kAnswerYes) return;
+    gotoHelp_ = true;
+    SetCaption(kCaptionOpeningHelp);
+    AddressObj.platform.PumpMessages();
+    Close();
+}
+
+// --- Messages ----------------------------------------------------------------------------------------------------------------
+
+bool frmAddress::AdvancedCommand(int id, int code) {
+    if (const int field = id - kInpTownComb + kTown; field >= kTown && field <= kPostcodeArea) {
+        return PlaceCommand(field, code);
+    }
+    if (const int field = id - kLines0 + kOrganisation; field >= kOrganisation && field <= kStreet) {
+        if (view_ != View::Criteria) return true;
+        if (code == EN_CHANGE) advSearch_.Inp_Keyup(field);
+        if (code == EN_KILLFOCUS) advSearch_.Inp_LostFocus(field);
+        return true;
+    }
+    if (code != BN_CLICKED) return false;
+    switch (id) {
+    case kADVSearchFindButton: advSearch_.Find(); return true;
+    case kADVSearchLoadNewLists:
+    case kDownloadNewList: advSearch_.LoadUpdatedList(); return true;
+    case kCommand5: Command5_Click(); return true;
+    case kCommand11: Command11_Click(); return true;
+    case kLabel10: Label10_Click(); return true;
+    default: return false;
+    }
+}
+
+bool frmAddress::PlaceCommand(int field, int code) {
+    if (view_ != View::Criteria) return true;
+    if (code == CBN_SELCHANGE) PostMessageW(Window(), kPlaceChosen, static_cast<WPARAM>(field), 0);
+    if (code == CBN_EDITCHANGE) advSearch_.Inp_Keyup(field);
+    if (code == CBN_KILLFOCUS) PostMessageW(Window(), kPlaceLeft, static_cast<WPARAM>(field), 0);
+    return true;
+}
+
+LRESULT frmAddress::Notify(const NMHDR& header) {
+    return header.hwndFrom == c_.AdvResultsTree && !closed_ ? TreeNotify(header) : 0;
+}
+
+std::optional<LRESULT> frmAddress::Message(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_GETMINMAXINFO: {
+        const SIZE least = DocumentedSize();
+        reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {least.cx, least.cy};
+        return 0;
+    }
+    case WM_SETCURSOR:
+        // The STOP button works while all else waits.
+        if (waits_ == 0 || reinterpret_cast<HWND>(wParam) == c_.Command2 || LOWORD(lParam) != HTCLIENT) return std::nullopt;
+        SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+        return TRUE;
+    case WM_DRAWITEM: return DrawHelpLink(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+    case WM_HELP:
+        if (view_ != View::Postcode && !closed_) Label10_Click();
+        return TRUE;
+    case WM_SYSCOLORCHANGE: MetricsChanged(); return std::nullopt;
+    case kPlaceChosen:
+        if (InCriteria()) advSearch_.Inp_Click(static_cast<int>(wParam));
+        return 0;
+    case kPlaceLeft:
+        if (InCriteria()) CheckPlaceLeft(static_cast<int>(wParam));
+        return 0;
+    case kPickFromTree:
+        if (InResults()) advSearch_.SelectFromTree();
+        return 0;
+    default: return std::nullopt;
+    }
+}
+
+// --- Results tree ------------------------------------------------------------------------------------------------------------
+
+LRESULT frmAddress::TreeNotify(const NMHDR& header) {
+    switch (header.code) {
+    case static_cast<UINT>(NM_CLICK):
+    case static_cast<UINT>(NM_DBLCLK): {
+        const DWORD at = GetMessagePos();
+        TVHITTESTINFO hit{};
+        hit.pt = {GET_X_LPARAM(at), GET_Y_LPARAM(at)};
+        ScreenToClient(c_.AdvResultsTree, &hit.pt);
+        const HTREEITEM item = TreeView_HitTest(c_.AdvResultsTree, &hit);
+        if (item == nullptr || (hit.flags & TVHT_ONITEM) == 0) return 0;
+        TreeView_SelectItem(c_.AdvResultsTree, item);
+        PostMessageW(Window(), kPickFromTree, 0, 0);
+        return 0;
+    }
+    case static_cast<UINT>(TVN_KEYDOWN):
+        // Enter does nothing here; the space bar picks the node for those who work without a mouse.
+        if (reinterpret_cast<const NMTVKEYDOWN&>(header).wVKey != VK_SPACE) return 0;
+        PostMessageW(Window(), kPickFromTree, 0, 0);
+        return 1;
+    default: return 0;
+    }
+}
+
+// --- Place fields ------------------------------------------------------------------------------------------------------------
+
+int frmAddress::PlaceFieldOf(HWND control) const {
+    for (const int field : {kTown, kCounty, kPostcodeArea}) {
+        const HWND combo = advSearch_.PlaceField(field);
+        if (control != nullptr && (control == combo || GetParent(control) == combo)) return field;
+    }
+    return 0;
+}
+
+// A place that is no value of its list keeps the focus, unless the user leaves the view, clears it, or turns to another window.
+void frmAddress::CheckPlaceLeft(int field) {
+    const HWND focus = GetFocus();
+    if (focus == nullptr || !IsChild(Window(), focus) || PlaceFieldOf(focus) == field) return;
+    if (focus == c_.Command11 || focus == c_.Command5 || focus == c_.Label10) return;
+    if (advSearch_.Inp_Validate(field)) {
+        advSearch_.Inp_LostFocus(field);
+    } else {
+        SetFocus(advSearch_.PlaceField(field));
+    }
+}
+
+void frmAddress::WatchPlaceField(int field) {
+    const HWND combo = field == kTown ? c_.InpTownComb : field == kCounty ? c_.InpCountiesComb : c_.InpPostcodeComb;
+    const HWND edit = EditOf(combo);
+    if (edit == nullptr) return;
+    SetPropW(edit, kFormProperty, this);
+    const LONG_PTR former =
+        SetWindowLongPtrW(edit, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&frmAddress::PlaceEditProcedure));
+    SetPropW(edit, kProcedureProperty, reinterpret_cast<HANDLE>(former));
+}
+
+LRESULT CALLBACK frmAddress::PlaceEditProcedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    const WNDPROC former = FormerProcedure(edit);
+    auto* const form = static_cast<frmAddress*>(GetPropW(edit, kFormProperty));
+    if (message == WM_NCDESTROY) {
+        RemovePropW(edit, kFormProperty);
+        RemovePropW(edit, kProcedureProperty);
+        SetWindowLongPtrW(edit, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(former));
+    } else if (form != nullptr && (message == WM_CHAR || message == WM_KEYDOWN)) {
+        bool usedUp = false;
+        Guarded(form->Host(), [&] { usedUp = form->PlaceKey(edit, message, wParam); });
+        if (usedUp) return 0;
+    }
+    return CallWindowProcW(former, edit, message, wParam, lParam);
+}
+
+// True when the key is used up here.
+bool frmAddress::PlaceKey(HWND edit, UINT message, WPARAM key) {
+    const int field = PlaceFieldOf(edit);
+    if (field == 0 || closed_) return false;
+    if (key == VK_RETURN) {
+        // Comes here only while the list is open; Enter then closes it and goes on to the default button.
+        if (message == WM_KEYDOWN) Command3_Click();
+        return true;
+    }
+    if (message != WM_CHAR) return false;
+    const int result = AutoCompleteComboBox(Host(), GetParent(edit), static_cast<int>(key));
+    advSearch_.Inp_KeyPress(field);
+    return result == 0;
+}
+
+void frmAddress::PlaceEnter(int field) {
+    const HWND combo = advSearch_.PlaceField(field);
+    SendMessageW(combo, CB_SHOWDROPDOWN, FALSE, 0);
+    AutoCompleteComboBox(Host(), combo, kKeyEnter);
+    advSearch_.Inp_KeyPress(field);
+}
+
+} // namespace quorvex::dialogs

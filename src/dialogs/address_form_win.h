@@ -1,0 +1,178 @@
+#pragma once
+
+#include "dialogs/address_controls_win.h"
+#include "dialogs/adv_search_win.h"
+#include "dialogs/form_win.h"
+#include "dialogs/modal_win.h"
+#include "dialogs/selection_view.h"
+#include "dialogs/tree_icons_win.h"
+#include "lookup/quorvex.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorvex::dialogs {
+
+std::wstring WindowText(HWND window);
+void SetTextIfNew(HWND window, const std::wstring& text);
+
+// What a public method gives the dialog before it is shown.
+struct AddressFormSettings {
+    std::wstring PostcodePrimer; // "ADV" is a command: open the advanced view
+    std::wstring caption;
+    std::wstring path; // folder of the lookup lists; empty in the plain dialog
+    bool advanced = false;
+    bool showAccountDetails = false;
+    bool AllowBuyMoreButton = false;
+    bool displayErrors = false;
+    int dpi = 0; // lay out for this resolution; 0: the window's own
+};
+
+// The address selection dialog: postcode view with the list of addresses, and the advanced view with criteria or results.
+class frmAddress final : public Form {
+  public:
+    frmAddress(lookup::Quorvex& addressObj, AddressFormSettings settings);
+    ~frmAddress() override;
+
+    // Shows the window until the user is done; true when a record was fetched.
+    bool ShowModal();
+    bool GotoHelp() const { return gotoHelp_; } // the user asked for help: the caller opens the page
+
+    // --- For the advanced search's controller ------------------------------------------------------------------------
+    void AdvSearchShow();
+    void ShowTree(const std::wstring& instruction);
+    void SetInstruction(const std::wstring& text);
+    void ShowSectionWarnings(bool criteria, bool place);
+    void ShowSummary(const std::wstring& summary);
+    void ShowTopMessage(bool visible);
+    void ShowBottomMessage(bool visible);
+    void ShowDownloadButton(bool visible);
+    void FinishWithAddress(); // sets ret and ends the modal show
+    bool DisplayErrors() const { return settings_.displayErrors; }
+    bool Searching() const { return searching_ || fetching_; }
+    bool IsOpen() const { return !closed_; }
+    bool InCriteria() const { return !closed_ && view_ == View::Criteria; }
+    bool InResults() const { return !closed_ && view_ == View::Results; }
+    // Hourglass while waiting; nests.
+    void BeginWait();
+    void EndWait();
+    // The caption stays as it is set unless something else took its place meanwhile.
+    std::wstring Caption() const { return TextOf(Window()); }
+    void SetCaption(const std::wstring& text) { SetText(Window(), text); }
+
+  protected:
+    void CreateControls() override;
+    void Layout(int width, int height) override;
+    SIZE ClientSize() override;
+    void Command(int id, int code, HWND control) override;
+    LRESULT Notify(const NMHDR& header) override;
+    void TimerTick(UINT_PTR timer) override;
+    void CloseRequested() override { Close(); }
+    void MetricsChanged() override;
+    void Gone() override;
+    std::optional<LRESULT> Message(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+  private:
+    // --- Layout: address_form_layout_win.cpp
+    void CreatePostcodeControls();
+    void CreateCriteriaControls();
+    void CreateTip();
+    SIZE DocumentedSize() const;
+    void ShowView(View view);
+    void ShowControls();
+    void LayoutPostcode(int width, int height);
+    void LayoutCriteria(int width, int height);
+    void LayoutCriteriaFields(RECT inner);
+    void LayoutResults(int width, int height);
+    int PlaceButtons(const std::vector<HWND>& left, const std::vector<HWND>& right, int width, int height);
+    void LayoutSummary();
+    void ShowDefaultButton();
+    LRESULT DrawHelpLink(const DRAWITEMSTRUCT& item) const;
+
+    // --- Events of the postcode view: address_form_events_win.cpp
+    void AboutToDisplay();
+    void Timer1_Timer();
+    void Command1_Click();
+    void Command2_Click();
+    void Command3_Click();
+    void Command4_Click();
+    void InpPostcode_Change();
+    void BuyMoreButton_Click();
+    void Find();
+    void Stop();
+    void FillAddressList();
+    void ReportFailure();
+    void ShowBuyMoreButton();
+    void selectaddress();
+    void Hide();
+    void Close();
+
+    // --- Events of the advanced view: address_form_advanced_win.cpp
+    bool AdvancedCommand(int id, int code);
+    bool PlaceCommand(int field, int code);
+    void Command5_Click();
+    void Command11_Click();
+    void Label10_Click();
+    LRESULT TreeNotify(const NMHDR& header);
+    bool PlaceKey(HWND edit, UINT message, WPARAM key);
+    void PlaceEnter(int field);
+    void CheckPlaceLeft(int field);
+    int PlaceFieldOf(HWND control) const; // 4 to 6, or 0
+    void WatchPlaceField(int field);
+    static LRESULT CALLBACK PlaceEditProcedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+
+    lookup::Quorvex& AddressObj;
+    AddressFormSettings settings_;
+    AddressControls c_;
+    AdvSearch advSearch_;
+    TreeIcons icons_;
+    std::unique_ptr<ModalSession> session_;
+    HWND tip_ = nullptr;
+    View view_ = View::Postcode;
+    bool ret_ = false;
+    bool gotoHelp_ = false;
+    bool done_ = false;      // the modal show is over
+    bool closed_ = false;    // hidden or unloaded; what is still running must not touch the windows any more
+    bool searching_ = false; // a Find waits for its reply
+    bool fetching_ = false;
+    int waits_ = 0;
+    bool buyMoreVisible_ = false;
+    bool downloadVisible_ = false;
+    bool topMessage_ = false;
+    bool bottomMessage_ = false;
+    bool criteriaMissing_ = true;
+    bool placeMissing_ = true;
+};
+
+// Hourglass for the length of a block.
+class WaitScope {
+  public:
+    explicit WaitScope(frmAddress& form) : form_(form) { form_.BeginWait(); }
+    ~WaitScope() { form_.EndWait(); }
+    WaitScope(const WaitScope&) = delete;
+    WaitScope& operator=(const WaitScope&) = delete;
+
+  private:
+    frmAddress& form_;
+};
+
+// A caption for the length of a block.
+class CaptionScope {
+  public:
+    CaptionScope(frmAddress& form, const std::wstring& caption) : form_(form), restore_(form.Caption()) {
+        form_.SetCaption(caption);
+    }
+    ~CaptionScope() { form_.SetCaption(restore_); }
+    CaptionScope(const CaptionScope&) = delete;
+    CaptionScope& operator=(const CaptionScope&) = delete;
+
+    const std::wstring& Remembered() const { return restore_; }
+    void Restore(const std::wstring& caption) { restore_ = caption; }
+
+  private:
+    frmAddress& form_;
+    std::wstring restore_;
+};
+
+} // namespace quorvex::dialogs

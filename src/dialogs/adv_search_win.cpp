@@ -1,0 +1,329 @@
+#include "dialogs/adv_search_win.h"
+
+#include "dialogs/address_form_win.h"
+#include "dialogs/selection_view.h"
+#include "lookups/address_list.h"
+#include "lookups/address_record.h"
+
+#include <commctrl.h>
+
+namespace quorvex::dialogs {
+namespace {
+
+constexpr UINT kPlainBeep = 0xFFFFFFFF;
+
+// Marks the controller busy for one search or fetch.
+class BusyScope {
+  public:
+    explicit BusyScope(bool& busy) : busy_(busy) { busy_ = true; }
+    ~BusyScope() { busy_ = false; }
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+
+  private:
+    bool& busy_;
+};
+
+void Clear(HWND combo) {
+    SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(-1), 0);
+    SetWindowTextW(combo, L"");
+}
+
+} // namespace
+
+void AdvSearch::FormLoad(const AddressControls& controls) {
+    controls_ = controls;
+    OneLostFocus();
+}
+
+void AdvSearch::FormDispose() {
+    controls_ = {};
+    nodes_.clear();
+}
+
+HWND AdvSearch::PlaceField(int field) const {
+    return field == kTown ? controls_.InpTownComb : field == kCounty ? controls_.InpCountiesComb : controls_.InpPostcodeComb;
+}
+
+const std::wstring& AdvSearch::PlaceList(int field) const {
+    return field == kTown ? lists_.Towns() : field == kCounty ? lists_.Counties() : lists_.PostcodeAreas();
+}
+
+web::AdvancedCriteria AdvSearch::Criteria() const {
+    web::AdvancedCriteria criteria;
+    criteria.company = WindowText(controls_.Lines[0]);
+    criteria.house = WindowText(controls_.Lines[1]);
+    criteria.street = WindowText(controls_.Lines[2]);
+    criteria.town = WindowText(controls_.InpTownComb);
+    criteria.county = WindowText(controls_.InpCountiesComb);
+    criteria.postcodeArea = WindowText(controls_.InpPostcodeComb);
+    return criteria;
+}
+
+void AdvSearch::ClearFields() {
+    for (const HWND line : controls_.Lines) SetWindowTextW(line, L"");
+    for (const int field : {kTown, kCounty, kPostcodeArea}) Clear(PlaceField(field));
+    OneLostFocus();
+}
+
+// --- Field events --------------------------------------------------------------------------------------------------------
+
+void AdvSearch::Inp_Click(int field) {
+    for (const int other : OtherPlaceFields(field)) Clear(PlaceField(other));
+    OneLostFocus();
+}
+
+void AdvSearch::Inp_KeyPress(int field) {
+    // A place that is typed excludes the other places as one that is chosen does.
+    if (WindowText(PlaceField(field)).empty()) {
+        OneLostFocus();
+    } else {
+        Inp_Click(field);
+    }
+}
+
+void AdvSearch::Inp_Keyup(int) {
+    OneLostFocus();
+}
+
+void AdvSearch::Inp_LostFocus(int field) {
+    if (field <= kStreet) {
+        const std::wstring text = WindowText(controls_.Lines[static_cast<std::size_t>(field - kOrganisation)]);
+        const std::wstring warning = TextFieldWarning(field, text);
+        if (!warning.empty()) {
+            if (field == kOrganisation) MessageBeep(kPlainBeep);
+            ShowTopWarning(warning);
+        }
+    }
+    OneLostFocus();
+}
+
+bool AdvSearch::Inp_Validate(int field) {
+    if (IsListValue(WindowText(PlaceField(field)), PlaceList(field))) return true;
+    MessageBeep(kPlainBeep);
+    ShowBottomWarning(L"Can only select values from the list!");
+    return false;
+}
+
+void AdvSearch::OneLostFocus() {
+    const CriteriaState state = CheckCriteria(Criteria());
+    SetTextIfNew(controls_.RightTopSectionWarning, L"Enter some criteria!");
+    SetTextIfNew(controls_.RightBottomSectionWarning, L"Select one of these!");
+    dialog_.ShowSectionWarnings(state.criteriaMissing, state.placeMissing);
+    dialog_.ShowSummary(state.summary);
+    EnableWindow(controls_.ADVSearchFindButton, state.Complete());
+}
+
+// --- Warnings ------------------------------------------------------------------------------------------------------------
+
+void AdvSearch::ShowTopWarning(const std::wstring& text) {
+    SetTextIfNew(controls_.TopWarning, text);
+    dialog_.ShowTopMessage(true);
+    SetTimer(dialog_.Window(), kClearError, kClearErrorMilliseconds, nullptr);
+}
+
+void AdvSearch::ShowBottomWarning(const std::wstring& text) {
+    SetTextIfNew(controls_.BottomWarning, text);
+    dialog_.ShowBottomMessage(true);
+    SetTimer(dialog_.Window(), kClearError, kClearErrorMilliseconds, nullptr);
+}
+
+void AdvSearch::ClearErrorTimer_Tick() {
+    KillTimer(dialog_.Window(), kClearError);
+    dialog_.ShowTopMessage(false);
+    dialog_.ShowBottomMessage(false);
+}
+
+// --- Search --------------------------------------------------------------------------------------------------------------
+
+bool AdvSearch::PlacesAreValid() {
+    for (const int field : {kTown, kCounty, kPostcodeArea}) {
+        if (Inp_Validate(field)) continue;
+        SetFocus(PlaceField(field));
+        return false;
+    }
+    return true;
+}
+
+void AdvSearch::Find() {
+    if (busy_ || dialog_.Searching() || !PlacesAreValid()) return;
+    const BusyScope busy(busy_);
+    bool found = false;
+    {
+        const WaitScope waiting(dialog_);
+        found = lookups::GetFullAddressToListAdv(object_, Criteria());
+    }
+    if (!dialog_.InCriteria()) return; // the user left meanwhile
+    if (!found) {
+        ReportFailure();
+        return;
+    }
+    CheckForAddressUpdates(object_.General_LookupListVersion);
+    if (object_.RecordCount != 0) {
+        ShowResults();
+    } else {
+        ShowNothingFound();
+    }
+}
+
+void AdvSearch::ShowNothingFound() {
+    MessageBeep(kPlainBeep);
+    if (!object_.General_errormessage.empty()) ShowTopWarning(object_.General_errormessage);
+    ShowBottomWarning(L"Nothing found!");
+}
+
+void AdvSearch::ReportFailure() {
+    if (!dialog_.DisplayErrors()) return;
+    ShowNothingFound();
+    object_.platform.ShowMessage(FailureText(object_.General_credits_display_text, object_.General_errormessage),
+                                 support::kStyleCritical, kErrorTitle);
+}
+
+void AdvSearch::ShowResults() {
+    const HWND tree = controls_.AdvResultsTree;
+    nodes_ = ReadResultTree([this] { return lookups::GetFullAddressLineForSelectionAdv(object_); },
+                            object_.RecordCount, headingCounter_);
+    SendMessageW(tree, WM_SETREDRAW, FALSE, 0);
+    TreeView_DeleteAllItems(tree);
+    std::vector<void*> items;
+    items.reserve(nodes_.size());
+    for (std::size_t n = 0; n < nodes_.size(); ++n) AddNode(items, n);
+    // Only now: a heading without lines cannot be expanded.
+    for (std::size_t n = 0; n < nodes_.size(); ++n) {
+        if (nodes_[n].expanded) TreeView_Expand(tree, static_cast<HTREEITEM>(items[n]), TVE_EXPAND);
+    }
+    SendMessageW(tree, WM_SETREDRAW, TRUE, 0);
+    if (!items.empty()) TreeView_SelectSetFirstVisible(tree, static_cast<HTREEITEM>(items.front()));
+    dialog_.ShowTree(L"Please double click on Building Name/Number to select address");
+}
+
+void AdvSearch::AddNode(std::vector<void*>& items, std::size_t position) {
+    ResultNode& node = nodes_[position];
+    TVINSERTSTRUCTW insert{};
+    insert.hParent = node.parent < 0 ? TVI_ROOT : static_cast<HTREEITEM>(items[static_cast<std::size_t>(node.parent)]);
+    insert.hInsertAfter = TVI_LAST;
+    insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+    insert.item.pszText = node.text.data();
+    insert.item.lParam = static_cast<LPARAM>(position);
+    insert.item.iImage = node.heading ? kHeadingIcon : kAddressIcon;
+    insert.item.iSelectedImage = insert.item.iImage;
+    items.push_back(TreeView_InsertItem(controls_.AdvResultsTree, &insert));
+}
+
+void AdvSearch::SelectFromTree() {
+    if (busy_) return;
+    TVITEMW item{};
+    item.mask = TVIF_PARAM;
+    item.hItem = TreeView_GetSelection(controls_.AdvResultsTree);
+    if (item.hItem == nullptr || !TreeView_GetItem(controls_.AdvResultsTree, &item)) return;
+    const std::size_t position = static_cast<std::size_t>(item.lParam);
+    if (position >= nodes_.size()) return;
+    if (nodes_[position].heading) {
+        dialog_.SetInstruction(L"Please select lines below to get address...");
+        return;
+    }
+    const BusyScope busy(busy_);
+    const std::wstring key = nodes_[position].key;
+    bool fetched = false;
+    {
+        const WaitScope waiting(dialog_);
+        const CaptionScope caption(dialog_, kCaptionFetching);
+        fetched = lookups::GetFullAddressRecordByAddressID(object_, key);
+    }
+    if (!dialog_.InResults()) return;
+    if (fetched) {
+        dialog_.FinishWithAddress();
+    } else if (dialog_.DisplayErrors()) {
+        object_.platform.ShowMessage(FailureText(object_.General_credits_display_text, object_.General_errormessage),
+                                     support::kStyleCritical, kErrorTitle);
+    }
+}
+
+// --- Lookup lists --------------------------------------------------------------------------------------------------------
+
+void AdvSearch::loadcombodata() {
+    dialog_.ShowDownloadButton(lists_.UpdateAnnounced());
+    if (SendMessageW(controls_.InpPostcodeComb, CB_GETCOUNT, 0, 0) > 0) return;
+    ReloadLists();
+}
+
+void AdvSearch::ReloadLists() {
+    bool loaded = false;
+    {
+        const WaitScope waiting(dialog_);
+        const CaptionScope caption(dialog_, kCaptionDownloading);
+        loaded = lists_.LoadLists();
+    }
+    if (!loaded || !dialog_.IsOpen()) return;
+    dialog_.ShowDownloadButton(lists_.UpdateAnnounced());
+    for (const int field : {kTown, kCounty, kPostcodeArea}) {
+        const std::wstring text = WindowText(PlaceField(field)); // what the user has chosen stays
+        SendMessageW(PlaceField(field), CB_RESETCONTENT, 0, 0);
+        SetWindowTextW(PlaceField(field), text.c_str());
+    }
+    loadStep_ = 0;
+    loaded_ = 0;
+    loading_.clear();
+    SetTimer(dialog_.Window(), kLoadCombos, kLoadCombosMilliseconds, nullptr);
+}
+
+void AdvSearch::LoadTimer_Tick() {
+    constexpr UINT kNextSliceMilliseconds = 10;
+    constexpr int kSteps = 3;
+    if (loadStep_ >= kSteps) {
+        KillTimer(dialog_.Window(), kLoadCombos);
+        return;
+    }
+    const int field = loadStep_ == 0 ? kCounty : loadStep_ == 1 ? kTown : kPostcodeArea;
+    if (loaded_ == 0) {
+        loading_ = SplitList(PlaceList(field));
+        SendMessageW(PlaceField(field), CB_INITSTORAGE, loading_.size(), static_cast<LPARAM>(PlaceList(field).size()) * 2);
+    }
+    const bool filled = FillSlice(PlaceField(field), loading_);
+    if (filled) {
+        ++loadStep_;
+        loaded_ = 0;
+        loading_.clear();
+    }
+    SetTimer(dialog_.Window(), kLoadCombos, filled ? kLoadCombosMilliseconds : kNextSliceMilliseconds, nullptr);
+}
+
+// A long list is filled in slices, so that the window answers between them. True when the list is complete.
+bool AdvSearch::FillSlice(HWND combo, const std::vector<std::wstring>& values) {
+    constexpr ULONGLONG kSliceMilliseconds = 20;
+    constexpr std::size_t kBetweenClockLooks = 32;
+    const ULONGLONG end = GetTickCount64() + kSliceMilliseconds;
+    while (loaded_ < values.size()) {
+        SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(values[loaded_].c_str()));
+        ++loaded_;
+        if (loaded_ % kBetweenClockLooks == 0 && GetTickCount64() >= end) return loaded_ == values.size();
+    }
+    return true;
+}
+
+bool AdvSearch::UpdateList(bool quiet) {
+    const WaitScope waiting(dialog_);
+    const CaptionScope caption(dialog_, kCaptionDownloading);
+    return lists_.UpdateList(quiet);
+}
+
+void AdvSearch::LoadUpdatedList() {
+    if (busy_ || dialog_.Searching()) return;
+    const BusyScope busy(busy_);
+    if (object_.platform.ShowMessage(LookupLists::ConfirmText(), support::kStyleYesNo | support::kStyleQuestion,
+                                     LookupLists::kTitle) != support::kAnswerYes) {
+        return;
+    }
+    if (!UpdateList(false) || !dialog_.IsOpen()) return;
+    dialog_.ShowDownloadButton(false);
+    if (dialog_.InCriteria()) {
+        ReloadLists();
+        SetFocus(controls_.Lines[0]);
+    }
+}
+
+void AdvSearch::CheckForAddressUpdates(const std::wstring& announcedVersion) {
+    if (lists_.CheckForAddressUpdates(announcedVersion)) dialog_.ShowDownloadButton(true);
+}
+
+} // namespace quorvex::dialogs

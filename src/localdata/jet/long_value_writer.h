@@ -1,0 +1,15 @@
+#pragma once
+
+#include "localdata/jet/row_space.h"
+#include "localdata/jet/table_def.h"
+
+namespace quorvex::localdata::jet {
+
+/// Stores a value on the column's long-value pages, or in the cell itself when `mayInline` and it is short; returns the
+/// cell. Throws kValueTooLong beyond the format's 2^30 - 1 bytes.
+Bytes WriteLongValue(Pager& pager, Allocator& allocator, const Column& column, ByteView value, bool mayInline);
+
+/// Frees what a cell's value takes outside its row.
+void FreeLongValue(Pager& pager, Allocator& allocator, const Column& column, ByteView cell, PageNo page);
+
+}  // namespace quorvex::localdata::jet
