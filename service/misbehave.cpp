@@ -61,8 +61,7 @@ void Service::Misbehave(TestControl::Order order, PageAnswer answer, httplib::Re
         response.set_header("Connection", "close");
         response.set_content_provider(answer.contentType, [body](std::size_t, httplib::DataSink& sink) {
             sink.write(body.data(), body.size());
-            sink.done();
-            return true;
+            return false; // ends the connection
         });
         return;
     case Mode::ErrorPage:

@@ -7,11 +7,14 @@
 namespace quorvex::dialogs {
 namespace {
 
-enum Id : int { kQuestion = 100, kDownload = 101, kApply = 102 };
+enum Id : int { kQuestion = 100, kDownload = 101, kApply = 102, kDetails = 103, kSendLogs = 104 };
 constexpr int kWidth = 400; // pixels at 96 DPI, more for a long folder
 constexpr int kWidest = 720;
 constexpr wchar_t kQuestionText[] = L"How do you want to bring the postcode and address data up to date?";
 constexpr wchar_t kDownloadText[] = L"&Download new updates from the internet and apply them";
+constexpr wchar_t kDetailsText[] = L"De&tails...";
+constexpr wchar_t kSendLogsText[] = L"&Send Logs to Support...";
+constexpr wchar_t kCancelText[] = L"Cancel";
 constexpr wchar_t kApplyText[] = L"Apply updates from files already in directory";
 
 } // namespace
@@ -40,7 +43,9 @@ void UpdateChoiceForm::CreateControls() {
     question_ = AddLabel(kQuestionText, kQuestion);
     download_ = AddButton(kDownloadText, kDownload, BS_MULTILINE);
     apply_ = AddButton(folderText_.c_str(), kApply, BS_MULTILINE);
-    cancel_ = AddButton(L"Cancel", IDCANCEL);
+    details_ = AddButton(kDetailsText, kDetails);
+    sendLogs_ = AddButton(kSendLogsText, kSendLogs);
+    cancel_ = AddButton(kCancelText, IDCANCEL);
 }
 
 int UpdateChoiceForm::TallButtonHeight() const {
@@ -65,15 +70,20 @@ void UpdateChoiceForm::Layout(int width, int height) {
     Place(download_, u.Margin(), y, inner, TallButtonHeight());
     y += TallButtonHeight() + u.Gap();
     Place(apply_, u.Margin(), y, inner, TallButtonHeight());
-    const int cancelWidth = u.ButtonWidth(L"Cancel");
-    Place(cancel_, width - u.Margin() - cancelWidth, height - u.Margin() - u.ButtonHeight(), cancelWidth,
-          u.ButtonHeight());
+    y = height - u.Margin() - u.ButtonHeight();
+    const int detailsWidth = u.ButtonWidth(kDetailsText);
+    const int cancelWidth = u.ButtonWidth(kCancelText);
+    Place(details_, u.Margin(), y, detailsWidth, u.ButtonHeight());
+    Place(sendLogs_, u.Margin() + detailsWidth + u.Gap(), y, u.ButtonWidth(kSendLogsText), u.ButtonHeight());
+    Place(cancel_, width - u.Margin() - cancelWidth, y, cancelWidth, u.ButtonHeight());
 }
 
 void UpdateChoiceForm::Command(int id, int code, HWND) {
     if (code != BN_CLICKED) return;
     if (id == kDownload) Choose(support::UpdateChoice::Download);
     if (id == kApply) Choose(support::UpdateChoice::ApplyFromFolder);
+    if (id == kDetails) Choose(support::UpdateChoice::ShowDetails);
+    if (id == kSendLogs) Choose(support::UpdateChoice::SendLogs);
     if (id == IDCANCEL) Choose(support::UpdateChoice::Cancel);
 }
 

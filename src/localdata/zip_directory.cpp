@@ -53,37 +53,44 @@ std::uint64_t StreamSize(std::istream& archive) {
     return static_cast<std::uint64_t>(size);
 }
 
-// The end record stands last, but for a comment and perhaps foreign bytes. It is taken where it fits: the directory
-// that it names must end where the record begins.
+// Reads the end record that begins at `at` in the archive's tail; the offset in the archive is given, too. Returns why
+// it cannot be used, nullptr when it can.
+const wchar_t* ReadEndRecord(std::string_view tail, std::size_t at, std::uint64_t offset, Directory& directory) {
+    ZipBytes record(tail.substr(at + kEndSignature.size(), kEndLength - kEndSignature.size()));
+    const std::uint16_t disk = record.Take16();
+    const std::uint16_t directoryDisk = record.Take16();
+    const std::uint16_t entriesHere = record.Take16();
+    directory.entries = record.Take16();
+    directory.size = record.Take32();
+    directory.offset = record.Take32();
+    const bool locator = at >= kLocatorLength && tail.substr(at - kLocatorLength, 4) == kZip64LocatorSignature;
+    if (locator || directory.entries == kCountMovedToZip64 || directory.size == kMovedToZip64 ||
+        directory.offset == kMovedToZip64) {
+        return L"The archive has the zip64 form, which is not supported";
+    }
+    if (disk != 0 || directoryDisk != 0 || entriesHere != directory.entries) {
+        return L"The archive is one of several volumes";
+    }
+    if (directory.offset + directory.size != offset) return L"The archive's directory is not where its end says";
+    return nullptr;
+}
+
+// The end record stands last, but for a comment and perhaps foreign bytes. As these may look like one, too, the last
+// that fits is taken: the directory that it names must end where the record begins.
 Directory FindDirectory(std::istream& archive) {
     const std::uint64_t size = StreamSize(archive);
     if (size < kEndLength) FailArchive(L"The file is not a zip archive");
     const auto tailLength =
         static_cast<std::size_t>(std::min<std::uint64_t>(size, kLocatorLength + kEndLength + kLongestComment));
     const std::string tail = ReadZipBytes(archive, size - tailLength, tailLength);
-    bool seen = false;
+    const wchar_t* reason = nullptr;
     for (std::size_t at = tail.rfind(kEndSignature, tail.size() - kEndLength); at != std::string::npos;
          at = at == 0 ? std::string::npos : tail.rfind(kEndSignature, at - 1)) {
-        seen = true;
-        ZipBytes record(std::string_view(tail).substr(at + kEndSignature.size(), kEndLength - kEndSignature.size()));
-        const std::uint16_t disk = record.Take16();
-        const std::uint16_t directoryDisk = record.Take16();
-        const std::uint16_t entriesHere = record.Take16();
         Directory directory;
-        directory.entries = record.Take16();
-        directory.size = record.Take32();
-        directory.offset = record.Take32();
-        const bool locator = at >= kLocatorLength && tail.compare(at - kLocatorLength, 4, kZip64LocatorSignature) == 0;
-        if (locator || directory.entries == kCountMovedToZip64 || directory.size == kMovedToZip64 ||
-            directory.offset == kMovedToZip64) {
-            FailArchive(L"The archive has the zip64 form, which is not supported");
-        }
-        if (disk != 0 || directoryDisk != 0 || entriesHere != directory.entries) {
-            FailArchive(L"The archive is one of several volumes");
-        }
-        if (directory.offset + directory.size == size - tailLength + at) return directory;
+        reason = ReadEndRecord(tail, at, size - tailLength + at, directory);
+        if (reason == nullptr) return directory;
     }
-    FailArchive(seen ? L"The archive's directory is not where its end says" : L"The file is not a zip archive");
+    FailArchive(reason != nullptr ? reason : L"The file is not a zip archive");
 }
 
 void CheckKind(const Candidate& candidate) {

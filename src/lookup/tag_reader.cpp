@@ -1,8 +1,14 @@
 #include "lookup/tag_reader.h"
 
 #include <algorithm>
+#include <array>
 
 namespace quorvex::lookup {
+namespace {
+
+constexpr std::size_t kLongestName = 60;
+
+} // namespace
 
 TagMatch FindBetweenTags(std::wstring_view text, std::wstring_view startTag, std::wstring_view endTag) {
     TagMatch match;
@@ -39,13 +45,20 @@ std::wstring ReadBetweenTags(std::wstring_view html, std::wstring_view startTag,
 }
 
 std::wstring ReadElement(std::wstring_view html, std::wstring_view name) {
-    std::wstring startTag;
-    startTag.reserve(name.size() + 2);
-    startTag.append(1, L'<').append(name).append(1, L'>');
-    std::wstring endTag;
-    endTag.reserve(name.size() + 3);
-    endTag.append(L"</").append(name).append(1, L'>');
-    return ReadBetweenTags(html, startTag, endTag);
+    // Built in place: a record has a dozen elements, a reply thousands of records.
+    std::array<wchar_t, kLongestName + 3> tag; // "</name>"
+    if (name.size() > kLongestName) {
+        return ReadBetweenTags(html, L"<" + std::wstring(name) + L">", L"</" + std::wstring(name) + L">");
+    }
+    tag[0] = tag[1] = L'<';
+    name.copy(tag.data() + 2, name.size());
+    tag[name.size() + 2] = L'>';
+    const std::wstring_view startTag(tag.data() + 1, name.size() + 2);
+    const std::size_t start = html.find(startTag);
+    if (start == std::wstring_view::npos) return {};
+    tag[1] = L'/';
+    const std::wstring_view rest = html.substr(start + startTag.size());
+    return std::wstring(rest.substr(0, rest.find(std::wstring_view(tag.data(), name.size() + 3))));
 }
 
 } // namespace quorvex::lookup

@@ -49,6 +49,12 @@ TEST_F(Log, ActivityLinesHaveTenExtrasAlways) {
     EXPECT_TRUE(platform.sleeps.empty());
 }
 
+TEST_F(Log, TheHostsNameStandsInTheUserColumn) {
+    platform.logUserName = L"till 4";
+    LogActivity(platform, L"x");
+    EXPECT_EQ(Read(L"Activity1.log").substr(45, 20), "COUNTER-1\ttill 4\tx\t\t");
+}
+
 TEST_F(Log, TitlesFillTheirColumn) {
     Process().messageTitle = L"A title of 25 characters!";
     LogToFile(platform, L"Other", L"x");

@@ -46,6 +46,7 @@ const std::wregex& Form(const wchar_t* text) {
 constexpr wchar_t kWholeTable[] = L"select \\* from \\[?(\\w+)\\]?;?";
 constexpr wchar_t kByText[] = L"select \\* from \\[(\\w+)\\] +where (?:\\(\\[?(\\w+)\\]?='([^']*)'\\)|"
                               L"\\[?(\\w+)\\]?='([^']*)');";
+constexpr wchar_t kByNumber[] = L"select \\* from \\[(\\w+)\\] +where \\[(\\w+)\\]=([0-9]+);";
 constexpr wchar_t kBox[] = L"select (\\w+)\\.\\* from (\\w+) where \\(\\(\\((\\w+)\\)>(-?[0-9.e+-]+)\\) and "
                            L"\\(\\((\\w+)\\)<(-?[0-9.e+-]+)\\) and \\(\\((\\w+)\\)>(-?[0-9.e+-]+)\\) and "
                            L"\\(\\((\\w+)\\)<(-?[0-9.e+-]+)\\)\\);";
@@ -172,6 +173,11 @@ AdoSelection Select(AdoFile& file, const std::wstring& query) {
         AdoTable& table = TableNamed(file, match[1]);
         const std::size_t form = match[2].matched ? 2 : 4;
         const AdoCriterion criterion{QueryColumn(table, match[form]), match[form + 1].str(), 0};
+        return RowsOf(table, [&](const AdoRow& row) { return criterion.Matches(row); });
+    }
+    if (std::regex_match(query, match, Form(kByNumber))) {
+        AdoTable& table = TableNamed(file, match[1]);
+        const AdoCriterion criterion{QueryColumn(table, match[2]), std::nullopt, ParseNumber(match[3].str())};
         return RowsOf(table, [&](const AdoRow& row) { return criterion.Matches(row); });
     }
     if (std::regex_match(query, match, Form(kBox)) && UpperCase(match[1].str()) == UpperCase(match[2].str())) {

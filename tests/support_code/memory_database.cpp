@@ -265,7 +265,7 @@ std::unique_ptr<localdata::Recordset> MemoryDatabases::CreateRecordset() {
 
 AdoFile& MemoryDatabases::AddFile(const std::wstring& path) {
     support::WriteFileBytes(path, "in memory");
-    return files[UpperCase(path)];
+    return files[UpperCase(path)] = {};
 }
 
 AdoFile& MemoryDatabases::FileAt(const std::wstring& path) {

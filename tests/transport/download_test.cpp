@@ -78,7 +78,7 @@ TEST_F(DownloadTest, CancelDeletesThePart) {
     });
     const After stop(200, [&] { transport_.StopRequest(); });
     const double taken = Milliseconds([&] { EXPECT_FALSE(Download(server)); });
-    EXPECT_LT(taken, 1500);
+    EXPECT_LT(taken, kSoon);
     EXPECT_TRUE(stop.Fired());
     EXPECT_EQ(Files(), std::vector<std::wstring>());
 }

@@ -1,0 +1,251 @@
+// The component is a guest in its host's process: it changes nothing there, leaks nothing, and bears being called back.
+#include "com/host.h"
+#include "support_code/tsv.h"
+#include "transport/socket_server.h"
+
+#include <psapi.h>
+
+#include <cfloat>
+#include <clocale>
+#include <cstring>
+#include <functional>
+#include <map>
+
+namespace quorvex::testing {
+namespace {
+
+using GuestTest = ComTest;
+
+std::map<std::string, std::wstring> ProcessState() {
+    std::map<std::string, std::wstring> state;
+    const auto set = [&state](const char* name, auto number) { state[name] = std::to_wstring(number); };
+    const char* const locale = std::setlocale(LC_ALL, nullptr);
+    state["C locale"] = std::wstring(locale, locale + std::strlen(locale));
+    set("thread locale", GetThreadLocale());
+    set("interface language", GetThreadUILanguage());
+    set("error mode", GetErrorMode());
+    set("priority", GetThreadPriority(GetCurrentThread()));
+    set("code page", GetConsoleOutputCP());
+    set("floating point", _controlfp(0, 0));
+    state["current directory"] = std::filesystem::current_path().wstring();
+    std::array<wchar_t, 4096> text{};
+    GetDllDirectoryW(static_cast<DWORD>(text.size()), text.data());
+    state["DLL directory"] = text.data();
+    GetEnvironmentVariableW(L"PATH", text.data(), static_cast<DWORD>(text.size()));
+    state["path"] = text.data();
+    const HMODULE user = GetModuleHandleW(L"user32.dll");
+    using Context = HANDLE(WINAPI*)();
+    using Awareness = int(WINAPI*)(HANDLE);
+    const auto context = reinterpret_cast<Context>(
+        reinterpret_cast<void*>(GetProcAddress(user, "GetThreadDpiAwarenessContext")));
+    const auto awareness = reinterpret_cast<Awareness>(
+        reinterpret_cast<void*>(GetProcAddress(user, "GetAwarenessFromDpiAwarenessContext")));
+    if (context != nullptr && awareness != nullptr) set("DPI awareness", awareness(context()));
+    set("priority class", GetPriorityClass(GetCurrentProcess()));
+    return state;
+}
+
+// What a host does in a day: lookups in both modes, a nearest list, tags, settings.
+void Session(_Quorvex* object, const std::wstring& dataFolder, BSTR* lastLine) {
+    VARIANT_BOOL found = VARIANT_FALSE;
+    object->SetDataKey(Text(L"ikey").Ref());
+    object->GetFullAddressToList(Text(L"AB1 0DF").Ref(), &found); // web mode: nobody answers
+    object->LMSetDataPath(Text(dataFolder).Ref());
+    ASSERT_EQ(object->GetFullAddressToList(Text(L"AB1 0DF").Ref(), &found), S_OK);
+    ASSERT_EQ(found, VARIANT_TRUE);
+    object->GetFullAddressLineForSelection(lastLine);
+    long first = 0;
+    object->GetFullAddressRecord(&first, &found);
+    ASSERT_EQ(found, VARIANT_TRUE);
+    object->GetThoroughfareAddressRecord(Text(L"AB1 0DF").Ref(), &found);
+    ASSERT_EQ(found, VARIANT_TRUE);
+    double km = 10, longitude = 0, latitude = 0, box = 0;
+    object->Nearest_StartList(Text(L"AB1 0DF").Ref(), &km, &longitude, &latitude, &box, &found);
+    ASSERT_EQ(found, VARIANT_TRUE);
+    object->Nearest_AddToList(&longitude, &latitude, Text(L"a").Ref(), Text(L"b").Ref(), Text(L"c").Ref(), &found);
+    long count = 0;
+    object->Nearest_GetNumberOfRecordsReturned(&count);
+    ASSERT_EQ(count, 1);
+    object->Nearest_EndList();
+    object->LMSetDataPath(Text(L"").Ref());
+}
+
+TEST_F(GuestTest, TheHostsSurroundingsStayAsTheyWere) {
+    std::setlocale(LC_ALL, "C");
+    SetThreadLocale(MAKELCID(MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN), SORT_DEFAULT));
+    _controlfp(_RC_UP, _MCW_RC); // an odd setting of the host's own
+    const auto before = ProcessState();
+    Text line;
+    Session(object_.get(), SampleFolder(), line.Out());
+    const auto after = ProcessState();
+    _controlfp(_RC_NEAR, _MCW_RC);
+    EXPECT_EQ(after, before);
+    EXPECT_FALSE(line.Str().empty());
+}
+
+TEST_F(GuestTest, NumbersAreTheSameUnderEveryFloatingPointSettingAndLocale) {
+    UseSample(object_.get());
+    const auto distance = [&] {
+        double lat1 = 57.181792, long1 = -2.133233, lat2 = 51.5, long2 = 0.1, km = 0;
+        EXPECT_EQ(object_->GetDistance(&lat1, &long1, &lat2, &long2, &km), S_OK);
+        return km;
+    };
+    const auto point = [&] {
+        Text postcode;
+        EXPECT_EQ(object_->GetPostZonAddressLongLat(-2.133233, 57.181792, nullptr, postcode.Out()), S_OK);
+        return postcode.Str();
+    };
+    const double expected = distance();
+    EXPECT_EQ(point(), L"AB1 0DF");
+#ifndef _WIN64
+    for (const unsigned precision : {static_cast<unsigned>(_PC_24), static_cast<unsigned>(_PC_53)}) {
+        const unsigned before = _controlfp(0, 0);
+        _controlfp(precision, _MCW_PC); // what graphics libraries leave behind
+        EXPECT_NEAR(distance(), expected, 1e-6) << precision;
+        EXPECT_EQ(point(), L"AB1 0DF") << precision;
+        _controlfp(before, _MCW_PC);
+    }
+#endif
+    SetThreadLocale(MAKELCID(MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN), SORT_DEFAULT)); // decimal comma
+    EXPECT_EQ(distance(), expected);
+    EXPECT_EQ(point(), L"AB1 0DF");
+    SetThreadLocale(LOCALE_USER_DEFAULT);
+}
+
+TEST_F(GuestTest, TwoObjectsKeepTheirSettingsApart) {
+    const Ptr<_Quorvex> other = CreateRegistered();
+    ASSERT_EQ(other->put_ServerURL(Text(L"http://127.0.0.1:1")), S_OK);
+    UseSample(object_.get());
+    VARIANT_BOOL found = VARIANT_FALSE;
+    ASSERT_EQ(object_->GetFullAddressToList(Text(L"AB1 0DF").Ref(), &found), S_OK);
+    EXPECT_EQ(found, VARIANT_TRUE);
+    ASSERT_EQ(other->GetFullAddressToList(Text(L"AB1 0DF").Ref(), &found), S_OK);
+    EXPECT_EQ(found, VARIANT_FALSE); // in web mode, where nobody answers
+    Text error, line;
+    other->get_General_errormessage(error.Out());
+    EXPECT_NE(error.Str().find(L"timed out"), std::wstring::npos) << error.Str();
+    object_->GetFullAddressLineForSelection(line.Out());
+    EXPECT_FALSE(line.Str().empty());
+    other->GetFullAddressLineForSelection(line.Out());
+    EXPECT_TRUE(line.Str().empty());
+}
+
+// Calls an action from the thread's message loop, once.
+class Timer {
+  public:
+    Timer(unsigned milliseconds, std::function<void()> action) {
+        Action() = std::move(action);
+        SetTimer(nullptr, 0, milliseconds, [](HWND, UINT, UINT_PTR id, DWORD) {
+            KillTimer(nullptr, id);
+            if (const auto run = std::exchange(Action(), nullptr)) run();
+        });
+    }
+    static bool Fired() { return Action() == nullptr; }
+
+  private:
+    static std::function<void()>& Action() {
+        static std::function<void()> action;
+        return action;
+    }
+};
+
+TEST_F(GuestTest, TheHostMayCallBackWhileARequestWaits) {
+    const SocketServer server([](Connection& connection, const std::string&) {
+        Sleep(400);
+        connection.Reply("<confirm>Yes</confirm><recordcount>7</recordcount>");
+    });
+    object_->put_ServerURL(Text(server.Url(L"")));
+    std::wstring formatted, second = L"untouched", otherSecond = L"untouched";
+    const Ptr<_Quorvex> other = CreateRegistered();
+    const Timer timer(100, [&] {
+        Text result;
+        object_->FormatPostCode(Text(L"AB13CD"), result.Out());
+        formatted = result.Str();
+        object_->GetDataFromHTTPRequest(Text(server.Url(L"/second")).Ref(), result.Out());
+        second = result.Str();
+        other->GetDataFromHTTPRequest(Text(server.Url(L"/other")).Ref(), result.Out());
+        otherSecond = result.Str();
+    });
+    VARIANT_BOOL found = VARIANT_FALSE;
+    ASSERT_EQ(object_->GetFullAddressToList(Text(L"AB1 0DF").Ref(), &found), S_OK);
+    EXPECT_TRUE(Timer::Fired());
+    EXPECT_EQ(formatted, L"AB1 3CD");
+    EXPECT_EQ(second, L""); // one request at a time in the whole process
+    EXPECT_EQ(otherSecond, L"");
+    EXPECT_EQ(found, VARIANT_TRUE);
+    long count = 0;
+    object_->get_RecordCount(&count);
+    EXPECT_EQ(count, 7);
+    EXPECT_EQ(server.Heads().size(), 1U);
+}
+
+TEST_F(GuestTest, AnObjectReleasedDuringItsOwnRequestLivesToTheEndOfIt) {
+    const SocketServer server([](Connection& connection, const std::string&) {
+        Sleep(400);
+        connection.Reply("late");
+    });
+    _Quorvex* const object = object_.get();
+    const Timer timer(100, [&] { object_.reset(); });
+    Text result;
+    ASSERT_EQ(object->GetDataFromHTTPRequest(Text(server.Url(L"/")).Ref(), result.Out()), S_OK);
+    EXPECT_EQ(object_, nullptr);
+    EXPECT_EQ(result.Str(), L"late");
+    object_ = CreateRegistered();
+}
+
+struct Consumption {
+    DWORD handles = 0;
+    SIZE_T bytes = 0;
+};
+
+Consumption Now() {
+    Consumption now;
+    GetProcessHandleCount(GetCurrentProcess(), &now.handles);
+    PROCESS_MEMORY_COUNTERS_EX counters{};
+    GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof counters);
+    now.bytes = std::max(counters.PrivateUsage, counters.WorkingSetSize);
+    return now;
+}
+
+TEST_F(GuestTest, TenThousandObjectsLeaveNothingBehind) {
+    const auto round = [&] {
+        const Ptr<_Quorvex> object = CreateRegistered();
+        Text value, html(L"<a>1</a><a>2</a>");
+        object->put_Extra1(Text(L"some text that is too long to be kept inside a string object"));
+        object->FormatPostCode(Text(L"AB13CD"), value.Out());
+        short consume = 1;
+        object->GetBetweenTags(Text(L"<a>").Ref(), html.Ref(), Text(L"</a>").Ref(), &consume, nullptr, value.Out());
+        Value variable(L"<a>1</a><a>2</a>");
+        Call(object.get(), L"GetBetweenTags", {L"<a>", Value::Ref(variable), L"</a>", 1L});
+        Call(object.get(), L"GetBetweenTags", {L"<a>", Value::Ref(variable), L"</a>", L"no number"});
+        Put(object.get(), L"Extra2", L"text");
+        Get(object.get(), L"Extra2");
+    };
+    for (int i = 0; i < 1000; ++i) round();
+    const Consumption before = Now();
+    for (int i = 0; i < 10000; ++i) round();
+    const Consumption after = Now();
+    ASSERT_GT(before.handles, 0U);
+    ASSERT_GT(before.bytes, 0U);
+    EXPECT_LE(after.handles, before.handles + 5);
+    EXPECT_LE(after.bytes, before.bytes + 1024 * 1024); // a hundred bytes a round
+}
+
+TEST_F(GuestTest, LookupsLeaveNothingBehind) {
+    const std::wstring folder = SampleFolder();
+    const auto round = [&] {
+        const Ptr<_Quorvex> object = CreateRegistered();
+        object->put_ServerURL(Text(L"http://127.0.0.1:1"));
+        Text line;
+        Session(object.get(), folder, line.Out());
+    };
+    for (int i = 0; i < 20; ++i) round();
+    const Consumption before = Now();
+    for (int i = 0; i < 100; ++i) round();
+    const Consumption after = Now();
+    EXPECT_LE(after.handles, before.handles + 10);
+    EXPECT_LE(after.bytes, before.bytes + 2 * 1024 * 1024);
+}
+
+} // namespace
+} // namespace quorvex::testing

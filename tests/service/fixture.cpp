@@ -1,0 +1,43 @@
+#include "fixture.h"
+
+#include "lookup/tag_reader.h"
+#include "support/files.h"
+#include "support/text.h"
+
+namespace quorvex::service {
+
+ServiceTest::ServiceTest() {
+    options.data = std::filesystem::path(QUORVEX_TEST_DATA) / "sample";
+}
+
+void ServiceTest::Begin() {
+    service_ = std::make_unique<Service>(options);
+    service_->Start();
+}
+
+httplib::Result ServiceTest::Request(std::string target) {
+    for (std::size_t at = target.find(' '); at != std::string::npos; at = target.find(' '))
+        target.replace(at, 1, "%20");
+    httplib::Client client(service_->Address());
+    client.set_url_encode(false);
+    client.set_read_timeout(20);
+    return client.Get(target);
+}
+
+std::string ServiceTest::Body(const std::string& target) {
+    const httplib::Result result = Request(target);
+    EXPECT_TRUE(result) << target << ": " << httplib::to_string(result.error());
+    if (!result) return {};
+    EXPECT_EQ(result->status, 200) << target;
+    return result->body;
+}
+
+std::wstring ServiceTest::Text(const std::string& target) {
+    return support::FromUtf8(Body(target));
+}
+
+std::wstring ServiceTest::ElementOf(const std::string& page, const std::wstring& element) {
+    return lookup::ReadElement(Text("/xmlservice/" + page), element);
+}
+
+} // namespace quorvex::service

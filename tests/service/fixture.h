@@ -1,0 +1,33 @@
+#pragma once
+
+#include "service/service.h"
+
+#include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <memory>
+#include <string>
+
+namespace quorvex::service {
+
+// A service on the sample folder (or another) at a free port of this machine, asked over real HTTP.
+class ServiceTest : public ::testing::Test {
+  protected:
+    ServiceTest();
+
+    Options options; // a test changes them before Begin
+    void Begin();
+    Service& Running() { return *service_; }
+
+    // Target as it goes over the wire, blanks made %20; a failed request fails the test and gives an empty reply.
+    httplib::Result Request(std::string target);
+    std::string Body(const std::string& target);
+    std::wstring Text(const std::string& target);
+    // The element of a page below "/xmlservice/".
+    std::wstring ElementOf(const std::string& page, const std::wstring& element);
+
+  private:
+    std::unique_ptr<Service> service_;
+};
+
+} // namespace quorvex::service

@@ -1,0 +1,72 @@
+#include "service/options.h"
+
+#include "service/query.h"
+#include "support/error.h"
+#include "support_code/temp_folder.h"
+
+#include <fstream>
+
+namespace quorvex::service {
+namespace {
+
+TEST(Options, EveryOption) {
+    const Options options =
+        ParseOptions({"--data",         "d", "--port",    "0",     "--host",          "::1", "--key",     "A",
+                      "--key",          "B", "--keys",    "k.txt", "--credits",       "5",   "--message", "m",
+                      "--account-page", "a", "--map-url", "u",     "--directory-url", "v",   "--test"});
+    EXPECT_EQ(options.data, "d");
+    EXPECT_EQ(options.host, "::1");
+    EXPECT_EQ(options.keys, (std::vector<std::wstring>{L"A", L"B"}));
+    EXPECT_EQ(options.keysFile, "k.txt");
+    EXPECT_EQ(options.credits, 5);
+    EXPECT_EQ(options.pages.popMessage + options.pages.accountPage + options.pages.mapUrl + options.pages.directoryUrl,
+              L"mauv");
+    EXPECT_TRUE(options.test);
+    EXPECT_TRUE(ParseOptions({"--help"}).help);
+}
+
+TEST(Options, WrongArgumentsAreRefused) {
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{},
+                                               {"--data", "d"},
+                                               {"--port", "1"},
+                                               {"--data", "d", "--port"},
+                                               {"--data", "d", "--port", "x"},
+                                               {"--data", "d", "--port", "65536"},
+                                               {"--data", "d", "--port", "1.5"},
+                                               {"--data", "d", "--port", "-1"},
+                                               {"--data", "d", "--port", "1", "--nonsense"},
+                                               {"--data", "d", "--port", "1", "--credits", "5"}}) {
+        EXPECT_THROW(ParseOptions(arguments), support::Error);
+    }
+}
+
+TEST(Options, KeysFile) {
+    quorvex::testing::TempFolder folder;
+    Options options;
+    options.keysFile = folder.Path() / "keys.txt";
+    options.credits = 2;
+    std::ofstream(options.keysFile) << "# customers\r\nalpha\r\n\r\nBETA\t7 # seven\n  gamma   0\n";
+    Accounts accounts;
+    AddKeys(accounts, options);
+    EXPECT_EQ(accounts.Take(L"ALPHA", L"").text, L"Credits left: 1");
+    EXPECT_EQ(accounts.Take(L"Beta", L"").text, L"Credits left: 6");
+    EXPECT_FALSE(accounts.Take(L"GAMMA", L"").refusal.empty());
+    EXPECT_FALSE(accounts.Take(L"CUSTOMERS", L"").refusal.empty());
+    EXPECT_THROW(accounts.AddLines(L"A 1\nB many", {}), support::Error);
+    EXPECT_THROW(accounts.AddLines(L"A -1", {}), support::Error);
+}
+
+TEST(Queries, ValuesAsHostsGiveThem) {
+    const Query query("/p?COMPANY=Smith%20&%20Sons&co=2&house=1+2&street=%C2%A3%zz&town=%A3&house=9&county",
+                      {"company", "house", "street", "town", "county"});
+    EXPECT_EQ(query["company"], L"Smith & Sons&co=2");
+    EXPECT_EQ(query["house"], L"1+2");
+    EXPECT_EQ(query["street"], L"\u00A3%zz");
+    EXPECT_EQ(query["town"], L"\u00A3");
+    EXPECT_EQ(query["county"], L"");
+    EXPECT_EQ(PathOf("/XMLService/%47et?x=/Y"), "/xmlservice/get");
+}
+
+} // namespace
+} // namespace quorvex::service

@@ -1,0 +1,217 @@
+#include "fixture.h"
+#include "lookups/address_list.h"
+#include "service/words.h"
+#include "support/text.h"
+#include "support_code/fake_platform.h"
+#include "support_code/tsv.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace quorvex::service {
+namespace {
+
+using quorvex::testing::ReadTsv;
+using quorvex::testing::TsvRow;
+
+bool HasWord(const std::wstring& text, const std::wstring& word) {
+    const std::vector<std::wstring> words = Words(text);
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+class Search : public ServiceTest {
+  protected:
+    using Ids = std::set<std::wstring>;
+
+    Search() { Begin(); }
+
+    // What a host sees of a search: identifiers by heading, walked with the component's own reader.
+    std::map<std::wstring, Ids> Groups(const web::AdvancedCriteria& criteria) {
+        quorvex::testing::FakePlatform platform;
+        platform.onGetUrl = [this](const std::wstring& url) {
+            const std::wstring reply = Text(support::ToUtf8(url.substr(Running().Address().size())));
+            return support::ReplaceAll(reply, L"&amp;", L"&");
+        };
+        lookup::Quorvex object(platform);
+        object.SetServiceURL(support::FromUtf8(Running().Address()));
+        EXPECT_TRUE(lookups::GetFullAddressToListAdv(object, criteria));
+        error = object.General_errormessage;
+        popMessage = object.General_Pop_Message;
+        recordCount = object.RecordCount;
+        std::map<std::wstring, Ids> groups;
+        std::wstring heading;
+        std::size_t lines = 0;
+        for (;;) {
+            const lookups::AdvancedLine line = lookups::GetFullAddressLineForSelectionAdv(object);
+            if (line.lineType.empty()) break;
+            EXPECT_FALSE(line.text.empty());
+            if (line.lineType == L"h") {
+                heading = line.text;
+                EXPECT_FALSE(groups.contains(heading)) << "a heading comes once";
+            } else {
+                EXPECT_TRUE(groups[heading].insert(line.id).second);
+                ++lines;
+            }
+        }
+        EXPECT_EQ(static_cast<std::size_t>(recordCount), lines);
+        return groups;
+    }
+
+    Ids Found(const web::AdvancedCriteria& criteria) {
+        Ids all;
+        for (const auto& [heading, ids] : Groups(criteria)) all.insert(ids.begin(), ids.end());
+        return all;
+    }
+
+    // From the truth: the premises of all rows of the ordinary layouts (14 fields, nothing covered or dropped).
+    template <typename Meets>
+    Ids Expected(Meets meets) {
+        Ids ids;
+        for (const TsvRow& row : ReadTsv(quorvex::testing::DataFolder(L"sample\\truth\\full.tsv"))) {
+            if (ordinary_.contains(row[0]) && meets(row))
+                ids.insert(support::UpperCase(row[0]) + L"_" + row[1] + L"_F");
+        }
+        EXPECT_FALSE(ids.empty());
+        return ids;
+    }
+
+    // Only what lies in rows of the ordinary layouts.
+    Ids Ordinary(const Ids& ids) const {
+        Ids kept;
+        std::copy_if(ids.begin(), ids.end(), std::inserter(kept, kept.end()),
+                     [this](const std::wstring& id) { return ordinary_.contains(id.substr(0, id.find(L'_'))); });
+        return kept;
+    }
+
+    bool IsOrdinary(const std::wstring& key) const { return ordinary_.contains(key); }
+
+    std::wstring error;
+    std::wstring popMessage;
+    std::int32_t recordCount = 0;
+
+  private:
+    const std::set<std::wstring> ordinary_ = [] {
+        std::set<std::wstring> keys;
+        for (const TsvRow& row : ReadTsv(quorvex::testing::DataFolder(L"sample\\truth\\postcodes.tsv"))) {
+            if (row[6] == L"shape-a") keys.insert(row[1]);
+        }
+        return keys;
+    }();
+};
+
+// Columns of the truth.
+constexpr std::size_t kOrganisation = 3;
+constexpr std::size_t kBuilding = 4;
+constexpr std::size_t kStreet = 5;
+constexpr std::size_t kLocality = 6;
+constexpr std::size_t kTown = 7;
+constexpr std::size_t kCounty = 8;
+
+TEST_F(Search, EachCriterionAloneAndTogether) {
+    EXPECT_EQ(Ordinary(Found({L"alder", L"", L"", L"", L"", L""})),
+              Expected([](const TsvRow& row) { return HasWord(row[kOrganisation], L"ALDER"); }));
+    EXPECT_EQ(Ordinary(Found({L"", L"37", L"", L"", L"", L""})),
+              Expected([](const TsvRow& row) { return HasWord(row[kBuilding], L"37"); }));
+    EXPECT_EQ(Ordinary(Found({L"", L"", L"kiln", L"", L"", L""})), Expected([](const TsvRow& row) {
+                  return HasWord(row[kStreet], L"KILN") || HasWord(row[kLocality], L"KILN");
+              }));
+    EXPECT_EQ(Ordinary(Found({L"", L"12", L"", L"Liverpool", L"", L""})),
+              Expected([](const TsvRow& row) { return HasWord(row[kBuilding], L"12") && row[kTown] == L"LIVERPOOL"; }));
+    EXPECT_EQ(Ordinary(Found({L"", L"unit", L"", L"", L"cambridgeshire", L""})), Expected([](const TsvRow& row) {
+                  return HasWord(row[kBuilding], L"UNIT") && row[kCounty] == L"CAMBRIDGESHIRE";
+              }));
+    EXPECT_EQ(Ordinary(Found({L"", L"barn", L"", L"", L"", L"b"})), Expected([](const TsvRow& row) {
+                  return HasWord(row[kBuilding], L"BARN") && row[0].starts_with(L"B") && row[0][1] >= L'0' &&
+                         row[0][1] <= L'9';
+              }));
+    EXPECT_EQ(Ordinary(Found({L"services gorse", L"", L"", L"", L"", L""})), Expected([](const TsvRow& row) {
+                  return HasWord(row[kOrganisation], L"GORSE") && HasWord(row[kOrganisation], L"SERVICES");
+              }));
+}
+
+TEST_F(Search, WildcardsAndAbbreviations) {
+    EXPECT_EQ(Ordinary(Found({L"gor*", L"", L"", L"", L"", L""})), Expected([](const TsvRow& row) {
+                  const std::vector<std::wstring> words = Words(row[kOrganisation]);
+                  return std::any_of(words.begin(), words.end(),
+                                     [](const std::wstring& word) { return word.starts_with(L"GOR"); });
+              }));
+    EXPECT_TRUE(Found({L"gor", L"", L"", L"", L"", L""}).empty()) << "whole words without a wildcard";
+    EXPECT_EQ(error, L"No address meets these criteria");
+    const Ids roads = Found({L"", L"12", L"road", L"", L"", L""});
+    EXPECT_FALSE(roads.empty());
+    EXPECT_EQ(Found({L"", L"12", L"Rd", L"", L"", L""}), roads);
+    EXPECT_EQ(Found({L"", L"", L"moss cl", L"", L"", L""}), Found({L"", L"", L"moss close", L"", L"", L""}));
+    EXPECT_EQ(Found({L"", L"12", L"", L"liver*", L"", L""}), Found({L"", L"12", L"", L"LIVERPOOL", L"", L""}));
+    EXPECT_EQ(Found({L"", L"12", L"", L"", L"", L"L*"}).size(),
+              Found({L"", L"12", L"", L"", L"", L"L"}).size() + Found({L"", L"12", L"", L"", L"", L"LL"}).size());
+}
+
+TEST_F(Search, GroupsAndSpecialCharacters) {
+    EXPECT_EQ(Groups({L"holly & sons", L"", L"", L"", L"", L"DN55"}),
+              (std::map<std::wstring, Ids>{{L"ROSE & CROWN YARD, DONCASTER", {L"DN559AA_1_F"}}}));
+    for (const wchar_t* street : {L"st john's rd", L"JOHNS", L"king'*"}) {
+        EXPECT_TRUE(Found({L"", L"", street, L"", L"", L"AB10"}).contains(L"AB109AA_1_F")) << support::ToUtf8(street);
+    }
+    const auto groups = Groups({L"", L"", L"row", L"Doncaster", L"", L""});
+    EXPECT_GT(groups.size(), 2U);
+    for (const auto& [heading, ids] : groups)
+        EXPECT_TRUE(heading.ends_with(L", DONCASTER")) << support::ToUtf8(heading);
+}
+
+TEST_F(Search, LongResultsAreCutAndSaySo) {
+    EXPECT_LT(Found({L"", L"12", L"", L"", L"", L""}).size(), static_cast<std::size_t>(AddressIndex::kMostLines));
+    EXPECT_EQ(popMessage, L"");
+    EXPECT_EQ(Found({L"", L"1* ", L"", L"", L"", L""}).size(), static_cast<std::size_t>(AddressIndex::kMostLines));
+    EXPECT_NE(popMessage, L"");
+}
+
+TEST_F(Search, ListsHoldThePlacesOfTheData) {
+    std::set<std::wstring> areas;
+    std::set<std::wstring> towns;
+    std::set<std::wstring> counties;
+    for (const TsvRow& row : ReadTsv(quorvex::testing::DataFolder(L"sample\\truth\\full.tsv"))) {
+        const std::wstring key = support::UpperCase(row[0]);
+        areas.insert(key.substr(0, key.find_first_of(L"0123456789")));
+        if (!IsOrdinary(row[0])) continue;
+        towns.insert(row[kTown]);
+        counties.insert(row[kCounty]);
+    }
+    const auto listed = [this](const wchar_t* list) {
+        std::wstring rest = ElementOf("GetLookups.aspx?datatype=1", list);
+        std::vector<std::wstring> values;
+        while (!rest.empty()) values.push_back(support::NextField(rest, L",", true));
+        EXPECT_TRUE(std::is_sorted(values.begin(), values.end()));
+        return values;
+    };
+    const auto holdsAll = [](const std::vector<std::wstring>& list, const std::set<std::wstring>& values) {
+        return !values.empty() && std::includes(list.begin(), list.end(), values.begin(), values.end());
+    };
+    EXPECT_EQ(listed(L"A"), std::vector<std::wstring>(areas.begin(), areas.end()));
+    EXPECT_TRUE(holdsAll(listed(L"T"), towns));
+    EXPECT_TRUE(holdsAll(listed(L"O"), counties));
+    // What is on offer finds something.
+    for (const std::wstring& area : listed(L"A")) EXPECT_FALSE(Found({L"", L"", L"", L"", L"", area}).empty());
+    for (const std::wstring& town : listed(L"T")) EXPECT_FALSE(Found({L"", L"", L"", town, L"", L""}).empty());
+    for (const std::wstring& county : listed(L"O")) EXPECT_FALSE(Found({L"", L"", L"", L"", county, L""}).empty());
+}
+
+TEST(Words, CutAtPunctuation) {
+    using W = std::vector<std::wstring>;
+    EXPECT_EQ(Words(L"Farmer's  35-37, (UK) A/B & \u0174yn"),
+              (W{L"FARMERS", L"35", L"37", L"UK", L"A", L"B", L"\u0174YN"}));
+    EXPECT_EQ(Words(L" - "), W());
+    EXPECT_EQ(StreetWords(L"Av. Rd Ave cl"), (W{L"AVENUE", L"ROAD", L"AVENUE", L"CLOSE"}));
+}
+
+TEST(Words, CriteriaOfWordsAndBeginnings) {
+    const Criterion criterion(L"acme ltd* & 12-*");
+    EXPECT_EQ(criterion.Whole(), (std::vector<std::wstring>{L"ACME"}));
+    EXPECT_EQ(criterion.Beginnings(), (std::vector<std::wstring>{L"LTD", L"12"}));
+    EXPECT_TRUE(criterion.MetBy(Words(L"12A LTDX ACME")));
+    EXPECT_FALSE(criterion.MetBy(Words(L"12A LTDX ACMES")));
+    EXPECT_FALSE(Criterion(L" * && ").Given());
+}
+
+} // namespace
+} // namespace quorvex::service

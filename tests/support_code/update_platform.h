@@ -1,0 +1,49 @@
+#pragma once
+
+#include "support_code/fake_platform.h"
+
+#include <utility>
+#include <vector>
+
+namespace quorvex::testing {
+
+// A platform that also records what an update run asks of its windows and of the mail program.
+class UpdatePlatform : public FakePlatform {
+  public:
+    struct Question {
+        std::wstring caption;
+        std::wstring dataFolder;
+        bool internetIsAvailable = false;
+    };
+    std::vector<support::UpdateChoice> choices; // in order, then Cancel
+    std::vector<Question> questions;
+    std::vector<std::pair<std::wstring, std::wstring>> windows; // caption, text of each change of the progress window
+    std::vector<std::wstring> downloadCaptions;
+    support::MailResult mailResult;
+    std::vector<support::MailMessage> mails;
+    std::function<void()> onPump;
+
+    support::UpdateChoice AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
+                                          bool internetIsAvailable) override {
+        questions.push_back({caption, dataFolder, internetIsAvailable});
+        return questions.size() <= choices.size() ? choices[questions.size() - 1] : support::UpdateChoice::Cancel;
+    }
+    void ShowProgress(const std::wstring& caption, const std::wstring& text) override {
+        windows.emplace_back(caption, text);
+        FakePlatform::ShowProgress(caption, text);
+    }
+    void PumpMessages() override {
+        FakePlatform::PumpMessages();
+        if (onPump) onPump();
+    }
+    bool GetHttpFile(const std::wstring& url, const std::wstring& file, const std::wstring& caption) override {
+        downloadCaptions.push_back(caption);
+        return FakePlatform::GetHttpFile(url, file, caption);
+    }
+    support::MailResult SendMail(const support::MailMessage& message) override {
+        mails.push_back(message);
+        return mailResult;
+    }
+};
+
+} // namespace quorvex::testing
