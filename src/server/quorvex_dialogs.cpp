@@ -23,22 +23,22 @@ HRESULT QuorvexObject::SearchForFullAddressWithDialogue(BSTR* PostcodePrima, BST
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
     return Guard([&] {
-        *result = Boolean(dialogs::SearchForFullAddressWithDialogue(
-            lookup_, Text(PostcodePrima), Text(Caption), Given(ShowAccountDetails), Given(AllowManageAccount),
-            Given(DisplayErrors)));
+        *result = Boolean(dialogs::SearchForFullAddressWithDialogue(lookup_, Text(PostcodePrima), Text(Caption),
+                                                                    IsTrue(ShowAccountDetails),
+                                                                    IsTrue(AllowManageAccount), IsTrue(DisplayErrors)));
     });
 }
 
 HRESULT QuorvexObject::SearchForFullAddressWithDialogueAdv(BSTR* PostcodePrima, BSTR* Caption, BSTR* path,
                                                            VARIANT_BOOL* ShowAccountDetails,
-                                                           VARIANT_BOOL* AllowManageAccount, VARIANT_BOOL* DisplayErrors,
-                                                           VARIANT_BOOL* result) {
+                                                           VARIANT_BOOL* AllowManageAccount,
+                                                           VARIANT_BOOL* DisplayErrors, VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
     return Guard([&] {
         *result = Boolean(dialogs::SearchForFullAddressWithDialogueAdv(
-            lookup_, Text(PostcodePrima), Text(Caption), Text(path), Given(ShowAccountDetails),
-            Given(AllowManageAccount), Given(DisplayErrors)));
+            lookup_, Text(PostcodePrima), Text(Caption), Text(path), IsTrue(ShowAccountDetails),
+            IsTrue(AllowManageAccount), IsTrue(DisplayErrors)));
     });
 }
 
@@ -46,8 +46,7 @@ HRESULT QuorvexObject::LMUpdateData(VARIANT_BOOL* InternetIsAvailable, BSTR* Tit
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
     return Guard([&] {
-        const bool internet = ValueOr(InternetIsAvailable, VARIANT_FALSE) != VARIANT_FALSE;
-        *result = Boolean(localdata::LMUpdateData(lookup_, internet, Text(Title)));
+        *result = Boolean(localdata::LMUpdateData(lookup_, IsTrue(InternetIsAvailable), Text(Title)));
     });
 }
 
