@@ -52,6 +52,7 @@ void frmAddress::ShowTree(const std::wstring& instruction) {
 
 void frmAddress::Command11_Click() {
     if (advSearch_.Busy()) AddressObj.platform.StopRequest();
+    SetInstruction(SendMessageW(c_.AddressList, LB_GETCOUNT, 0, 0) > 0 ? kPickAddress : kEnterPostcode);
     ShowView(View::Postcode);
     SetFocus(c_.InpPostcode);
 }
