@@ -35,7 +35,7 @@ std::u16string Wide(const std::string& text) {
 
 std::string KeyText(int number) {
     char text[16];
-    std::snprintf(text, sizeof text, "AB%d %02dZZ", 10 + number / 10000, number % 10000);
+    std::snprintf(text, sizeof text, "AB%d %04d", 10 + number / 10000, number % 10000);
     return text;
 }
 
