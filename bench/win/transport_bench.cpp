@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -139,9 +140,12 @@ int main(int argc, char** argv) {
         {"bare WinHTTP", [&] { return bare.Get(server.Port()); }, {}},
         {"plain socket", [&] { return SocketGet(server.Port()); }, {}},
     };
+    std::vector<std::size_t> turns = {0, 1, 2};
+    std::minstd_rand random; // in changing order: who follows whom must not matter
     for (int i = 0; i < kWarmUp + requests; ++i) {
-        for (Contender& contender : contenders) {
-            if (!Measure(contender, i >= kWarmUp)) return 1;
+        std::shuffle(turns.begin(), turns.end(), random);
+        for (const std::size_t turn : turns) {
+            if (!Measure(contenders[turn], i >= kWarmUp)) return 1;
         }
     }
     std::printf("%d requests of %zu bytes each, median\n", requests, kBodyBytes);

@@ -65,7 +65,6 @@ void Transport::StopRequest() {
 }
 
 void Transport::Begin() {
-    ResetEvent(wake_);
     lastState_ = 0;
     proxyChecked_ = false;
     cancelRequested_ = false;
@@ -102,9 +101,11 @@ std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) 
     const std::uint64_t stated = request.ContentLength();
     std::string body;
     if (stated <= kReplyLimitBytes) body.reserve(static_cast<std::size_t>(stated));
-    for (;;) {
+    // With the last stated byte the reply is whole: asking for the end, too, would cost a turn of its own.
+    while (stated == 0 || body.size() < stated) {
         // A network faster than the reader would never let the wait see a message.
-        if (!RunMessages(deadline) || !Finish(request, request.Read(), deadline)) return kTimeOut;
+        if (!body.empty() && !RunMessages(deadline)) return kTimeOut;
+        if (!Finish(request, request.Read(), deadline)) return kTimeOut;
         const std::string_view piece = request.Piece();
         if (piece.empty()) break;
         if (body.size() + piece.size() > kReplyLimitBytes) return kTimeOut;
@@ -112,7 +113,7 @@ std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) 
     }
     // Half an answer could pass for a whole one (an address list without its end): it counts as none.
     if (body.size() < stated) return kTimeOut;
-    if (stated != 0 && body.size() > stated) body.resize(static_cast<std::size_t>(stated));
+    if (stated != 0) body.resize(static_cast<std::size_t>(stated));
     lastState_ = kComplete;
     return support::DecodeReply(body, support::ToUtf8(request.ContentType()));
 }

@@ -24,8 +24,7 @@ TEST_F(WaitingTest, SilenceAndDribbleEndAtTheLimit) {
     const SocketServer server([](Connection& connection, const std::string& target) {
         if (target == "/silent") return NeverAnswer(connection, target);
         connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
-        while (connection.Send("x") && !connection.StaySilent(100)) {
-        }
+        while (!connection.ServerStopping() && connection.Send("x")) connection.StaySilent(100);
     });
     for (const wchar_t* target : {L"/silent", L"/dribble"}) {
         const double taken = Milliseconds([&] { EXPECT_EQ(Get(server.Url(target), kShortLimit), L"TimeOut"); });
