@@ -5,6 +5,9 @@
 #include "server/platform_win.h"
 #include "support/window_helpers_win.h"
 
+#include <atomic>
+#include <thread>
+
 namespace quorvex::testing {
 namespace {
 
@@ -82,7 +85,19 @@ TEST_F(PlatformTest, TheClipboardTakesAnyTextAndWaitsForItsHolder) {
     EXPECT_EQ(ClipboardText(), text);
     platform_.SetClipboardText(L"");
     EXPECT_EQ(ClipboardText(), L"");
+    std::atomic<bool> held{false};
+    std::thread holder([&held] {
+        const HWND window =
+            CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+        EXPECT_TRUE(OpenClipboard(window));
+        held = true;
+        Sleep(60);
+        CloseClipboard();
+        DestroyWindow(window);
+    });
+    while (!held) Sleep(1);
     platform_.SetClipboardText(L"last");
+    holder.join();
     EXPECT_EQ(ClipboardText(), L"last");
 }
 

@@ -117,17 +117,16 @@ TEST_F(RepliesTest, TimeGrowsWithTheSizeOfTheReplyOnly) {
     const SocketServer server(Answer);
     const auto best = [&](std::size_t bytes) {
         double fastest = 1e9;
-        for (int i = 0; i < 3; ++i) {
+        for (int i = 0; i < 2; ++i) {
             fastest = std::min(fastest, Milliseconds([&] {
                 EXPECT_EQ(Get(server.Url(L"/size?" + std::to_wstring(bytes))).size(), bytes);
             }));
         }
         return fastest;
     };
-    const double small = best(2'500'000);
-    const double large = best(20'000'000);
-    EXPECT_LT(large, small * 20) << "2.5 MB in " << small << " ms, 20 MB in " << large << " ms"; // 64 when quadratic
-    RecordProperty("milliseconds_20MB", static_cast<int>(large));
+    const double small = best(1'250'000);
+    const double large = best(10'000'000);
+    EXPECT_LT(large, small * 24) << "1.25 MB in " << small << " ms, 10 MB in " << large << " ms"; // 64 when quadratic
 }
 
 } // namespace
