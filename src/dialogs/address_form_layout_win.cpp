@@ -13,6 +13,18 @@ constexpr wchar_t kTip[] = L"Enter post code or words in address, and optionally
 constexpr wchar_t kHelp[] = L"Help?";
 constexpr wchar_t kDownload[] = L"Download Updated Lists";
 
+int Brightness(COLORREF colour) {
+    return (GetRValue(colour) * 299 + GetGValue(colour) * 587 + GetBValue(colour) * 114) / 1000;
+}
+
+// The system's link colour where it can be read on a dialog: some themes leave it as faint as the background.
+COLORREF LinkColour() {
+    constexpr int kReadable = 90;
+    const COLORREF link = GetSysColor(COLOR_HOTLIGHT);
+    const int contrast = Brightness(link) - Brightness(GetSysColor(COLOR_3DFACE));
+    return contrast > kReadable || contrast < -kReadable ? link : GetSysColor(COLOR_BTNTEXT);
+}
+
 } // namespace
 
 // --- Controls, in tab order; a label stands right before the field that it names ---------------------------------------------
@@ -69,6 +81,7 @@ void frmAddress::CreateCriteriaControls() {
     c_.BottomWarning = AddLabel(L"", kBottomWarning, SS_NOPREFIX);
     // A field rather than a label: a long summary can be scrolled and copied.
     c_.CriteriaLabel = Add(WC_EDITW, L"Summary", ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL, kCriteriaLabel);
+    SendMessageW(c_.CriteriaLabel, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
     c_.ADVSearchLoadNewLists = AddButton(kDownload, kADVSearchLoadNewLists);
     c_.DownloadNewList = AddButton(kDownload, kDownloadNewList);
     c_.Label10 = AddButton(kHelp, kLabel10, BS_OWNERDRAW);
@@ -344,7 +357,7 @@ LRESULT frmAddress::DrawHelpLink(const DRAWITEMSTRUCT& item) const {
     FillRect(item.hDC, &box, GetSysColorBrush(COLOR_3DFACE));
     const HGDIOBJ before = SelectObject(item.hDC, Units().LinkFont());
     SetBkMode(item.hDC, TRANSPARENT);
-    SetTextColor(item.hDC, GetSysColor(COLOR_HOTLIGHT));
+    SetTextColor(item.hDC, LinkColour());
     DrawTextW(item.hDC, kHelp, -1, &box, DT_SINGLELINE | DT_CENTER | DT_VCENTER);
     SelectObject(item.hDC, before);
     if ((item.itemState & ODS_FOCUS) != 0) DrawFocusRect(item.hDC, &item.rcItem);
