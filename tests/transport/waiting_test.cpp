@@ -41,8 +41,12 @@ TEST_F(WaitingTest, ADeadNetworkFailsAtOnce) {
         connection.Reset();
     });
     const std::wstring refused = L"http://127.0.0.1:" + std::to_wstring(ClosedPort()) + L"/";
-    const std::wstring urls[] = {refused, server.Url(L"/reset"), server.Url(L"/half"), server.Url(L"/noise"),
-                                 L"https" + refused.substr(4), L"http://no-such-host.invalid/"};
+    const std::wstring urls[] = {refused,
+                                 server.Url(L"/reset"),
+                                 server.Url(L"/half"),
+                                 server.Url(L"/noise"),
+                                 L"https" + refused.substr(4),
+                                 L"http://no-such-host.invalid/"};
     for (const std::wstring& url : urls) {
         const double taken = Milliseconds([&] { EXPECT_EQ(Get(url), L"TimeOut") << url; });
         EXPECT_LT(taken, 5000) << url;
