@@ -22,6 +22,19 @@ struct HostWindowOnThread {
     ~HostWindowOnThread() { DestroyWindow(window); }
 };
 
+// What the host's timers do; they know no test.
+lookup::Quorvex* second = nullptr;
+bool innerResult = false;
+
+void CALLBACK DestroyHost(HWND, UINT, UINT_PTR, DWORD) noexcept {
+    DestroyWindow(FindWindowW(L"#32770", L"Host"));
+}
+
+void CALLBACK OpenSecond(HWND, UINT, UINT_PTR timer, DWORD) noexcept {
+    KillTimer(nullptr, timer);
+    innerResult = SearchForFullAddressWithDialogue(*second, L"", L"Second", false, false, false);
+}
+
 TEST_F(PickerTest, TheHostsWindowIsDisabledMeanwhileAndGetsTheFocusBack) {
     HWND owner = nullptr;
     HWND focusAfter = nullptr;
@@ -84,9 +97,7 @@ TEST_F(PickerTest, AnOwnerThatGoesAwayTakesTheDialogWithIt) {
     host = std::make_unique<HostThread>([&] {
         HostWindowOnThread window;
         owner = window.window;
-        const UINT_PTR timer = SetTimer(nullptr, 0, 700, [](HWND, UINT, UINT_PTR, DWORD) noexcept {
-            DestroyWindow(FindWindowW(L"#32770", L"Host"));
-        });
+        const UINT_PTR timer = SetTimer(nullptr, 0, 700, &DestroyHost);
         result = SearchForFullAddressWithDialogue(object, L"", kHostCaption, false, false, false);
         KillTimer(nullptr, timer);
     });
@@ -97,18 +108,13 @@ TEST_F(PickerTest, AnOwnerThatGoesAwayTakesTheDialogWithIt) {
 
 // A host timer may call in again while the first dialog is open, even while it searches.
 TEST_F(PickerTest, ASecondDialogFromAHostTimerNestsAndTheFirstGoesOn) {
-    static lookup::Quorvex* second;
     lookup::Quorvex secondObject(platform);
     secondObject.ServerURL = L"http://s";
     second = &secondObject;
-    static bool innerResult;
     innerResult = true;
     platform.hold = true;
     host = std::make_unique<HostThread>([&] {
-        SetTimer(nullptr, 0, 500, [](HWND, UINT, UINT_PTR id, DWORD) noexcept {
-            KillTimer(nullptr, id);
-            innerResult = SearchForFullAddressWithDialogue(*second, L"", L"Second", false, false, false);
-        });
+        SetTimer(nullptr, 0, 500, &OpenSecond);
         result = SearchForFullAddressWithDialogue(object, L"AB1 3CD", kHostCaption, false, false, false);
     });
     Find();
