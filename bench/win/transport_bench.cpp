@@ -1,5 +1,6 @@
-// What one lookup's request costs through the transport, beside a bare asynchronous WinHTTP client and a plain socket client, all
-// in one process against one local server. The three take turns, so that whatever else the machine does hits them alike.
+// What one lookup's request costs through the transport, beside a bare asynchronous WinHTTP client and a plain socket
+// client, all in one process against one local server. The three take turns, so that whatever else the machine does
+// hits them alike.
 //
 //   transport_bench [requests]
 #include "support_code/fake_platform.h"

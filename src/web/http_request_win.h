@@ -10,12 +10,12 @@
 
 namespace quorvex::web {
 
-// One asynchronous GET, step by step: Send, ReceiveResponse, Read until nothing comes. Each step is started by a call that
-// returns at once and ends when StepDone() is signalled. Giving the object up at any point abandons the request.
+// One asynchronous GET, step by step: Send, ReceiveResponse, Read until nothing comes. Each step is started by a call
+// that returns at once and ends when StepDone() is signalled. Giving the object up at any point abandons the request.
 class HttpRequest {
   public:
-    // networkMilliseconds: after this silence the system itself gives up, so that an abandoned request does not stay for ever.
-    // Throws support::Error, for a URL that is none of HTTP, too.
+    // networkMilliseconds: after this silence the system itself gives up, so that an abandoned request does not stay
+    // for ever. Throws support::Error, for a URL that is none of HTTP, too.
     HttpRequest(HINTERNET session, const std::wstring& url, int networkMilliseconds);
     ~HttpRequest();
     HttpRequest(const HttpRequest&) = delete;

@@ -37,23 +37,6 @@ class Watchdog : public ::testing::EmptyTestEventListener {
     std::string name_;
 };
 
-struct Search {
-    const std::wstring& caption;
-    HWND found;
-};
-
-BOOL CALLBACK Look(HWND window, LPARAM data) noexcept {
-    auto& search = *reinterpret_cast<Search*>(data);
-    DWORD process = 0;
-    GetWindowThreadProcessId(window, &process);
-    if (process != GetCurrentProcessId() || !IsWindowVisible(window) || TextOf(window) != search.caption) return TRUE;
-    wchar_t name[16]{};
-    GetClassNameW(window, name, 16);
-    if (std::wstring(name) != L"#32770") return TRUE; // not the window behind a message box
-    search.found = window;
-    return FALSE;
-}
-
 const bool kWatchdogSet = [] {
     ::testing::UnitTest::GetInstance()->listeners().Append(new Watchdog); // owned by the framework
     return true;
@@ -85,9 +68,30 @@ HostThread::~HostThread() {
     thread_.join();
 }
 
+namespace {
+
+struct Search {
+    const std::wstring& caption;
+    HWND found;
+};
+
+BOOL CALLBACK LookAt(HWND window, LPARAM data) {
+    auto& search = *reinterpret_cast<Search*>(data);
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process != GetCurrentProcessId() || !IsWindowVisible(window) || TextOf(window) != search.caption) return TRUE;
+    wchar_t name[16]{};
+    GetClassNameW(window, name, 16);
+    if (std::wstring(name) != L"#32770") return TRUE; // not the window behind a message box
+    search.found = window;
+    return FALSE;
+}
+
+} // namespace
+
 HWND FindVisibleWindow(const std::wstring& caption) {
     Search wanted{caption, nullptr};
-    EnumWindows(&Look, reinterpret_cast<LPARAM>(&wanted));
+    EnumWindows(LookAt, reinterpret_cast<LPARAM>(&wanted));
     return wanted.found;
 }
 

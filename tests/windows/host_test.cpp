@@ -22,19 +22,6 @@ struct HostWindowOnThread {
     ~HostWindowOnThread() { DestroyWindow(window); }
 };
 
-// What the host's timers do; they know no test.
-lookup::Quorvex* second = nullptr;
-bool innerResult = false;
-
-void CALLBACK DestroyHost(HWND, UINT, UINT_PTR, DWORD) noexcept {
-    DestroyWindow(FindWindowW(L"#32770", L"Host"));
-}
-
-void CALLBACK OpenSecond(HWND, UINT, UINT_PTR timer, DWORD) noexcept {
-    KillTimer(nullptr, timer);
-    innerResult = SearchForFullAddressWithDialogue(*second, L"", L"Second", false, false, false);
-}
-
 TEST_F(PickerTest, TheHostsWindowIsDisabledMeanwhileAndGetsTheFocusBack) {
     HWND owner = nullptr;
     HWND focusAfter = nullptr;
@@ -92,18 +79,30 @@ TEST_F(PickerTest, AHostThatQuitsMeanwhileEndsTheCallAndSeesItsQuitMessage) {
     EXPECT_EQ(exitCode, 42);
 }
 
+void CALLBACK DestroyHost(HWND, UINT, UINT_PTR, DWORD) {
+    DestroyWindow(FindWindowW(L"#32770", L"Host"));
+}
+
 TEST_F(PickerTest, AnOwnerThatGoesAwayTakesTheDialogWithIt) {
     HWND owner = nullptr;
     host = std::make_unique<HostThread>([&] {
         HostWindowOnThread window;
         owner = window.window;
-        const UINT_PTR timer = SetTimer(nullptr, 0, 700, &DestroyHost);
+        const UINT_PTR timer = SetTimer(nullptr, 0, 700, DestroyHost);
         result = SearchForFullAddressWithDialogue(object, L"", kHostCaption, false, false, false);
         KillTimer(nullptr, timer);
     });
     Find();
     EXPECT_TRUE(Ended(false));
     EXPECT_FALSE(IsWindow(owner));
+}
+
+lookup::Quorvex* second;
+bool innerResult;
+
+void CALLBACK OpenSecond(HWND, UINT, UINT_PTR id, DWORD) {
+    KillTimer(nullptr, id);
+    innerResult = SearchForFullAddressWithDialogue(*second, L"", L"Second", false, false, false);
 }
 
 // A host timer may call in again while the first dialog is open, even while it searches.
@@ -114,7 +113,7 @@ TEST_F(PickerTest, ASecondDialogFromAHostTimerNestsAndTheFirstGoesOn) {
     innerResult = true;
     platform.hold = true;
     host = std::make_unique<HostThread>([&] {
-        SetTimer(nullptr, 0, 500, &OpenSecond);
+        SetTimer(nullptr, 0, 500, OpenSecond);
         result = SearchForFullAddressWithDialogue(object, L"AB1 3CD", kHostCaption, false, false, false);
     });
     Find();
