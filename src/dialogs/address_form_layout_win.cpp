@@ -8,7 +8,6 @@ namespace {
 constexpr int kLoadWidthTwips = 5625;
 constexpr int kLoadHeightTwips = 7275;
 constexpr DWORD kStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME;
-constexpr wchar_t kEnterPostcode[] = L"Please enter Postcode and press the [Find] Button";
 constexpr wchar_t kTip[] = L"Enter post code or words in address, and optionally enter house NO/Name 'PE13 2QL,8' for NO 8";
 constexpr wchar_t kHelp[] = L"Help?";
 constexpr wchar_t kDownload[] = L"Download Updated Lists";
@@ -168,7 +167,6 @@ void frmAddress::ShowControls() {
 
 void frmAddress::SetInstruction(const std::wstring& text) {
     SetText(c_.Label2, text);
-    LayoutNow();
 }
 
 void frmAddress::ShowSectionWarnings(bool criteria, bool place) {
@@ -270,7 +268,7 @@ void frmAddress::LayoutPostcode(int width, int height) {
     Place(c_.InpPostcode, edit, y + (row - u.EditHeight()) / 2, width - u.Margin() - find - u.Gap() - edit, u.EditHeight());
     Place(c_.Command2, width - u.Margin() - find, y + (row - u.ButtonHeight()) / 2, find, u.ButtonHeight());
     y += row + u.Gap();
-    const int instruction = u.WrappedHeight(TextOf(c_.Label2), inner);
+    const int instruction = std::max(u.WrappedHeight(kEnterPostcode, inner), u.WrappedHeight(kPickAddress, inner));
     Place(c_.Label2, u.Margin(), y, inner, instruction);
     y += instruction + u.SmallGap();
     const int buttons =
@@ -281,7 +279,8 @@ void frmAddress::LayoutPostcode(int width, int height) {
 void frmAddress::LayoutResults(int width, int height) {
     const Metrics& u = Units();
     const int inner = width - 2 * u.Margin();
-    const int instruction = u.WrappedHeight(TextOf(c_.Label2), inner);
+    // Room for either text: the tree must not move under the user's double click.
+    const int instruction = std::max(u.WrappedHeight(kPickFromTree, inner), u.WrappedHeight(kPickLine, inner));
     Place(c_.Label2, u.Margin(), u.Margin(), inner, instruction);
     const int y = u.Margin() + instruction + u.SmallGap();
     const int buttons = PlaceButtons({c_.ADVSearchButton, c_.DownloadNewList}, {c_.Command11}, width, height);

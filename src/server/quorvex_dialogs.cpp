@@ -8,14 +8,6 @@
 
 namespace quorvex::server {
 
-namespace {
-
-bool Given(const VARIANT_BOOL* value) {
-    return ValueOr(value, VARIANT_FALSE) != VARIANT_FALSE;
-}
-
-} // namespace
-
 HRESULT QuorvexObject::SearchForFullAddressWithDialogue(BSTR* PostcodePrima, BSTR* Caption,
                                                         VARIANT_BOOL* ShowAccountDetails,
                                                         VARIANT_BOOL* AllowManageAccount, VARIANT_BOOL* DisplayErrors,

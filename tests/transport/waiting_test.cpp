@@ -142,15 +142,16 @@ TEST_F(WaitingTest, WaitingCostsNoProcessorTime) {
     }).join();
 }
 
+LRESULT CALLBACK NeverPaint(HWND window, UINT message, WPARAM w, LPARAM l) {
+    return message == WM_PAINT ? 0 : DefWindowProcW(window, message, w, l);
+}
+
 TEST_F(WaitingTest, AnEndlessRepaintDoesNotHideTheLimit) {
     const SocketServer server(NeverAnswer);
     const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50, nullptr, nullptr,
                                         GetModuleHandleW(nullptr), nullptr);
     ASSERT_NE(window, nullptr);
-    const WNDPROC never = [](HWND handle, UINT message, WPARAM w, LPARAM l) -> LRESULT {
-        return message == WM_PAINT ? 0 : DefWindowProcW(handle, message, w, l);
-    };
-    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(never));
+    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(NeverPaint));
     InvalidateRect(window, nullptr, FALSE);
     const double taken = Milliseconds([&] { EXPECT_EQ(Get(server.Url(L"/"), kShortLimit), L"TimeOut"); });
     EXPECT_LT(taken, kShortLimit * 1000 + kSoon);

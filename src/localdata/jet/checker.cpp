@@ -46,7 +46,8 @@ class Checker {
         try {
             action();
         } catch (const Error& error) {
-            Report(true, where + ": " + error.what());
+            // What this engine cannot judge need not be wrong.
+            Report(error.code() != ErrorCode::kUnsupported, where + ": " + error.what());
         }
     }
 

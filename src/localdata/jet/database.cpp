@@ -19,6 +19,7 @@ Pager::Options PagerOptions(const OpenOptions& options) {
     out.durability = options.durability;
     out.batch = options.batch;
     out.cachePages = std::max<std::size_t>(options.cachePages, 16);
+    out.spillPages = options.spillPages;
     return out;
 }
 

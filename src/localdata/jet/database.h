@@ -14,6 +14,7 @@ struct OpenOptions {
     Durability durability = Durability::kProcess;
     unsigned batch = 1; ///< records per transaction
     std::size_t cachePages = 1024;
+    std::size_t spillPages = 4096; ///< changed pages after which an open batch is written out, still undecided
     Storage* storage = nullptr; ///< null: the system's files
 };
 
