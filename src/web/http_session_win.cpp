@@ -31,8 +31,8 @@ void CloseKept(Shared& state) {
 void EnableModernTls(HINTERNET session) {
     const support::WindowsVersion version = support::SystemVersionNumbers();
     if (version.major > 6 || (version.major == 6 && version.minor > 2)) return;
-    DWORD protocols = WINHTTP_FLAG_SECURE_PROTOCOL_TLS1 | WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_1 |
-                      WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2;
+    DWORD protocols =
+        WINHTTP_FLAG_SECURE_PROTOCOL_TLS1 | WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_1 | WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2;
     WinHttpSetOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols);
 }
 

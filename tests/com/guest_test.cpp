@@ -135,14 +135,15 @@ class Timer {
   public:
     Timer(unsigned milliseconds, std::function<void()> action) {
         Action() = std::move(action);
-        SetTimer(nullptr, 0, milliseconds, [](HWND, UINT, UINT_PTR id, DWORD) {
-            KillTimer(nullptr, id);
-            if (const auto run = std::exchange(Action(), nullptr)) run();
-        });
+        SetTimer(nullptr, 0, milliseconds, Tick);
     }
     static bool Fired() { return Action() == nullptr; }
 
   private:
+    static void CALLBACK Tick(HWND, UINT, UINT_PTR id, DWORD) {
+        KillTimer(nullptr, id);
+        if (const auto run = std::exchange(Action(), nullptr)) run();
+    }
     static std::function<void()>& Action() {
         static std::function<void()> action;
         return action;

@@ -103,7 +103,7 @@ TEST(SampleTest, EveryKeyIsFoundThroughItsIndexAndNoDeletedOneIs) {
         cursor.Current().Get(1);
         EXPECT_FALSE(cursor.Next());
         // The longest memo is stored over several pages of its own.
-        if (row[2].size() < 4000) most = std::max<std::size_t>(most, db.PagesRead());
+        if (row[2].size() < 4000) most = std::max(most, static_cast<std::size_t>(db.PagesRead()));
     }
     EXPECT_LE(most, 12U);
     const std::map<std::string, std::pair<const char*, const char*>> places = {

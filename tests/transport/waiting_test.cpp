@@ -41,8 +41,12 @@ TEST_F(WaitingTest, ADeadNetworkFailsAtOnce) {
         connection.Reset();
     });
     const std::wstring refused = L"http://127.0.0.1:" + std::to_wstring(ClosedPort()) + L"/";
-    const std::wstring urls[] = {refused, server.Url(L"/reset"), server.Url(L"/half"), server.Url(L"/noise"),
-                                 L"https" + refused.substr(4), L"http://no-such-host.invalid/"};
+    const std::wstring urls[] = {refused,
+                                 server.Url(L"/reset"),
+                                 server.Url(L"/half"),
+                                 server.Url(L"/noise"),
+                                 L"https" + refused.substr(4),
+                                 L"http://no-such-host.invalid/"};
     for (const std::wstring& url : urls) {
         const double taken = Milliseconds([&] { EXPECT_EQ(Get(url), L"TimeOut") << url; });
         EXPECT_LT(taken, 5000) << url;
@@ -138,15 +142,16 @@ TEST_F(WaitingTest, WaitingCostsNoProcessorTime) {
     }).join();
 }
 
+LRESULT CALLBACK NeverPaint(HWND window, UINT message, WPARAM w, LPARAM l) {
+    return message == WM_PAINT ? 0 : DefWindowProcW(window, message, w, l);
+}
+
 TEST_F(WaitingTest, AnEndlessRepaintDoesNotHideTheLimit) {
     const SocketServer server(NeverAnswer);
     const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50, nullptr, nullptr,
                                         GetModuleHandleW(nullptr), nullptr);
     ASSERT_NE(window, nullptr);
-    const WNDPROC never = [](HWND handle, UINT message, WPARAM w, LPARAM l) -> LRESULT {
-        return message == WM_PAINT ? 0 : DefWindowProcW(handle, message, w, l);
-    };
-    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(never));
+    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(NeverPaint));
     InvalidateRect(window, nullptr, FALSE);
     const double taken = Milliseconds([&] { EXPECT_EQ(Get(server.Url(L"/"), kShortLimit), L"TimeOut"); });
     EXPECT_LT(taken, kShortLimit * 1000 + kSoon);

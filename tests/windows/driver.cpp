@@ -68,24 +68,30 @@ HostThread::~HostThread() {
     thread_.join();
 }
 
+namespace {
+
+struct Search {
+    const std::wstring& caption;
+    HWND found;
+};
+
+BOOL CALLBACK LookAt(HWND window, LPARAM data) {
+    auto& search = *reinterpret_cast<Search*>(data);
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process != GetCurrentProcessId() || !IsWindowVisible(window) || TextOf(window) != search.caption) return TRUE;
+    wchar_t name[16]{};
+    GetClassNameW(window, name, 16);
+    if (std::wstring(name) != L"#32770") return TRUE; // not the window behind a message box
+    search.found = window;
+    return FALSE;
+}
+
+} // namespace
+
 HWND FindVisibleWindow(const std::wstring& caption) {
-    struct Search {
-        const std::wstring& caption;
-        HWND found;
-    } wanted{caption, nullptr};
-    EnumWindows(
-        [](HWND window, LPARAM data) noexcept -> BOOL {
-            auto& search = *reinterpret_cast<Search*>(data);
-            DWORD process = 0;
-            GetWindowThreadProcessId(window, &process);
-            if (process != GetCurrentProcessId() || !IsWindowVisible(window) || TextOf(window) != search.caption) return TRUE;
-            wchar_t name[16]{};
-            GetClassNameW(window, name, 16);
-            if (std::wstring(name) != L"#32770") return TRUE; // not the window behind a message box
-            search.found = window;
-            return FALSE;
-        },
-        reinterpret_cast<LPARAM>(&wanted));
+    Search wanted{caption, nullptr};
+    EnumWindows(LookAt, reinterpret_cast<LPARAM>(&wanted));
     return wanted.found;
 }
 
@@ -139,7 +145,7 @@ void TypeKeys(HWND control, const std::wstring& keys) {
 
 void PressKey(HWND control, int virtualKey) {
     PostMessageW(control, WM_KEYDOWN, static_cast<WPARAM>(virtualKey), 1);
-    PostMessageW(control, WM_KEYUP, static_cast<WPARAM>(virtualKey), 0xC0000001);
+    PostMessageW(control, WM_KEYUP, static_cast<WPARAM>(virtualKey), static_cast<LPARAM>(0xC0000001));
 }
 
 void MouseClick(HWND control, POINT client, int times) {

@@ -79,14 +79,16 @@ TEST_F(PickerTest, AHostThatQuitsMeanwhileEndsTheCallAndSeesItsQuitMessage) {
     EXPECT_EQ(exitCode, 42);
 }
 
+void CALLBACK DestroyHost(HWND, UINT, UINT_PTR, DWORD) {
+    DestroyWindow(FindWindowW(L"#32770", L"Host"));
+}
+
 TEST_F(PickerTest, AnOwnerThatGoesAwayTakesTheDialogWithIt) {
     HWND owner = nullptr;
     host = std::make_unique<HostThread>([&] {
         HostWindowOnThread window;
         owner = window.window;
-        const UINT_PTR timer = SetTimer(nullptr, 0, 700, [](HWND, UINT, UINT_PTR, DWORD) noexcept {
-            DestroyWindow(FindWindowW(L"#32770", L"Host"));
-        });
+        const UINT_PTR timer = SetTimer(nullptr, 0, 700, DestroyHost);
         result = SearchForFullAddressWithDialogue(object, L"", kHostCaption, false, false, false);
         KillTimer(nullptr, timer);
     });
@@ -95,20 +97,23 @@ TEST_F(PickerTest, AnOwnerThatGoesAwayTakesTheDialogWithIt) {
     EXPECT_FALSE(IsWindow(owner));
 }
 
+lookup::Quorvex* second;
+bool innerResult;
+
+void CALLBACK OpenSecond(HWND, UINT, UINT_PTR id, DWORD) {
+    KillTimer(nullptr, id);
+    innerResult = SearchForFullAddressWithDialogue(*second, L"", L"Second", false, false, false);
+}
+
 // A host timer may call in again while the first dialog is open, even while it searches.
 TEST_F(PickerTest, ASecondDialogFromAHostTimerNestsAndTheFirstGoesOn) {
-    static lookup::Quorvex* second;
     lookup::Quorvex secondObject(platform);
     secondObject.ServerURL = L"http://s";
     second = &secondObject;
-    static bool innerResult;
     innerResult = true;
     platform.hold = true;
     host = std::make_unique<HostThread>([&] {
-        SetTimer(nullptr, 0, 500, [](HWND, UINT, UINT_PTR id, DWORD) noexcept {
-            KillTimer(nullptr, id);
-            innerResult = SearchForFullAddressWithDialogue(*second, L"", L"Second", false, false, false);
-        });
+        SetTimer(nullptr, 0, 500, OpenSecond);
         result = SearchForFullAddressWithDialogue(object, L"AB1 3CD", kHostCaption, false, false, false);
     });
     Find();
