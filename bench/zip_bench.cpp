@@ -72,7 +72,7 @@ void BM_Extract(benchmark::State& state) {
         zip.Extract(out, true);
         zip.Close();
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kUnpackedSize));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kUnpackedSize));
 }
 BENCHMARK(BM_Extract)->Unit(benchmark::kMillisecond)->UseRealTime();
 
@@ -82,7 +82,7 @@ void BM_UnzipCommand(benchmark::State& state) {
     for (auto _ : state) {
         if (std::system(command.c_str()) != 0) state.SkipWithError("unzip failed");
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kUnpackedSize));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kUnpackedSize));
 }
 BENCHMARK(BM_UnzipCommand)->Unit(benchmark::kMillisecond)->UseRealTime();
 
@@ -104,7 +104,7 @@ void BM_ZlibAlone(benchmark::State& state) {
         inflateEnd(&stream);
         benchmark::DoNotOptimize(plain.data());
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kUnpackedSize));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kUnpackedSize));
 }
 BENCHMARK(BM_ZlibAlone)->Unit(benchmark::kMillisecond)->UseRealTime();
 
