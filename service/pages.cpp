@@ -38,7 +38,7 @@ std::wstring PercentEncoded(const std::wstring& text) {
     return encoded;
 }
 
-std::wstring Filled(std::wstring address, std::wstring_view placeholder, const std::wstring& value) {
+std::wstring Filled(const std::wstring& address, std::wstring_view placeholder, const std::wstring& value) {
     return support::ReplaceAll(address, placeholder, PercentEncoded(value));
 }
 

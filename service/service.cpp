@@ -42,7 +42,7 @@ void SendFile(const std::filesystem::path& path, const std::string& type, httpli
         return;
     }
     if (size == 0) {
-        response.set_content("", 0, type.c_str());
+        response.set_content("", 0, type);
         return;
     }
     response.set_content_provider(size, type, [file](std::size_t offset, std::size_t length, httplib::DataSink& sink) {

@@ -31,7 +31,7 @@ bool IsReservedDevice(std::wstring_view name) {
 std::wstring DecodeEntryName(std::string_view bytes, bool isUtf8) {
     const bool ascii = std::all_of(bytes.begin(), bytes.end(), [](char c) { return (c & 0x80) == 0; });
     if (ascii) return std::wstring(bytes.begin(), bytes.end());
-    const std::wstring text = isUtf8 ? support::FromUtf8(bytes) : std::wstring();
+    std::wstring text = isUtf8 ? support::FromUtf8(bytes) : std::wstring();
     // Damaged UTF-8 comes out with replacement characters; two such names could then be one file.
     if (text.empty() || text.find(L'\ufffd') != std::wstring::npos) {
         throw support::Error(kErrorArchive, L"A file name in the archive cannot be read");

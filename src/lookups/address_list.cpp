@@ -78,7 +78,7 @@ std::wstring GetFullAddressLineForSelection(lookup::Quorvex& object) {
         const std::wstring element = list.TakeBetween(L"<record>", L"</record>");
         // Also at the end of the list, so that the position behind the last line selects nothing.
         list.SetIdentifier(static_cast<std::size_t>(list.HandedOut()), lookup::ReadElement(element, L"id"));
-        const std::wstring line(support::Trim(lookup::ReadElement(element, L"line")));
+        std::wstring line(support::Trim(lookup::ReadElement(element, L"line")));
         if (element.empty() || list.HandedOut() > kLastLine) return {};
         list.CountHandedOut();
         return line;

@@ -24,8 +24,8 @@ void WriteTextFile(const std::wstring& path, std::wstring_view text);
 // Whole contents. Throw Error when the file cannot be opened, read or written.
 std::string ReadFileBytes(const std::wstring& path);
 void WriteFileBytes(const std::wstring& path, std::string_view bytes);
-// A file held for appending: while it lives nobody else can hold the same file so, in this process or another. The file may
-// be read and renamed meanwhile.
+// A file held for appending: while it lives nobody else can hold the same file so, in this process or another. The file
+// may be read and renamed meanwhile.
 class FileHold {
   public:
     // create: an absent file is made; without it an absent file is not held.

@@ -41,13 +41,11 @@ std::wstring Column(std::wstring_view text) {
 
 void AppendLine(const Platform& platform, const std::wstring& baseName, const std::wstring& line) {
     const std::wstring folder = Process().dataPath;
+    const std::wstring file = folder + L"\\" + baseName + L"1.log";
     const std::string bytes = ToUtf8(line) + "\r\n";
     for (int failures = 0; failures <= kRetries; ++failures) {
         if (failures > 0) platform.SleepMilliseconds(kRetryMilliseconds);
-        if (RotateLog(folder, baseName, kLogRotationBytes) &&
-            FileHold(folder + L"\\" + baseName + L"1.log", true).Append(bytes)) {
-            return;
-        }
+        if (RotateLog(folder, baseName, kLogRotationBytes) && FileHold(file, true).Append(bytes)) return;
     }
 }
 
@@ -56,7 +54,8 @@ void AppendLine(const Platform& platform, const std::wstring& baseName, const st
 bool RotateLog(const std::wstring& folder, const std::wstring& baseName, std::int32_t maxBytes) {
     const auto generation = [&](int n) { return folder + L"\\" + baseName + std::to_wstring(n) + L".log"; };
     if (FileSize(generation(1)) <= maxBytes) return true;
-    // Another process may be rotating the same log: only who holds the current file rotates, and only if it is still too large.
+    // Another process may be rotating the same log: only who holds the current file rotates, and only if it is still
+    // too large.
     const FileHold hold(generation(1), false);
     if (!hold) return false;
     if (FileSize(generation(1)) <= maxBytes) return true;

@@ -24,8 +24,8 @@ void LogToFile(const Platform& platform, const std::wstring& baseName, const std
 // Describes the error, or the message instead when it is not empty.
 void LogError(const Platform& platform, const Error& error, const std::wstring& message = {},
               std::initializer_list<std::wstring> values = {}) noexcept;
-// Moves baseName1.log to baseName2.log and so on when it is larger than maxBytes. False when it should be moved and cannot,
-// because somebody else has it open.
+// Moves baseName1.log to baseName2.log and so on when it is larger than maxBytes. False when it should be moved and
+// cannot, because somebody else has it open.
 bool RotateLog(const std::wstring& folder, const std::wstring& baseName, std::int32_t maxBytes);
 
 } // namespace quorvex::support

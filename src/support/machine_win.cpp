@@ -46,10 +46,12 @@ std::wstring DataAccessVersion() {
     constexpr wchar_t kKey[] = L"SOFTWARE\\Microsoft\\DataAccess";
     constexpr wchar_t kValue[] = L"Version";
     DWORD bytes = 0;
-    if (RegGetValueW(HKEY_LOCAL_MACHINE, kKey, kValue, RRF_RT_REG_SZ, nullptr, nullptr, &bytes) != ERROR_SUCCESS) return {};
+    if (RegGetValueW(HKEY_LOCAL_MACHINE, kKey, kValue, RRF_RT_REG_SZ, nullptr, nullptr, &bytes) != ERROR_SUCCESS)
+        return {};
     std::vector<wchar_t> text(bytes / sizeof(wchar_t) + 1, L'\0');
     bytes = static_cast<DWORD>((text.size() - 1) * sizeof(wchar_t));
-    if (RegGetValueW(HKEY_LOCAL_MACHINE, kKey, kValue, RRF_RT_REG_SZ, nullptr, text.data(), &bytes) != ERROR_SUCCESS) return {};
+    if (RegGetValueW(HKEY_LOCAL_MACHINE, kKey, kValue, RRF_RT_REG_SZ, nullptr, text.data(), &bytes) != ERROR_SUCCESS)
+        return {};
     return text.data();
 }
 
@@ -69,8 +71,7 @@ WindowsVersion SystemVersionNumbers() {
     // GetVersionEx tells hosts without a manifest entry an old version; the kernel's own answer has no such mercy.
     using Call = LONG(WINAPI*)(OSVERSIONINFOW*);
     const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
-    void* const address =
-        ntdll == nullptr ? nullptr : reinterpret_cast<void*>(GetProcAddress(ntdll, "RtlGetVersion"));
+    void* const address = ntdll == nullptr ? nullptr : reinterpret_cast<void*>(GetProcAddress(ntdll, "RtlGetVersion"));
     OSVERSIONINFOW info{};
     info.dwOSVersionInfoSize = sizeof info;
     if (address == nullptr || reinterpret_cast<Call>(address)(&info) != 0) return {};

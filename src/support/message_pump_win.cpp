@@ -54,10 +54,14 @@ WaitResult WaitForEitherOrMessages(HANDLE first, HANDLE second, DWORD millisecon
     const DWORD result =
         MsgWaitForMultipleObjectsEx(kCount, handles.data(), milliseconds, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
     switch (result) {
-    case WAIT_OBJECT_0: return WaitResult::First;
-    case WAIT_OBJECT_0 + 1: return WaitResult::Second;
-    case WAIT_OBJECT_0 + kCount: return WaitResult::Messages;
-    default: return WaitResult::TimedOut;
+    case WAIT_OBJECT_0:
+        return WaitResult::First;
+    case WAIT_OBJECT_0 + 1:
+        return WaitResult::Second;
+    case WAIT_OBJECT_0 + kCount:
+        return WaitResult::Messages;
+    default:
+        return WaitResult::TimedOut;
     }
 }
 

@@ -4,8 +4,8 @@
 
 namespace quorvex::support {
 
-// The window message queue of the calling thread, run while the component waits. WM_QUIT is never swallowed: it is posted again
-// for the host's own loop and reported.
+// The window message queue of the calling thread, run while the component waits. WM_QUIT is never swallowed: it is
+// posted again for the host's own loop and reported.
 
 // The dialog that is modal on this thread: while it is set, its Tab, Enter and Esc keys work during a wait, too. Nests.
 class ModalDialogScope {

@@ -39,9 +39,9 @@ void SortRange(std::vector<T>& items, std::ptrdiff_t low, std::ptrdiff_t high, L
 
 } // namespace detail
 
-// Sorts the entries from low to high (0-based, both included) in place by quicksort with a pivot chosen at random. Equal entries
-// are set aside in one pass, so that a million of them cost no more than others. An empty range (high below low) and positions
-// outside the entries do nothing.
+// Sorts the entries from low to high (0-based, both included) in place by quicksort with a pivot chosen at random.
+// Equal entries are set aside in one pass, so that a million of them cost no more than others. An empty range (high
+// below low) and positions outside the entries do nothing.
 template <typename T, typename Less = std::less<T>>
 void QuickSort(std::vector<T>& items, std::ptrdiff_t low, std::ptrdiff_t high, Less less = {}) {
     if (low < 0 || high >= static_cast<std::ptrdiff_t>(items.size()) || low >= high) return;

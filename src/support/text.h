@@ -42,8 +42,8 @@ std::wstring NextField(std::wstring& list, std::wstring_view separator, bool rem
 std::wstring CleanLogText(std::wstring_view text);
 
 // --- Numbers ---------------------------------------------------------------------------------------------------------
-// Shortest decimal text that reads back to the same double, with a point, whatever the locale; an exponent only below 1e-7 and
-// from 1e21.
+// Shortest decimal text that reads back to the same double, with a point, whatever the locale; an exponent only below
+// 1e-7 and from 1e21.
 std::wstring NumberText(double number);
 // A whole text as a number, outer blanks allowed; throws Error (type mismatch) when it is none.
 double ParseNumber(std::wstring_view text);

@@ -1,5 +1,7 @@
 #include "web/download_progress.h"
 
+#include <cmath>
+
 namespace quorvex::web {
 namespace {
 
@@ -21,7 +23,7 @@ std::wstring DownloadProgressText(const std::wstring& fileName, std::uint64_t do
     const wchar_t* const name = large ? L" Mb " : L" Kb ";
     const double share = total == 0 ? 100.0 : 100.0 * static_cast<double>(done) / static_cast<double>(total);
     return L"Get file: " + fileName + L"\r\n" + Grouped(done, unit) + name + L"of " + Grouped(total, unit) + name +
-           std::to_wstring(static_cast<int>(share + 0.5)) + L"%";
+           std::to_wstring(std::lround(share)) + L"%";
 }
 
 } // namespace quorvex::web

@@ -89,7 +89,9 @@ class ApplyKill : public ::testing::Test {
         close(ends[0]);
         int status = 0;
         EXPECT_EQ(waitpid(child, &status, 0), child);
-        if (WIFEXITED(status)) EXPECT_EQ(WEXITSTATUS(status), 0) << "the applier itself failed";
+        if (WIFEXITED(status)) {
+            EXPECT_EQ(WEXITSTATUS(status), 0) << "the applier itself failed";
+        }
         return WIFSIGNALED(status);
     }
 

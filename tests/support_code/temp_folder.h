@@ -17,10 +17,11 @@ class TempFolder {
   public:
     TempFolder() {
         static std::atomic<int> count{0};
-        const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-        folder_ =
-            std::filesystem::temp_directory_path() / ("quorvex-" + std::to_string(now) + "-" + std::to_string(++count));
-        std::filesystem::create_directories(folder_);
+        do { // two processes may look at the clock at the same moment
+            const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+            const std::string name = "quorvex-" + std::to_string(now) + "-" + std::to_string(++count);
+            folder_ = std::filesystem::temp_directory_path() / name;
+        } while (!std::filesystem::create_directory(folder_));
     }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;

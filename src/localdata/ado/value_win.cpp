@@ -17,7 +17,10 @@ Value Narrowed(double number) {
 
 struct ToVariantOf {
     Variant operator()(std::monostate) const { return Variant::Null(); }
-    template <typename T> Variant operator()(const T& value) const { return Variant(value); }
+    template <typename T>
+    Variant operator()(const T& value) const {
+        return Variant(value);
+    }
 };
 
 } // namespace

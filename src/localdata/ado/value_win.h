@@ -5,8 +5,9 @@
 
 namespace quorvex::localdata::ado {
 
-// A field's VARIANT as a column value: NULL and empty alike, whole numbers of any width that fit in 32 bits, wider numbers,
-// currency, decimals and dates (in days, as automation counts them) as a number. Throws support::Error for any other type.
+// A field's VARIANT as a column value: NULL and empty alike, whole numbers of any width that fit in 32 bits, wider
+// numbers, currency, decimals and dates (in days, as automation counts them) as a number. Throws support::Error for any
+// other type.
 Value FromVariant(const support::Variant& value);
 support::Variant ToVariant(const Value& value);
 
