@@ -23,14 +23,7 @@ constexpr DWORD kPieceBytes = 65536;
 // What the callback and the waiting side share. It lives until both are done with it: the system may still write into
 // the buffer after the waiting side has given up.
 struct HttpRequest::State {
-    State() : stepDone(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {
-        if (stepDone == nullptr) Fail(L"Cannot create an event");
-    }
-    ~State() { CloseHandle(stepDone); }
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
-
-    const HANDLE stepDone;
+    StepSignal done;
     std::atomic<DWORD> error{0};
     std::atomic<DWORD> available{kPieceBytes}; // what the next Read may wait for
     std::atomic<DWORD> pieceBytes{0};
@@ -109,7 +102,7 @@ void CALLBACK HttpRequest::OnStatus(HINTERNET, DWORD_PTR context, DWORD status, 
     default:
         return;
     }
-    SetEvent(state.stepDone);
+    state.done.Raise();
 }
 
 bool HttpRequest::Started(BOOL ok) {
@@ -118,26 +111,30 @@ bool HttpRequest::Started(BOOL ok) {
 }
 
 bool HttpRequest::Send() {
+    state_->done.Clear();
     return Started(
         WinHttpSendRequest(request_, WINHTTP_NO_ADDITIONAL_HEADERS, 0, WINHTTP_NO_REQUEST_DATA, 0, 0, context_));
 }
 
 bool HttpRequest::ReceiveResponse() {
+    state_->done.Clear();
     return Started(WinHttpReceiveResponse(request_, nullptr));
 }
 
 bool HttpRequest::AwaitData() {
+    state_->done.Clear();
     return Started(WinHttpQueryDataAvailable(request_, nullptr));
 }
 
 bool HttpRequest::Read() {
+    state_->done.Clear();
     state_->pieceBytes = 0;
     const DWORD bytes = std::clamp<DWORD>(state_->available, 1, kPieceBytes);
     return Started(WinHttpReadData(request_, state_->piece.data(), bytes, nullptr));
 }
 
-HANDLE HttpRequest::StepDone() const {
-    return state_->stepDone;
+StepSignal& HttpRequest::StepDone() {
+    return state_->done;
 }
 
 DWORD HttpRequest::Error() const {

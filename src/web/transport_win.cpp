@@ -17,6 +17,7 @@ namespace {
 
 constexpr wchar_t kTimeOut[] = L"TimeOut";
 constexpr double kDaySeconds = 86400;
+constexpr DWORD kUnnoticedMilliseconds = 3;
 // What a 32-bit host can hold several times over; no service page comes near it.
 constexpr std::size_t kReplyLimitBytes = 128U * 1024 * 1024;
 
@@ -136,19 +137,17 @@ bool Transport::RunMessages(const Deadline& deadline) {
 }
 
 bool Transport::Finish(HttpRequest& request, bool started, const Deadline& deadline) {
-    while (started && !cancelRequested_ && !deadline.Passed()) {
+    if (!started) return false;
+    // Most steps are done before anybody could notice that no message was handled.
+    StepSignal& done = request.StepDone();
+    if (done.WaitBriefly(kUnnoticedMilliseconds)) return request.Error() == 0;
+    while (!cancelRequested_ && !deadline.Passed()) {
         const DWORD milliseconds = static_cast<DWORD>(deadline.MillisecondsToSleep());
-        switch (support::WaitForEitherOrMessages(request.StepDone(), wake_, milliseconds)) {
-        case support::WaitResult::First:
-            return request.Error() == 0;
-        case support::WaitResult::Messages:
-            // One at a time: the message may be the click on STOP, and nothing may come after it.
-            if (support::PumpOneMessage() == support::PumpResult::Quit) return false;
-            break;
-        case support::WaitResult::Second:
-        case support::WaitResult::TimedOut:
-            break;
-        }
+        const support::WaitResult result = support::WaitForEitherOrMessages(done.Event(), wake_, milliseconds);
+        if (done.Raised()) return request.Error() == 0;
+        // One at a time: the message may be the click on STOP, and nothing may come after it.
+        if (result == support::WaitResult::Messages && support::PumpOneMessage() == support::PumpResult::Quit)
+            return false;
     }
     return false;
 }
