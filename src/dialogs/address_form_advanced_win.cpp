@@ -11,7 +11,7 @@ namespace {
 // Posted to the dialog itself: what a control reports is acted on when the control is done with it.
 constexpr UINT kPlaceChosen = WM_APP + 1;  // wParam: field
 constexpr UINT kPlaceLeft = WM_APP + 2;    // wParam: field
-constexpr UINT kPickFromTree = WM_APP + 3; // the selected node was clicked
+constexpr UINT kNodePicked = WM_APP + 3; // the selected node was clicked
 
 constexpr wchar_t kFormProperty[] = L"QuorvexForm";
 constexpr wchar_t kProcedureProperty[] = L"QuorvexProcedure";
@@ -52,6 +52,7 @@ void frmAddress::ShowTree(const std::wstring& instruction) {
 
 void frmAddress::Command11_Click() {
     if (advSearch_.Busy()) AddressObj.platform.StopRequest();
+    SetInstruction(SendMessageW(c_.AddressList, LB_GETCOUNT, 0, 0) > 0 ? kPickAddress : kEnterPostcode);
     ShowView(View::Postcode);
     SetFocus(c_.InpPostcode);
 }
@@ -129,7 +130,7 @@ std::optional<LRESULT> frmAddress::Message(UINT message, WPARAM wParam, LPARAM l
     case kPlaceLeft:
         if (InCriteria()) CheckPlaceLeft(static_cast<int>(wParam));
         return 0;
-    case kPickFromTree:
+    case kNodePicked:
         if (InResults()) advSearch_.SelectFromTree();
         return 0;
     default: return std::nullopt;
@@ -149,13 +150,13 @@ LRESULT frmAddress::TreeNotify(const NMHDR& header) {
         const HTREEITEM item = TreeView_HitTest(c_.AdvResultsTree, &hit);
         if (item == nullptr || (hit.flags & TVHT_ONITEM) == 0) return 0;
         TreeView_SelectItem(c_.AdvResultsTree, item);
-        PostMessageW(Window(), kPickFromTree, 0, 0);
+        PostMessageW(Window(), kNodePicked, 0, 0);
         return 0;
     }
     case static_cast<UINT>(TVN_KEYDOWN):
         // Enter does nothing here; the space bar picks the node for those who work without a mouse.
         if (reinterpret_cast<const NMTVKEYDOWN&>(header).wVKey != VK_SPACE) return 0;
-        PostMessageW(Window(), kPickFromTree, 0, 0);
+        PostMessageW(Window(), kNodePicked, 0, 0);
         return 1;
     default: return 0;
     }

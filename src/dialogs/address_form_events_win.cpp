@@ -10,7 +10,6 @@ namespace quorvex::dialogs {
 namespace {
 
 constexpr wchar_t kFoundNothing[] = L" - Found nothing!";
-constexpr wchar_t kDoubleClick[] = L"Please double click on address to select";
 
 // What an earlier search left at the caption's end does not pile up.
 std::wstring WithoutFoundNothing(std::wstring caption) {
@@ -236,7 +235,7 @@ void frmAddress::FillAddressList() {
     SendMessageW(c_.AddressList, WM_SETREDRAW, TRUE, 0);
     InvalidateRect(c_.AddressList, nullptr, TRUE);
     ShowBuyMoreButton();
-    SetInstruction(kDoubleClick);
+    SetInstruction(kPickAddress);
 }
 
 void frmAddress::ShowBuyMoreButton() {

@@ -8,10 +8,21 @@ namespace {
 constexpr int kLoadWidthTwips = 5625;
 constexpr int kLoadHeightTwips = 7275;
 constexpr DWORD kStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME;
-constexpr wchar_t kEnterPostcode[] = L"Please enter Postcode and press the [Find] Button";
 constexpr wchar_t kTip[] = L"Enter post code or words in address, and optionally enter house NO/Name 'PE13 2QL,8' for NO 8";
 constexpr wchar_t kHelp[] = L"Help?";
 constexpr wchar_t kDownload[] = L"Download Updated Lists";
+
+int Brightness(COLORREF colour) {
+    return (GetRValue(colour) * 299 + GetGValue(colour) * 587 + GetBValue(colour) * 114) / 1000;
+}
+
+// The system's link colour where it can be read on a dialog: some themes leave it as faint as the background.
+COLORREF LinkColour() {
+    constexpr int kReadable = 90;
+    const COLORREF link = GetSysColor(COLOR_HOTLIGHT);
+    const int contrast = Brightness(link) - Brightness(GetSysColor(COLOR_3DFACE));
+    return contrast > kReadable || contrast < -kReadable ? link : GetSysColor(COLOR_BTNTEXT);
+}
 
 } // namespace
 
@@ -69,6 +80,7 @@ void frmAddress::CreateCriteriaControls() {
     c_.BottomWarning = AddLabel(L"", kBottomWarning, SS_NOPREFIX);
     // A field rather than a label: a long summary can be scrolled and copied.
     c_.CriteriaLabel = Add(WC_EDITW, L"Summary", ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL, kCriteriaLabel);
+    SendMessageW(c_.CriteriaLabel, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
     c_.ADVSearchLoadNewLists = AddButton(kDownload, kADVSearchLoadNewLists);
     c_.DownloadNewList = AddButton(kDownload, kDownloadNewList);
     c_.Label10 = AddButton(kHelp, kLabel10, BS_OWNERDRAW);
@@ -155,7 +167,6 @@ void frmAddress::ShowControls() {
 
 void frmAddress::SetInstruction(const std::wstring& text) {
     SetText(c_.Label2, text);
-    LayoutNow();
 }
 
 void frmAddress::ShowSectionWarnings(bool criteria, bool place) {
@@ -257,7 +268,7 @@ void frmAddress::LayoutPostcode(int width, int height) {
     Place(c_.InpPostcode, edit, y + (row - u.EditHeight()) / 2, width - u.Margin() - find - u.Gap() - edit, u.EditHeight());
     Place(c_.Command2, width - u.Margin() - find, y + (row - u.ButtonHeight()) / 2, find, u.ButtonHeight());
     y += row + u.Gap();
-    const int instruction = u.WrappedHeight(TextOf(c_.Label2), inner);
+    const int instruction = std::max(u.WrappedHeight(kEnterPostcode, inner), u.WrappedHeight(kPickAddress, inner));
     Place(c_.Label2, u.Margin(), y, inner, instruction);
     y += instruction + u.SmallGap();
     const int buttons =
@@ -268,7 +279,8 @@ void frmAddress::LayoutPostcode(int width, int height) {
 void frmAddress::LayoutResults(int width, int height) {
     const Metrics& u = Units();
     const int inner = width - 2 * u.Margin();
-    const int instruction = u.WrappedHeight(TextOf(c_.Label2), inner);
+    // Room for either text: the tree must not move under the user's double click.
+    const int instruction = std::max(u.WrappedHeight(kPickFromTree, inner), u.WrappedHeight(kPickLine, inner));
     Place(c_.Label2, u.Margin(), u.Margin(), inner, instruction);
     const int y = u.Margin() + instruction + u.SmallGap();
     const int buttons = PlaceButtons({c_.ADVSearchButton, c_.DownloadNewList}, {c_.Command11}, width, height);
@@ -344,7 +356,7 @@ LRESULT frmAddress::DrawHelpLink(const DRAWITEMSTRUCT& item) const {
     FillRect(item.hDC, &box, GetSysColorBrush(COLOR_3DFACE));
     const HGDIOBJ before = SelectObject(item.hDC, Units().LinkFont());
     SetBkMode(item.hDC, TRANSPARENT);
-    SetTextColor(item.hDC, GetSysColor(COLOR_HOTLIGHT));
+    SetTextColor(item.hDC, LinkColour());
     DrawTextW(item.hDC, kHelp, -1, &box, DT_SINGLELINE | DT_CENTER | DT_VCENTER);
     SelectObject(item.hDC, before);
     if ((item.itemState & ODS_FOCUS) != 0) DrawFocusRect(item.hDC, &item.rcItem);

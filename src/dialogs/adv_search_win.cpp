@@ -194,7 +194,7 @@ void AdvSearch::ShowResults() {
     }
     SendMessageW(tree, WM_SETREDRAW, TRUE, 0);
     if (!items.empty()) TreeView_SelectSetFirstVisible(tree, static_cast<HTREEITEM>(items.front()));
-    dialog_.ShowTree(L"Please double click on Building Name/Number to select address");
+    dialog_.ShowTree(kPickFromTree);
 }
 
 void AdvSearch::AddNode(std::vector<void*>& items, std::size_t position) {
@@ -219,7 +219,7 @@ void AdvSearch::SelectFromTree() {
     const std::size_t position = static_cast<std::size_t>(item.lParam);
     if (position >= nodes_.size()) return;
     if (nodes_[position].heading) {
-        dialog_.SetInstruction(L"Please select lines below to get address...");
+        dialog_.SetInstruction(kPickLine);
         return;
     }
     const BusyScope busy(busy_);

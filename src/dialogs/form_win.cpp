@@ -23,7 +23,7 @@ struct EmptyTemplate {
 void LoadControlClasses() {
     INITCOMMONCONTROLSEX classes{};
     classes.dwSize = sizeof classes;
-    classes.dwICC = ICC_STANDARD_CLASSES | ICC_TREEVIEW_CLASSES | ICC_BAR_CLASSES;
+    classes.dwICC = ICC_STANDARD_CLASSES | ICC_TREEVIEW_CLASSES | ICC_BAR_CLASSES | ICC_PROGRESS_CLASS;
     InitCommonControlsEx(&classes);
 }
 

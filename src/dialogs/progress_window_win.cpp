@@ -1,16 +1,30 @@
 #include "dialogs/progress_window_win.h"
 
+#include "support/text.h"
 #include "support/window_helpers_win.h"
+
+#include <algorithm>
 
 namespace quorvex::dialogs {
 namespace {
 
-enum Id : int { kLabel = 100, kCommand1 = IDCANCEL };
+enum Id : int { kLabel = 100, kBar = 101, kCommand1 = IDCANCEL };
 constexpr int kWidth = 380; // pixels at 96 DPI
 constexpr int kTextLines = 2;
+constexpr int kBarHeight = 14;
 constexpr wchar_t kCancelCaption[] = L"&Cancel";
 
 } // namespace
+
+std::optional<int> PercentOf(std::wstring_view text) {
+    text = support::Trim(text);
+    if (!text.ends_with(L'%')) return std::nullopt;
+    text.remove_suffix(1);
+    const std::size_t digits = text.find_last_not_of(L"0123456789") + 1;
+    const std::wstring number(text.substr(digits));
+    if (number.empty() || number.size() > 3) return std::nullopt;
+    return std::min(std::stoi(number), 100);
+}
 
 void frmInternetAccessForm::Open(const std::wstring& caption, const std::wstring& text) {
     const HWND host = HostWindow();
@@ -33,7 +47,11 @@ void frmInternetAccessForm::SetProgress(const std::wstring& caption, const std::
         AllowCancel(cancelAllowed_);
     }
     SetText(label_, text);
+    const std::optional<int> percent = PercentOf(text);
+    Show(bar_, percent.has_value());
+    SendMessageW(bar_, PBM_SETPOS, static_cast<WPARAM>(percent.value_or(0)), 0);
     UpdateWindow(label_); // long work may let no messages run before its next step
+    UpdateWindow(bar_);
 }
 
 void frmInternetAccessForm::AllowCancel(bool allowed) {
@@ -50,19 +68,23 @@ void frmInternetAccessForm::CloseForm() {
 
 void frmInternetAccessForm::CreateControls() {
     label_ = AddLabel(L"", kLabel, SS_NOPREFIX);
+    bar_ = Add(PROGRESS_CLASSW, L"", PBS_SMOOTH, kBar);
+    Show(bar_, false);
     Command1 = AddButton(kCancelCaption, kCommand1);
 }
 
 SIZE frmInternetAccessForm::ClientSize() {
     const Metrics& u = Units();
-    return {u.Scale(kWidth), 2 * u.Margin() + kTextLines * u.LineHeight() + u.Gap() + u.ButtonHeight()};
+    return {u.Scale(kWidth), 2 * u.Margin() + kTextLines * u.LineHeight() + 2 * u.Gap() + u.Scale(kBarHeight) + u.ButtonHeight()};
 }
 
 void frmInternetAccessForm::Layout(int width, int height) {
     const Metrics& u = Units();
     const int buttonWidth = u.ButtonWidth(kCancelCaption);
     const int buttons = height - u.Margin() - u.ButtonHeight();
-    Place(label_, u.Margin(), u.Margin(), width - 2 * u.Margin(), buttons - u.Gap() - u.Margin());
+    const int inner = width - 2 * u.Margin();
+    Place(label_, u.Margin(), u.Margin(), inner, kTextLines * u.LineHeight());
+    Place(bar_, u.Margin(), buttons - u.Gap() - u.Scale(kBarHeight), inner, u.Scale(kBarHeight));
     Place(Command1, width - u.Margin() - buttonWidth, buttons, buttonWidth, u.ButtonHeight());
 }
 

@@ -5,11 +5,16 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace quorvex::dialogs {
 
-// The visible part of the internet access window: one line on how far a download is, and Command1 to cancel it.
+// The whole per cent that a progress text ends with ("... 42%"); nothing without one.
+std::optional<int> PercentOf(std::wstring_view text);
+
+// The visible part of the internet access window: how far a download is, as text and as a bar, and Command1 to cancel it.
 class frmInternetAccessForm final : public Form {
   public:
     frmInternetAccessForm(support::Platform& platform, std::function<void()> onCancel, int dpi = 0)
@@ -39,6 +44,7 @@ class frmInternetAccessForm final : public Form {
     bool cancelAllowed_ = true;
     bool cancelRequested_ = false;
     HWND label_ = nullptr;
+    HWND bar_ = nullptr; // shown while the text says a share
     HWND Command1 = nullptr;
 };
 

@@ -15,6 +15,10 @@ inline constexpr wchar_t kCaptionStopped[] = L"Stopped... Problems with internet
 inline constexpr wchar_t kCaptionFetching[] = L"Getting Address Record from Server...";
 inline constexpr wchar_t kCaptionDownloading[] = L"Downloading Data, please wait...";
 inline constexpr wchar_t kCaptionOpeningHelp[] = L"Opening Help, Please wait....";
+inline constexpr wchar_t kEnterPostcode[] = L"Please enter Postcode and press the [Find] Button";
+inline constexpr wchar_t kPickAddress[] = L"Please double click on address to select";
+inline constexpr wchar_t kPickFromTree[] = L"Please double click on Building Name/Number to select address";
+inline constexpr wchar_t kPickLine[] = L"Please select lines below to get address...";
 inline constexpr wchar_t kErrorTitle[] = L"Quorvex Lookup";
 
 enum class View { Postcode, Criteria, Results };

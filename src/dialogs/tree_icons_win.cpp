@@ -77,7 +77,7 @@ void TreeIcons::Make(int pixels) {
     if (list_ != nullptr) ImageList_Destroy(list_);
     list_ = ImageList_Create(pixels, pixels, ILC_COLOR32, 2, 0);
     const COLORREF paper = GetSysColor(COLOR_WINDOW);
-    const std::array<HBITMAP, 2> icons = {Draw(&MapPin, pixels, GetSysColor(COLOR_HOTLIGHT), paper),
+    const std::array<HBITMAP, 2> icons = {Draw(&MapPin, pixels, GetSysColor(COLOR_HIGHLIGHT), paper),
                                           Draw(&House, pixels, GetSysColor(COLOR_WINDOWTEXT), paper)};
     for (const HBITMAP icon : icons) {
         ImageList_Add(list_, icon, nullptr);

@@ -94,7 +94,8 @@ HRESULT Convert(VARIANT* argument, VARTYPE type, LCID locale, VARIANT* converted
     const HRESULT hr = VariantCopyInd(&plain, argument);
     if (FAILED(hr)) return hr;
     if (type == VT_VARIANT) return VariantCopy(converted, &plain);
-    return VariantChangeTypeEx(converted, &plain, locale, 0, type);
+    // VARIANT_ALPHABOOL: True and False as texts, not -1 and 0.
+    return VariantChangeTypeEx(converted, &plain, locale, VARIANT_ALPHABOOL, type);
 }
 
 // Stores a method's out value in the caller's by-reference argument, in the caller's type.

@@ -1,6 +1,6 @@
 #include "server/module.h"
 
-#include "web/http_request_win.h"
+#include "web/transport_win.h"
 
 namespace quorvex::server {
 namespace {

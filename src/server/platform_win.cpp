@@ -56,7 +56,7 @@ support::UpdateChoice WindowsPlatform::AskUpdateChoice(const std::wstring& capti
 }
 
 void WindowsPlatform::ShowProgress(const std::wstring& caption, const std::wstring& text) {
-    progress_.Show(caption, text);
+    progress_.Show(caption, text, RequestRunning()); // only a download can be cancelled
 }
 
 void WindowsPlatform::HideProgress() {

@@ -1,3 +1,4 @@
+#include "dialogs/address_dialog.h"
 #include "localdata/status.h"
 #include "localdata/update_procedure.h"
 #include "server/quorvex_object.h"
@@ -7,26 +8,37 @@
 
 namespace quorvex::server {
 
-HRESULT QuorvexObject::SearchForFullAddressWithDialogue(BSTR*, BSTR*, VARIANT_BOOL*, VARIANT_BOOL*, VARIANT_BOOL*,
+HRESULT QuorvexObject::SearchForFullAddressWithDialogue(BSTR* PostcodePrima, BSTR* Caption,
+                                                        VARIANT_BOOL* ShowAccountDetails,
+                                                        VARIANT_BOOL* AllowManageAccount, VARIANT_BOOL* DisplayErrors,
                                                         VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
-    return S_OK;
+    return Guard([&] {
+        *result = Boolean(dialogs::SearchForFullAddressWithDialogue(lookup_, Text(PostcodePrima), Text(Caption),
+                                                                    IsTrue(ShowAccountDetails),
+                                                                    IsTrue(AllowManageAccount), IsTrue(DisplayErrors)));
+    });
 }
 
-HRESULT QuorvexObject::SearchForFullAddressWithDialogueAdv(BSTR*, BSTR*, BSTR*, VARIANT_BOOL*, VARIANT_BOOL*,
-                                                           VARIANT_BOOL*, VARIANT_BOOL* result) {
+HRESULT QuorvexObject::SearchForFullAddressWithDialogueAdv(BSTR* PostcodePrima, BSTR* Caption, BSTR* path,
+                                                           VARIANT_BOOL* ShowAccountDetails,
+                                                           VARIANT_BOOL* AllowManageAccount,
+                                                           VARIANT_BOOL* DisplayErrors, VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
-    return S_OK;
+    return Guard([&] {
+        *result = Boolean(dialogs::SearchForFullAddressWithDialogueAdv(
+            lookup_, Text(PostcodePrima), Text(Caption), Text(path), IsTrue(ShowAccountDetails),
+            IsTrue(AllowManageAccount), IsTrue(DisplayErrors)));
+    });
 }
 
 HRESULT QuorvexObject::LMUpdateData(VARIANT_BOOL* InternetIsAvailable, BSTR* Title, VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
     return Guard([&] {
-        const bool internet = ValueOr(InternetIsAvailable, VARIANT_FALSE) != VARIANT_FALSE;
-        *result = Boolean(localdata::LMUpdateData(lookup_, internet, Text(Title)));
+        *result = Boolean(localdata::LMUpdateData(lookup_, IsTrue(InternetIsAvailable), Text(Title)));
     });
 }
 

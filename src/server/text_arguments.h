@@ -36,6 +36,10 @@ inline VARIANT_BOOL Boolean(bool value) {
     return value ? VARIANT_TRUE : VARIANT_FALSE;
 }
 
+inline bool IsTrue(const VARIANT_BOOL* value) {
+    return value != nullptr && *value != VARIANT_FALSE;
+}
+
 template <typename T, typename D>
 T ValueOr(const T* value, D missing) {
     return value == nullptr ? static_cast<T>(missing) : *value;

@@ -8,9 +8,9 @@ namespace quorvex::web {
 // Seconds since midnight, local time.
 using DayClock = std::function<double()>;
 
-// When a waiting request has had its time. The limit is measured with the seconds-since-midnight clock, so a request that
-// crosses midnight does not time out by it: intended. Such a request ends at the latest after kMidnightFactor limits by a clock
-// that only runs forward, so that a dead connection does not hold the host until the next day.
+// When a waiting request has had its time. The limit is measured with the seconds-since-midnight clock, so a request
+// that crosses midnight does not time out by it: intended. Such a request ends at the latest after kMidnightFactor
+// limits by a clock that only runs forward, so that a dead connection does not hold the host until the next day.
 class Deadline {
   public:
     Deadline(DayClock clock, double limitSeconds);

@@ -20,17 +20,10 @@ constexpr DWORD kPieceBytes = 65536;
 
 } // namespace
 
-// What the callback and the waiting side share. It lives until both are done with it: the system may still write into the
-// buffer after the waiting side has given up.
+// What the callback and the waiting side share. It lives until both are done with it: the system may still write into
+// the buffer after the waiting side has given up.
 struct HttpRequest::State {
-    State() : stepDone(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {
-        if (stepDone == nullptr) Fail(L"Cannot create an event");
-    }
-    ~State() { CloseHandle(stepDone); }
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
-
-    const HANDLE stepDone;
+    StepSignal done;
     std::atomic<DWORD> error{0};
     std::atomic<DWORD> available{kPieceBytes}; // what the next Read may wait for
     std::atomic<DWORD> pieceBytes{0};
@@ -44,8 +37,8 @@ HttpRequest::HttpRequest(HINTERNET session, const std::wstring& url, int network
     connection_ = WinHttpConnect(session, address->host.c_str(), address->port, 0);
     if (connection_ == nullptr) Fail(L"Not a host");
     // The target is escaped already; the system's own escaping would go further.
-    const DWORD flags = WINHTTP_FLAG_ESCAPE_DISABLE | WINHTTP_FLAG_ESCAPE_DISABLE_QUERY |
-                        (address->secure ? WINHTTP_FLAG_SECURE : 0U);
+    const DWORD flags =
+        WINHTTP_FLAG_ESCAPE_DISABLE | WINHTTP_FLAG_ESCAPE_DISABLE_QUERY | (address->secure ? WINHTTP_FLAG_SECURE : 0U);
     request_ = WinHttpOpenRequest(connection_, L"GET", address->target.c_str(), nullptr, WINHTTP_NO_REFERER,
                                   WINHTTP_DEFAULT_ACCEPT_TYPES, flags);
     if (request_ == nullptr) {
@@ -67,9 +60,9 @@ void HttpRequest::Configure(int networkMilliseconds) {
     auto context = std::make_unique<std::shared_ptr<State>>(state_);
     context_ = reinterpret_cast<DWORD_PTR>(context.get());
     const bool set = WinHttpSetOption(request_, WINHTTP_OPTION_CONTEXT_VALUE, &context_, sizeof context_) &&
-                     WinHttpSetStatusCallback(
-                         request_, OnStatus, WINHTTP_CALLBACK_FLAG_ALL_COMPLETIONS | WINHTTP_CALLBACK_FLAG_HANDLES,
-                         0) != WINHTTP_INVALID_STATUS_CALLBACK;
+                     WinHttpSetStatusCallback(request_, OnStatus,
+                                              WINHTTP_CALLBACK_FLAG_ALL_COMPLETIONS | WINHTTP_CALLBACK_FLAG_HANDLES,
+                                              0) != WINHTTP_INVALID_STATUS_CALLBACK;
     if (!set) {
         const DWORD error = GetLastError();
         WinHttpCloseHandle(request_);
@@ -109,7 +102,7 @@ void CALLBACK HttpRequest::OnStatus(HINTERNET, DWORD_PTR context, DWORD status, 
     default:
         return;
     }
-    SetEvent(state.stepDone);
+    state.done.Raise();
 }
 
 bool HttpRequest::Started(BOOL ok) {
@@ -118,26 +111,30 @@ bool HttpRequest::Started(BOOL ok) {
 }
 
 bool HttpRequest::Send() {
-    return Started(WinHttpSendRequest(request_, WINHTTP_NO_ADDITIONAL_HEADERS, 0, WINHTTP_NO_REQUEST_DATA, 0, 0,
-                                      context_));
+    state_->done.Clear();
+    return Started(
+        WinHttpSendRequest(request_, WINHTTP_NO_ADDITIONAL_HEADERS, 0, WINHTTP_NO_REQUEST_DATA, 0, 0, context_));
 }
 
 bool HttpRequest::ReceiveResponse() {
+    state_->done.Clear();
     return Started(WinHttpReceiveResponse(request_, nullptr));
 }
 
 bool HttpRequest::AwaitData() {
+    state_->done.Clear();
     return Started(WinHttpQueryDataAvailable(request_, nullptr));
 }
 
 bool HttpRequest::Read() {
+    state_->done.Clear();
     state_->pieceBytes = 0;
     const DWORD bytes = std::clamp<DWORD>(state_->available, 1, kPieceBytes);
     return Started(WinHttpReadData(request_, state_->piece.data(), bytes, nullptr));
 }
 
-HANDLE HttpRequest::StepDone() const {
-    return state_->stepDone;
+StepSignal& HttpRequest::StepDone() {
+    return state_->done;
 }
 
 DWORD HttpRequest::Error() const {
@@ -176,7 +173,7 @@ std::wstring HttpRequest::ContentType() const {
 }
 
 std::uint64_t HttpRequest::ContentLength() const {
-    constexpr std::size_t kDigits = 19; // all of them fit 64 bits
+    constexpr std::size_t kDigits = 19;                             // all of them fit 64 bits
     if (!Header(WINHTTP_QUERY_TRANSFER_ENCODING).empty()) return 0; // the pieces tell where the body ends
     const std::wstring text = Header(WINHTTP_QUERY_CONTENT_LENGTH);
     if (text.size() > kDigits || text.find_first_not_of(L"0123456789") != std::wstring::npos) return 0;

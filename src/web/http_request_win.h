@@ -1,5 +1,7 @@
 #pragma once
 
+#include "web/step_signal_win.h"
+
 #include <windows.h>
 #include <winhttp.h>
 
@@ -10,12 +12,12 @@
 
 namespace quorvex::web {
 
-// One asynchronous GET, step by step: Send, ReceiveResponse, Read until nothing comes. Each step is started by a call that
-// returns at once and ends when StepDone() is signalled. Giving the object up at any point abandons the request.
+// One asynchronous GET, step by step: Send, ReceiveResponse, Read until nothing comes. Each step is started by a call
+// that returns at once and ends when StepDone() is raised. Giving the object up at any point abandons the request.
 class HttpRequest {
   public:
-    // networkMilliseconds: after this silence the system itself gives up, so that an abandoned request does not stay for ever.
-    // Throws support::Error, for a URL that is none of HTTP, too.
+    // networkMilliseconds: after this silence the system itself gives up, so that an abandoned request does not stay
+    // for ever. Throws support::Error, for a URL that is none of HTTP, too.
     HttpRequest(HINTERNET session, const std::wstring& url, int networkMilliseconds);
     ~HttpRequest();
     HttpRequest(const HttpRequest&) = delete;
@@ -28,7 +30,7 @@ class HttpRequest {
     // Ends when there is anything; what a Read then waits for is no more than that.
     bool AwaitData();
 
-    HANDLE StepDone() const;
+    StepSignal& StepDone();
     // The system's number of the failure of the last step, 0 when it went well.
     DWORD Error() const;
     // The bytes that the last Read brought; empty when there are no more. Valid until the next step.

@@ -31,12 +31,22 @@ void CloseKept(Shared& state) {
 void EnableModernTls(HINTERNET session) {
     const support::WindowsVersion version = support::SystemVersionNumbers();
     if (version.major > 6 || (version.major == 6 && version.minor > 2)) return;
-    DWORD protocols = WINHTTP_FLAG_SECURE_PROTOCOL_TLS1 | WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_1 |
-                      WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2;
+    DWORD protocols =
+        WINHTTP_FLAG_SECURE_PROTOCOL_TLS1 | WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_1 | WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2;
     WinHttpSetOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols);
 }
 
+// The network stack's threads come back through this module's code for the last time when the count of outstanding requests is
+// down already, and a process that gives up COM unloads its components without asking them. So the module stays from the
+// first request on.
+void KeepModuleLoaded() {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<LPCWSTR>(&KeepModuleLoaded), &module);
+}
+
 HINTERNET OpenSession(const std::wstring& proxy) {
+    KeepModuleLoaded();
     const std::wstring agent = L"QuorvexLookup/" + lookup::GetVersion();
     const auto open = [&agent](DWORD access, const wchar_t* name) {
         return WinHttpOpen(agent.c_str(), access, name, WINHTTP_NO_PROXY_BYPASS, WINHTTP_FLAG_ASYNC);

@@ -21,7 +21,8 @@ PartialFile::~PartialFile() {
 
 void PartialFile::Append(std::string_view bytes) {
     DWORD written = 0;
-    if (!WriteFile(file_, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) || written != bytes.size()) {
+    if (!WriteFile(file_, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ||
+        written != bytes.size()) {
         throw support::Error(support::kErrorDiskFull, L"Cannot write file " + partial_);
     }
 }

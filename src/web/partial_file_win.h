@@ -7,8 +7,8 @@
 
 namespace quorvex::web {
 
-// A file in the making: its bytes gather under "TARGET.part", so that a process that is killed half-way leaves nothing that looks
-// like a whole file. Gone when it is given up before Commit. Failures throw support::Error.
+// A file in the making: its bytes gather under "TARGET.part", so that a process that is killed half-way leaves nothing
+// that looks like a whole file. Gone when it is given up before Commit. Failures throw support::Error.
 class PartialFile {
   public:
     explicit PartialFile(const std::wstring& target);

@@ -17,6 +17,7 @@ namespace {
 
 constexpr wchar_t kTimeOut[] = L"TimeOut";
 constexpr double kDaySeconds = 86400;
+constexpr DWORD kUnnoticedMilliseconds = 3;
 // What a 32-bit host can hold several times over; no service page comes near it.
 constexpr std::size_t kReplyLimitBytes = 128U * 1024 * 1024;
 
@@ -65,7 +66,6 @@ void Transport::StopRequest() {
 }
 
 void Transport::Begin() {
-    ResetEvent(wake_);
     lastState_ = 0;
     proxyChecked_ = false;
     cancelRequested_ = false;
@@ -102,9 +102,11 @@ std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) 
     const std::uint64_t stated = request.ContentLength();
     std::string body;
     if (stated <= kReplyLimitBytes) body.reserve(static_cast<std::size_t>(stated));
-    for (;;) {
+    // With the last stated byte the reply is whole: asking for the end, too, would cost a turn of its own.
+    while (stated == 0 || body.size() < stated) {
         // A network faster than the reader would never let the wait see a message.
-        if (!RunMessages(deadline) || !Finish(request, request.Read(), deadline)) return kTimeOut;
+        if (!body.empty() && !RunMessages(deadline)) return kTimeOut;
+        if (!Finish(request, request.Read(), deadline)) return kTimeOut;
         const std::string_view piece = request.Piece();
         if (piece.empty()) break;
         if (body.size() + piece.size() > kReplyLimitBytes) return kTimeOut;
@@ -112,7 +114,7 @@ std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) 
     }
     // Half an answer could pass for a whole one (an address list without its end): it counts as none.
     if (body.size() < stated) return kTimeOut;
-    if (stated != 0 && body.size() > stated) body.resize(static_cast<std::size_t>(stated));
+    if (stated != 0) body.resize(static_cast<std::size_t>(stated));
     lastState_ = kComplete;
     return support::DecodeReply(body, support::ToUtf8(request.ContentType()));
 }
@@ -135,19 +137,17 @@ bool Transport::RunMessages(const Deadline& deadline) {
 }
 
 bool Transport::Finish(HttpRequest& request, bool started, const Deadline& deadline) {
-    while (started && !cancelRequested_ && !deadline.Passed()) {
+    if (!started) return false;
+    // Most steps are done before anybody could notice that no message was handled.
+    StepSignal& done = request.StepDone();
+    if (done.WaitBriefly(kUnnoticedMilliseconds)) return request.Error() == 0;
+    while (!cancelRequested_ && !deadline.Passed()) {
         const DWORD milliseconds = static_cast<DWORD>(deadline.MillisecondsToSleep());
-        switch (support::WaitForEitherOrMessages(request.StepDone(), wake_, milliseconds)) {
-        case support::WaitResult::First:
-            return request.Error() == 0;
-        case support::WaitResult::Messages:
-            // One at a time: the message may be the click on STOP, and nothing may come after it.
-            if (support::PumpOneMessage() == support::PumpResult::Quit) return false;
-            break;
-        case support::WaitResult::Second:
-        case support::WaitResult::TimedOut:
-            break;
-        }
+        const support::WaitResult result = support::WaitForEitherOrMessages(done.Event(), wake_, milliseconds);
+        if (done.Raised()) return request.Error() == 0;
+        // One at a time: the message may be the click on STOP, and nothing may come after it.
+        if (result == support::WaitResult::Messages && support::PumpOneMessage() == support::PumpResult::Quit)
+            return false;
     }
     return false;
 }

@@ -18,20 +18,21 @@ double SecondsSinceMidnight();
 
 // True while any request or download of this process is under way.
 bool RequestRunning();
-// Requests of this process that the system has not let go of. One that was given up lives on inside the system for a while, with
-// a callback still to come: the DLL must not be unloaded before this is 0.
+// Requests of this process that the system has not let go of. One that was given up lives on inside the system for a
+// while, with a callback still to come: the DLL must not be unloaded before this is 0.
 long OutstandingRequests();
 // Lets go of the pooled connections; for the moment before the DLL is unloaded. Does nothing while a request runs.
 void CloseSession();
 
 // Limits that a test can shorten, and the clock by which they are measured.
 struct TransportLimits {
-    double downloadSilenceSeconds = 60; // a download fails when no byte comes for so long; it may take any time otherwise
+    double downloadSilenceSeconds =
+        60; // a download fails when no byte comes for so long; it may take any time otherwise
     DayClock clock = SecondsSinceMidnight;
 };
 
-// All web requests of one lookup object. While a request waits, the thread's messages are handled, so that windows stay alive
-// and host code may run; there is one request at a time in the whole process. Nothing here throws.
+// All web requests of one lookup object. While a request waits, the thread's messages are handled, so that windows stay
+// alive and host code may run; there is one request at a time in the whole process. Nothing here throws.
 class Transport {
   public:
     // LastState: the transfer's steps under the numbers that hosts' diagnostics know.
@@ -47,15 +48,15 @@ class Transport {
     Transport(const Transport&) = delete;
     Transport& operator=(const Transport&) = delete;
 
-    // GET of the URL; the decoded body with every "&amp;" made "&", once from the left. "TimeOut" when the reply was not
-    // complete within the limit, the user cancelled, the thread was told to quit, or the network failed (at once then; the
-    // reason is not passed on). Empty for an empty URL and while another request of the process is under way.
+    // GET of the URL; the decoded body with every "&amp;" made "&", once from the left. "TimeOut" when the reply was
+    // not complete within the limit, the user cancelled, the thread was told to quit, or the network failed (at once
+    // then; the reason is not passed on). Empty for an empty URL and while another request of the process is under way.
     // With Shift and Ctrl held down the call and the return are shown and put on the clipboard.
     std::wstring GetURL(const std::wstring& url, double limitSeconds);
 
-    // Downloads to a file with progress. The bytes gather beside the target under "NAME.part" and take its name when they are
-    // complete; an earlier target goes when the reply begins. False when it failed, was cancelled or cut, or the server answered
-    // with an error page. A reply without a length gives an empty file and True.
+    // Downloads to a file with progress. The bytes gather beside the target under "NAME.part" and take its name when
+    // they are complete; an earlier target goes when the reply begins. False when it failed, was cancelled or cut, or
+    // the server answered with an error page. A reply without a length gives an empty file and True.
     bool GetHTTPFile(const std::wstring& url, const std::wstring& targetFile, const std::wstring& progressCaption);
 
     // Asks the request under way to give up; without one it does nothing. From any thread.

@@ -55,7 +55,8 @@ bool TakePort(std::wstring_view& authority, std::uint16_t& port) {
 }
 
 bool IsHost(std::wstring_view host) {
-    return !host.empty() && std::none_of(host.begin(), host.end(), [](wchar_t c) { return c <= kBlank || c == kDelete; });
+    return !host.empty() &&
+           std::none_of(host.begin(), host.end(), [](wchar_t c) { return c <= kBlank || c == kDelete; });
 }
 
 } // namespace

@@ -18,10 +18,10 @@ struct WireUrl {
 // Nothing when the text is no http or https address. A user name before the host is dropped.
 std::optional<WireUrl> SplitUrl(std::wstring_view url);
 
-// Path and query as they may stand in a request: blanks, control characters and non-ASCII characters (as UTF-8) become "%XX".
-// Everything else goes out as given: "&", "%", "+" and "=" are never touched, so what the caller has escaped is not escaped
-// again. A "#" in the query is part of a value (callers do not escape values) and becomes "%23", since servers would drop all
-// that follows it; a "#" before the query begins a fragment, which is not sent.
+// Path and query as they may stand in a request: blanks, control characters and non-ASCII characters (as UTF-8) become
+// "%XX". Everything else goes out as given: "&", "%", "+" and "=" are never touched, so what the caller has escaped is
+// not escaped again. A "#" in the query is part of a value (callers do not escape values) and becomes "%23", since
+// servers would drop all that follows it; a "#" before the query begins a fragment, which is not sent.
 std::wstring EscapeTarget(std::wstring_view target);
 
 } // namespace quorvex::web

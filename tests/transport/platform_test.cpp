@@ -5,6 +5,9 @@
 #include "server/platform_win.h"
 #include "support/window_helpers_win.h"
 
+#include <atomic>
+#include <thread>
+
 namespace quorvex::testing {
 namespace {
 
@@ -82,7 +85,18 @@ TEST_F(PlatformTest, TheClipboardTakesAnyTextAndWaitsForItsHolder) {
     EXPECT_EQ(ClipboardText(), text);
     platform_.SetClipboardText(L"");
     EXPECT_EQ(ClipboardText(), L"");
+    std::atomic<bool> held{false};
+    std::thread holder([&held] {
+        const HWND window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+        EXPECT_TRUE(OpenClipboard(window));
+        held = true;
+        Sleep(60);
+        CloseClipboard();
+        DestroyWindow(window);
+    });
+    while (!held) Sleep(1);
     platform_.SetClipboardText(L"last");
+    holder.join();
     EXPECT_EQ(ClipboardText(), L"last");
 }
 
@@ -107,7 +121,8 @@ TEST_F(PlatformTest, TheDataAccessVersionIsTheRegistrysOwn) {
     constexpr wchar_t kKey[] = L"SOFTWARE\\Microsoft\\DataAccess";
     HKEY key = nullptr;
     DWORD made = 0;
-    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, &made), ERROR_SUCCESS);
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, &made),
+              ERROR_SUCCESS);
     if (made == REG_OPENED_EXISTING_KEY) {
         RegCloseKey(key);
         GTEST_SKIP() << "this system has a data access layer of its own";
@@ -127,8 +142,8 @@ TEST_F(PlatformTest, TheShellSaysWhetherItOpened) {
 
 TEST(WindowHelpersTest, ClickAtPressesWhatLiesThere) {
     const HINSTANCE self = GetModuleHandleW(nullptr);
-    const HWND box = CreateWindowExW(0, L"BUTTON", L"", WS_POPUP | WS_VISIBLE | BS_AUTOCHECKBOX, 40, 60, 100, 30, nullptr,
-                                     nullptr, self, nullptr);
+    const HWND box = CreateWindowExW(0, L"BUTTON", L"", WS_POPUP | WS_VISIBLE | BS_AUTOCHECKBOX, 40, 60, 100, 30,
+                                     nullptr, nullptr, self, nullptr);
     ASSERT_NE(box, nullptr);
     support::SetTopMost(box, true);
     EXPECT_NE(GetWindowLongW(box, GWL_EXSTYLE) & WS_EX_TOPMOST, 0);

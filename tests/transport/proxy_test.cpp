@@ -10,9 +10,7 @@ namespace {
 
 class ProxyTest : public TransportTest {
   protected:
-    void WriteProxyFile(const std::string& text) {
-        support::WriteFileBytes(Path(L"RegServerProxySettings.xml"), text);
-    }
+    void WriteProxyFile(const std::string& text) { support::WriteFileBytes(Path(L"RegServerProxySettings.xml"), text); }
     // Some systems name the scheme's own port in the request line.
     static std::wstring WithoutPort(const std::wstring& url) { return support::ReplaceAll(url, L":80/", L"/"); }
     std::string Address() const { return "127.0.0.1:" + std::to_string(server_.Port()); }
@@ -39,7 +37,8 @@ TEST_F(ProxyTest, DownloadsGoThroughItToo) {
 }
 
 TEST_F(ProxyTest, AFileThatNamesNoProxyIsIgnored) {
-    for (const char* text : {"<settings/>", "<Proxy_Port_80></Proxy_Port_80>", "<proxy_port_80>1.2.3.4:1</proxy_port_80>", ""}) {
+    for (const char* text :
+         {"<settings/>", "<Proxy_Port_80></Proxy_Port_80>", "<proxy_port_80>1.2.3.4:1</proxy_port_80>", ""}) {
         WriteProxyFile(text);
         EXPECT_EQ(Get(server_.Url(L"/direct")), L"/direct") << text;
     }

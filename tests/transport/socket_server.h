@@ -28,6 +28,7 @@ class Connection {
     // Says nothing until the client leaves, the server stops or the time is over; true when the client left.
     bool StaySilent(int milliseconds = 60000);
     bool Open() const { return socket_ != INVALID_SOCKET; }
+    bool ServerStopping() const { return stopping_; }
 
   private:
     friend class SocketServer;

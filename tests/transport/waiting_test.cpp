@@ -24,8 +24,7 @@ TEST_F(WaitingTest, SilenceAndDribbleEndAtTheLimit) {
     const SocketServer server([](Connection& connection, const std::string& target) {
         if (target == "/silent") return NeverAnswer(connection, target);
         connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
-        while (connection.Send("x") && !connection.StaySilent(100)) {
-        }
+        while (!connection.ServerStopping() && connection.Send("x")) connection.StaySilent(100);
     });
     for (const wchar_t* target : {L"/silent", L"/dribble"}) {
         const double taken = Milliseconds([&] { EXPECT_EQ(Get(server.Url(target), kShortLimit), L"TimeOut"); });
@@ -42,8 +41,12 @@ TEST_F(WaitingTest, ADeadNetworkFailsAtOnce) {
         connection.Reset();
     });
     const std::wstring refused = L"http://127.0.0.1:" + std::to_wstring(ClosedPort()) + L"/";
-    const std::wstring urls[] = {refused, server.Url(L"/reset"), server.Url(L"/half"), server.Url(L"/noise"),
-                                 L"https" + refused.substr(4), L"http://no-such-host.invalid/"};
+    const std::wstring urls[] = {refused,
+                                 server.Url(L"/reset"),
+                                 server.Url(L"/half"),
+                                 server.Url(L"/noise"),
+                                 L"https" + refused.substr(4),
+                                 L"http://no-such-host.invalid/"};
     for (const std::wstring& url : urls) {
         const double taken = Milliseconds([&] { EXPECT_EQ(Get(url), L"TimeOut") << url; });
         EXPECT_LT(taken, 5000) << url;
@@ -139,15 +142,16 @@ TEST_F(WaitingTest, WaitingCostsNoProcessorTime) {
     }).join();
 }
 
+LRESULT CALLBACK NeverPaint(HWND window, UINT message, WPARAM w, LPARAM l) {
+    return message == WM_PAINT ? 0 : DefWindowProcW(window, message, w, l);
+}
+
 TEST_F(WaitingTest, AnEndlessRepaintDoesNotHideTheLimit) {
     const SocketServer server(NeverAnswer);
     const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50, nullptr, nullptr,
                                         GetModuleHandleW(nullptr), nullptr);
     ASSERT_NE(window, nullptr);
-    const WNDPROC never = [](HWND handle, UINT message, WPARAM w, LPARAM l) -> LRESULT {
-        return message == WM_PAINT ? 0 : DefWindowProcW(handle, message, w, l);
-    };
-    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(never));
+    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(NeverPaint));
     InvalidateRect(window, nullptr, FALSE);
     const double taken = Milliseconds([&] { EXPECT_EQ(Get(server.Url(L"/"), kShortLimit), L"TimeOut"); });
     EXPECT_LT(taken, kShortLimit * 1000 + kSoon);

@@ -24,9 +24,9 @@ TEST(WireUrlTest, SplitsWhatHostsWrite) {
 }
 
 TEST(WireUrlTest, RefusesWhatIsNoWebAddress) {
-    for (const wchar_t* url : {L"", L"http:", L"http://", L"http:///p", L"ftp://host/", L"host/p", L"http://host:0/",
-                               L"http://host:65536/", L"http://host:99999999999999999999/", L"http://host:8o/",
-                               L"http://a b/", L"http://user@/", L"http://:80/"}) {
+    for (const wchar_t* url :
+         {L"", L"http:", L"http://", L"http:///p", L"ftp://host/", L"host/p", L"http://host:0/", L"http://host:65536/",
+          L"http://host:99999999999999999999/", L"http://host:8o/", L"http://a b/", L"http://user@/", L"http://:80/"}) {
         EXPECT_EQ(Shown(url), L"(none)") << url;
     }
 }

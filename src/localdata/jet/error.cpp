@@ -3,8 +3,8 @@
 namespace quorvex::localdata::jet {
 
 void ThrowCorrupt(const char* where, unsigned long page) {
-  throw Error(ErrorCode::kCorrupt,
-              "The database file is damaged: " + std::string(where) + " (page " + std::to_string(page) + ")");
+    throw Error(ErrorCode::kCorrupt,
+                "The database file is damaged: " + std::string(where) + " (page " + std::to_string(page) + ")");
 }
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

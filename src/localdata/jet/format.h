@@ -10,9 +10,9 @@ namespace quorvex::localdata::jet {
 using PageNo = std::uint32_t;
 
 inline constexpr std::size_t kPageSize = 4096;
-inline constexpr PageNo kMaxPages = 524288;  ///< 2 GiB
+inline constexpr PageNo kMaxPages = 524288; ///< 2 GiB
 inline constexpr PageNo kGlobalMapPage = 1;
-inline constexpr PageNo kCatalogPage = 2;  ///< definition of MSysObjects
+inline constexpr PageNo kCatalogPage = 2; ///< definition of MSysObjects
 
 // First byte of a page.
 inline constexpr std::uint8_t kDataPage = 0x01;
@@ -27,11 +27,11 @@ inline constexpr std::size_t kDataFree = 2;
 inline constexpr std::size_t kDataOwner = 4;
 inline constexpr std::size_t kDataSlotCount = 12;
 inline constexpr std::size_t kDataSlots = 14;
-inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;  ///< "LVAL"
+inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C; ///< "LVAL"
 inline constexpr unsigned kMaxSlots = 255;
 inline constexpr std::uint16_t kSlotStart = 0x1FFF;
-inline constexpr std::uint16_t kSlotHeader = 0x4000;   ///< the row's body lies elsewhere
-inline constexpr std::uint16_t kSlotBody = 0x8000;     ///< body of a relocated row
+inline constexpr std::uint16_t kSlotHeader = 0x4000; ///< the row's body lies elsewhere
+inline constexpr std::uint16_t kSlotBody = 0x8000;   ///< body of a relocated row
 inline constexpr std::uint16_t kSlotDeleted = 0xC000;
 inline constexpr std::size_t kMaxRow = 4060;
 
@@ -45,7 +45,7 @@ inline constexpr std::size_t kIndexPrefix = 24;
 inline constexpr std::size_t kIndexBitmap = 27;
 inline constexpr std::size_t kIndexEntries = 480;
 inline constexpr std::size_t kIndexArea = kPageSize - kIndexEntries;
-inline constexpr std::size_t kMaxKey = 1800;  ///< a page must hold two entries
+inline constexpr std::size_t kMaxKey = 1800; ///< a page must hold two entries
 inline constexpr unsigned kMaxIndexDepth = 16;
 
 // Usage maps.
@@ -83,7 +83,7 @@ inline constexpr std::uint8_t kColumnFixed = 0x01;
 inline constexpr std::uint8_t kColumnUpdatable = 0x02;
 inline constexpr std::uint8_t kColumnAutoNumber = 0x04;
 inline constexpr std::uint8_t kColumnSystem = 0x10;
-inline constexpr std::uint8_t kColumnCompressed = 0x01;  ///< in the byte after the flags
+inline constexpr std::uint8_t kColumnCompressed = 0x01; ///< in the byte after the flags
 
 // Index flags.
 inline constexpr std::uint8_t kIndexUnique = 0x01;
@@ -93,4 +93,4 @@ inline constexpr std::uint8_t kIndexAlways = 0x80;
 
 inline constexpr std::uint16_t kGeneralLcid = 0x0409;
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

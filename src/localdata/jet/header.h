@@ -20,4 +20,4 @@ void CheckHeader(Pager& pager, std::u16string_view password);
 /// Fills page 0 of a new file. `date` is the creation date in days; at most 20 password characters.
 void BuildHeader(Byte* page, double date, std::u16string_view password);
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

@@ -17,35 +17,35 @@ namespace quorvex::localdata::jet {
 /// The file is a run of segments. A segment counts only when its header and every record carry the right checksum, and
 /// pages are overwritten only after their segment is complete, so a half-written segment is ignored rightly.
 class Journal {
- public:
-  Journal(Storage& storage, std::filesystem::path path) : storage_(storage), path_(std::move(path)) {}
+  public:
+    Journal(Storage& storage, std::filesystem::path path) : storage_(storage), path_(std::move(path)) {}
 
-  static std::filesystem::path PathFor(const std::filesystem::path& database);
-  /// What ties a journal to its database: a hash of the header page, which no transaction changes.
-  static std::uint64_t Identity(File& database);
+    static std::filesystem::path PathFor(const std::filesystem::path& database);
+    /// What ties a journal to its database: a hash of the header page, which no transaction changes.
+    static std::uint64_t Identity(File& database);
 
-  /// Adds one segment with the present contents of `pages`, read from `database`. `flush` makes it lasting.
-  void Append(File& database, std::uint64_t identity, PageNo oldPageCount, std::span<const PageNo> pages, bool flush);
-  /// Commits: from here on the overwritten pages stand.
-  void Invalidate(bool flush);
-  /// Removes the file; failures are ignored, as an invalid journal harms nobody.
-  void Remove() noexcept;
-  bool active() const { return segments_ > 0; }
+    /// Adds one segment with the present contents of `pages`, read from `database`. `flush` makes it lasting.
+    void Append(File& database, std::uint64_t identity, PageNo oldPageCount, std::span<const PageNo> pages, bool flush);
+    /// Commits: from here on the overwritten pages stand.
+    void Invalidate(bool flush);
+    /// Removes the file; failures are ignored, as an invalid journal harms nobody.
+    void Remove() noexcept;
+    bool active() const { return segments_ > 0; }
 
-  /// Whether there is a complete journal for this database. Needs no right to write.
-  static bool IsHot(Storage& storage, const std::filesystem::path& path, File& database);
-  /// Puts the old contents back, flushes, and invalidates. The caller holds the database for writing.
-  void Replay(File& database, std::uint64_t identity);
+    /// Whether there is a complete journal for this database. Needs no right to write.
+    static bool IsHot(Storage& storage, const std::filesystem::path& path, File& database);
+    /// Puts the old contents back, flushes, and invalidates. The caller holds the database for writing.
+    void Replay(File& database, std::uint64_t identity);
 
- private:
-  void OpenFile();
+  private:
+    void OpenFile();
 
-  Storage& storage_;
-  std::filesystem::path path_;
-  std::unique_ptr<File> file_;
-  std::uint64_t salt_ = 0;
-  std::uint64_t end_ = 0;
-  std::uint32_t segments_ = 0;
+    Storage& storage_;
+    std::filesystem::path path_;
+    std::unique_ptr<File> file_;
+    std::uint64_t salt_ = 0;
+    std::uint64_t end_ = 0;
+    std::uint32_t segments_ = 0;
 };
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

@@ -11,4 +11,4 @@ Bytes ReadLongValue(Pager& pager, ByteView cell, PageNo page);
 /// The rows (outside the table's own) that a cell's value takes; empty when it stands inline. Throws kCorrupt.
 std::vector<RowId> LongValueRows(Pager& pager, ByteView cell, PageNo page);
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

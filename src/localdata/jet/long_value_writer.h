@@ -12,4 +12,4 @@ Bytes WriteLongValue(Pager& pager, Allocator& allocator, const Column& column, B
 /// Frees what a cell's value takes outside its row.
 void FreeLongValue(Pager& pager, Allocator& allocator, const Column& column, ByteView cell, PageNo page);
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

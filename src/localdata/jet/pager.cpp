@@ -15,292 +15,293 @@ constexpr auto kRecoveryPause = std::chrono::milliseconds(10);
 
 /// Undoes the transaction described by the journal; the file is not open here. False: somebody else has it.
 bool Recover(Storage& storage, const std::filesystem::path& path, const std::filesystem::path& journalPath) {
-  try {
-    const auto file = storage.Open(path, OpenMode::kWriteDenyWrite);
-    // Somebody may have been faster.
-    if (!storage.Exists(journalPath) || !Journal::IsHot(storage, journalPath, *file)) return true;
-    Journal journal(storage, journalPath);
-    journal.Replay(*file, Journal::Identity(*file));
-    journal.Remove();
-    return true;
-  } catch (const Error& error) {
-    if (error.code() == ErrorCode::kInUse) return false;
-    if (error.code() == ErrorCode::kAccessDenied) {
-      throw Error(ErrorCode::kRecoveryNeeded,
-                  "The last change to the database was interrupted and must be undone first, but the file or its "
-                  "journal cannot be written here");
+    try {
+        const auto file = storage.Open(path, OpenMode::kWriteDenyWrite);
+        // Somebody may have been faster.
+        if (!storage.Exists(journalPath) || !Journal::IsHot(storage, journalPath, *file)) return true;
+        Journal journal(storage, journalPath);
+        journal.Replay(*file, Journal::Identity(*file));
+        journal.Remove();
+        return true;
+    } catch (const Error& error) {
+        if (error.code() == ErrorCode::kInUse) return false;
+        if (error.code() == ErrorCode::kAccessDenied) {
+            throw Error(ErrorCode::kRecoveryNeeded,
+                        "The last change to the database was interrupted and must be undone first, but the file or its "
+                        "journal cannot be written here");
+        }
+        throw;
     }
-    throw;
-  }
 }
 
 std::unique_ptr<File> OpenRecovered(Storage& storage, const std::filesystem::path& path, bool writable) {
-  const OpenMode mode = writable ? OpenMode::kWriteDenyWrite : OpenMode::kReadDenyWrite;
-  const std::filesystem::path journalPath = Journal::PathFor(path);
-  for (int tries = 0;; ++tries) {
-    try {
-      auto file = storage.Open(path, mode);
-      if (!storage.Exists(journalPath) || !Journal::IsHot(storage, journalPath, *file)) return file;
-    } catch (const Error& error) {
-      // A journal beside a busy file may mean that somebody is undoing an interrupted change this very moment.
-      if (error.code() != ErrorCode::kInUse || tries >= kRecoveryTries || !storage.Exists(journalPath)) throw;
-      std::this_thread::sleep_for(kRecoveryPause);
-      continue;
+    const OpenMode mode = writable ? OpenMode::kWriteDenyWrite : OpenMode::kReadDenyWrite;
+    const std::filesystem::path journalPath = Journal::PathFor(path);
+    for (int tries = 0;; ++tries) {
+        try {
+            auto file = storage.Open(path, mode);
+            if (!storage.Exists(journalPath) || !Journal::IsHot(storage, journalPath, *file)) return file;
+        } catch (const Error& error) {
+            // A journal beside a busy file may mean that somebody is undoing an interrupted change this very moment.
+            if (error.code() != ErrorCode::kInUse || tries >= kRecoveryTries || !storage.Exists(journalPath)) throw;
+            std::this_thread::sleep_for(kRecoveryPause);
+            continue;
+        }
+        if (!Recover(storage, path, journalPath)) {
+            if (tries >= kRecoveryTries) throw Error(ErrorCode::kInUse, "The database is in use by someone else");
+            std::this_thread::sleep_for(kRecoveryPause);
+        }
     }
-    if (!Recover(storage, path, journalPath)) {
-      if (tries >= kRecoveryTries) throw Error(ErrorCode::kInUse, "The database is in use by someone else");
-      std::this_thread::sleep_for(kRecoveryPause);
-    }
-  }
 }
 
-}  // namespace
+} // namespace
 
 std::shared_ptr<Pager> Pager::Open(Storage& storage, const std::filesystem::path& path, const Options& options) {
-  auto file = OpenRecovered(storage, path, options.writable);
-  return std::shared_ptr<Pager>(new Pager(storage, path, std::move(file), options));
+    auto file = OpenRecovered(storage, path, options.writable);
+    return std::shared_ptr<Pager>(new Pager(storage, path, std::move(file), options));
 }
 
 std::shared_ptr<Pager> Pager::Create(Storage& storage, const std::filesystem::path& path, ByteView pages,
                                      const Options& options) {
-  auto file = storage.Open(path, OpenMode::kCreateNew);
-  try {
-    // A journal of an earlier file of this name must not be taken for this one's.
-    storage.Remove(Journal::PathFor(path));
-    file->WriteAt(0, pages);
-    if (options.durability == Durability::kPower) file->Flush();
-  } catch (const Error&) {
-    file.reset();
-    storage.Remove(path);
-    throw;
-  }
-  return std::shared_ptr<Pager>(new Pager(storage, path, std::move(file), options));
+    auto file = storage.Open(path, OpenMode::kCreateNew);
+    try {
+        // A journal of an earlier file of this name must not be taken for this one's.
+        storage.Remove(Journal::PathFor(path));
+        file->WriteAt(0, pages);
+        if (options.durability == Durability::kPower) file->Flush();
+    } catch (const Error&) {
+        file.reset();
+        storage.Remove(path);
+        throw;
+    }
+    return std::shared_ptr<Pager>(new Pager(storage, path, std::move(file), options));
 }
 
 Pager::Pager(Storage& storage, const std::filesystem::path& path, std::unique_ptr<File> file, const Options& options)
     : file_(std::move(file)), options_(options), journal_(storage, Journal::PathFor(path)) {
-  SetBatch(options.batch);
-  // A last part of a page belongs to no page; the header check reports it.
-  const std::uint64_t size = file_->Size();
-  const std::uint64_t pages = size / kPageSize;
-  partialPage_ = size % kPageSize != 0;
-  pageCount_ = static_cast<PageNo>(std::min<std::uint64_t>(pages, kMaxPages));
-  if (options_.writable) identity_ = Journal::Identity(*file_);
+    SetBatch(options.batch);
+    // A last part of a page belongs to no page; the header check reports it.
+    const std::uint64_t size = file_->Size();
+    const std::uint64_t pages = size / kPageSize;
+    partialPage_ = size % kPageSize != 0;
+    pageCount_ = static_cast<PageNo>(std::min<std::uint64_t>(pages, kMaxPages));
+    if (options_.writable) identity_ = Journal::Identity(*file_);
 }
 
 Pager::~Pager() {
-  try {
-    Close();
-  } catch (const std::exception&) {
-    return;  // what could not be committed was taken back
-  }
+    try {
+        Close();
+    } catch (const std::exception&) {
+        return; // what could not be committed was taken back
+    }
 }
 
 void Pager::Close() {
-  if (!file_) return;
-  if (!broken_) Commit();
-  // After a failed undo the journal is what repairs the file; it must stay.
-  if (options_.writable && !broken_) journal_.Remove();
-  file_.reset();
+    if (!file_) return;
+    if (!broken_) Commit();
+    // After a failed undo the journal is what repairs the file; it must stay.
+    if (options_.writable && !broken_) journal_.Remove();
+    file_.reset();
 }
 
 void Pager::CheckUsable() const {
-  if (!file_) throw Error(ErrorCode::kUsage, "The database is closed");
-  if (broken_) throw Error(ErrorCode::kIo, "The database must be opened anew after a failed write");
+    if (!file_) throw Error(ErrorCode::kUsage, "The database is closed");
+    if (broken_) throw Error(ErrorCode::kIo, "The database must be opened anew after a failed write");
 }
 
 Page* Pager::Find(PageNo page) {
-  const auto found = index_.find(page);
-  if (found == index_.end()) return nullptr;
-  found->second->recent = true;
-  return found->second;
+    const auto found = index_.find(page);
+    if (found == index_.end()) return nullptr;
+    found->second->recent = true;
+    return found->second;
 }
 
 /// Forgets a page; whoever still pins it keeps the bytes.
 void Pager::Drop(Page* page) noexcept {
-  const auto found = index_.find(page->number);
-  if (found != index_.end() && found->second == page) index_.erase(found);
-  page->number = kMaxPages;
-  page->dirty = false;
-  page->recent = false;
+    const auto found = index_.find(page->number);
+    if (found != index_.end() && found->second == page) index_.erase(found);
+    page->number = kMaxPages;
+    page->dirty = false;
+    page->recent = false;
 }
 
 /// Frees a frame by the clock method; false when nothing can go.
 bool Pager::MakeRoom() {
-  for (std::size_t steps = 2 * frames_.size(); steps > 0; --steps) {
-    hand_ = (hand_ + 1) % frames_.size();
-    Page& page = *frames_[hand_];
-    if (page.pins > 0 || page.dirty) continue;
-    if (page.recent) {
-      page.recent = false;
-      continue;
+    for (std::size_t steps = 2 * frames_.size(); steps > 0; --steps) {
+        hand_ = (hand_ + 1) % frames_.size();
+        Page& page = *frames_[hand_];
+        if (page.pins > 0 || page.dirty) continue;
+        if (page.recent) {
+            page.recent = false;
+            continue;
+        }
+        Drop(&page);
+        return true;
     }
-    Drop(&page);
-    return true;
-  }
-  return false;
+    return false;
 }
 
 Page* Pager::NewFrame(PageNo number) {
-  Page* page = nullptr;
-  if (frames_.size() >= options_.cachePages && frames_.size() >= 2 * dirty_.size() && MakeRoom()) {
-    page = frames_[hand_].get();
-  } else {
-    frames_.push_back(std::unique_ptr<Page>(new Page));
-    page = frames_.back().get();
-  }
-  page->number = number;
-  page->dirty = false;
-  page->recent = true;
-  index_.emplace(number, page);
-  return page;
+    Page* page = nullptr;
+    if (frames_.size() >= options_.cachePages && frames_.size() >= 2 * dirty_.size() && MakeRoom()) {
+        page = frames_[hand_].get();
+    } else {
+        frames_.push_back(std::unique_ptr<Page>(new Page));
+        page = frames_.back().get();
+    }
+    page->number = number;
+    page->dirty = false;
+    page->recent = true;
+    index_.emplace(number, page);
+    return page;
 }
 
 PageRef Pager::Read(PageNo number) {
-  CheckUsable();
-  if (Page* const known = Find(number)) return PageRef(known);
-  if (number >= pageCount_) ThrowCorrupt("a page past the end of the file is referred to", number);
-  Page* const page = NewFrame(number);
-  ++pagesRead_;
-  std::size_t count = 0;
-  try {
-    count = file_->ReadAt(std::uint64_t{number} * kPageSize, page->bytes);
-  } catch (const Error&) {
-    Drop(page);
-    throw;
-  }
-  if (count != kPageSize) {
-    Drop(page);
-    throw Error(ErrorCode::kTruncated, "The database file ends in page " + std::to_string(number));
-  }
-  return PageRef(page);
+    CheckUsable();
+    if (Page* const known = Find(number)) return PageRef(known);
+    if (number >= pageCount_) ThrowCorrupt("a page past the end of the file is referred to", number);
+    Page* const page = NewFrame(number);
+    ++pagesRead_;
+    std::size_t count = 0;
+    try {
+        count = file_->ReadAt(std::uint64_t{number} * kPageSize, page->bytes);
+    } catch (const Error&) {
+        Drop(page);
+        throw;
+    }
+    if (count != kPageSize) {
+        Drop(page);
+        throw Error(ErrorCode::kTruncated, "The database file ends in page " + std::to_string(number));
+    }
+    return PageRef(page);
 }
 
 void Pager::Remember(Page* page) {
-  auto& image = images_[page->number];
-  if (image) return;
-  image = std::make_unique<Image>();
-  image->dirty = page->dirty;
-  image->bytes = page->bytes;
+    auto& image = images_[page->number];
+    if (image) return;
+    image = std::make_unique<Image>();
+    image->dirty = page->dirty;
+    image->bytes = page->bytes;
 }
 
 PageEdit Pager::Edit(PageNo number) {
-  if (!inStatement_) throw Error(ErrorCode::kUsage, "A page is changed outside a statement");
-  const PageRef hold = Read(number);
-  Page* const page = Find(number);
-  Remember(page);
-  if (!page->dirty) {
-    page->dirty = true;
-    dirty_.push_back(page);
-  }
-  return PageEdit(page);
+    if (!inStatement_) throw Error(ErrorCode::kUsage, "A page is changed outside a statement");
+    const PageRef hold = Read(number);
+    Page* const page = Find(number);
+    Remember(page);
+    if (!page->dirty) {
+        page->dirty = true;
+        dirty_.push_back(page);
+    }
+    return PageEdit(page);
 }
 
 PageEdit Pager::Append() {
-  CheckUsable();
-  if (!inStatement_) throw Error(ErrorCode::kUsage, "A page is added outside a statement");
-  if (pageCount_ >= kMaxPages) throw Error(ErrorCode::kUnsupported, "The database has reached its largest size, 2 GiB");
-  Page* const page = NewFrame(pageCount_);
-  page->bytes.fill(0);
-  page->dirty = true;
-  dirty_.push_back(page);
-  ++pageCount_;
-  return PageEdit(page);
+    CheckUsable();
+    if (!inStatement_) throw Error(ErrorCode::kUsage, "A page is added outside a statement");
+    if (pageCount_ >= kMaxPages)
+        throw Error(ErrorCode::kUnsupported, "The database has reached its largest size, 2 GiB");
+    Page* const page = NewFrame(pageCount_);
+    page->bytes.fill(0);
+    page->dirty = true;
+    dirty_.push_back(page);
+    ++pageCount_;
+    return PageEdit(page);
 }
 
 void Pager::BeginStatement() {
-  CheckUsable();
-  if (!options_.writable) throw Error(ErrorCode::kReadOnly, "The database is open for reading only");
-  if (inStatement_) throw Error(ErrorCode::kUsage, "Statements cannot be nested");
-  if (pending_ == 0) transactionPages_ = pageCount_;
-  statementPages_ = pageCount_;
-  inStatement_ = true;
+    CheckUsable();
+    if (!options_.writable) throw Error(ErrorCode::kReadOnly, "The database is open for reading only");
+    if (inStatement_) throw Error(ErrorCode::kUsage, "Statements cannot be nested");
+    if (pending_ == 0) transactionPages_ = pageCount_;
+    statementPages_ = pageCount_;
+    inStatement_ = true;
 }
 
 void Pager::EndStatement() {
-  inStatement_ = false;
-  images_.clear();
-  ++pending_;
-  if (pending_ >= options_.batch) {
-    Commit();
-  } else if (dirty_.size() > options_.spillPages) {
-    try {
-      WriteOut();
-    } catch (const std::exception&) {
-      UndoTransaction();
-      throw;
+    inStatement_ = false;
+    images_.clear();
+    ++pending_;
+    if (pending_ >= options_.batch) {
+        Commit();
+    } else if (dirty_.size() > options_.spillPages) {
+        try {
+            WriteOut();
+        } catch (const std::exception&) {
+            UndoTransaction();
+            throw;
+        }
     }
-  }
 }
 
 void Pager::UndoStatement() noexcept {
-  for (auto& [number, image] : images_) {
-    const auto found = index_.find(number);
-    if (found == index_.end()) continue;
-    found->second->bytes = image->bytes;
-    found->second->dirty = image->dirty;
-  }
-  images_.clear();
-  std::erase_if(dirty_, [this](Page* page) {
-    if (page->number < statementPages_) return !page->dirty;
-    Drop(page);
-    return true;
-  });
-  pageCount_ = statementPages_;
-  inStatement_ = false;
-  ++rollbacks_;
+    for (auto& [number, image] : images_) {
+        const auto found = index_.find(number);
+        if (found == index_.end()) continue;
+        found->second->bytes = image->bytes;
+        found->second->dirty = image->dirty;
+    }
+    images_.clear();
+    std::erase_if(dirty_, [this](Page* page) {
+        if (page->number < statementPages_) return !page->dirty;
+        Drop(page);
+        return true;
+    });
+    pageCount_ = statementPages_;
+    inStatement_ = false;
+    ++rollbacks_;
 }
 
 void Pager::Commit() {
-  CheckUsable();
-  if (inStatement_) throw Error(ErrorCode::kUsage, "A statement is still open");
-  if (pending_ == 0) return;
-  try {
-    WriteOut();
-    if (options_.durability == Durability::kPower) file_->Flush();
-    if (journal_.active()) journal_.Invalidate(options_.durability == Durability::kPower);
-  } catch (const std::exception&) {
-    UndoTransaction();
-    throw;
-  }
-  pending_ = 0;
-  journaled_.clear();
+    CheckUsable();
+    if (inStatement_) throw Error(ErrorCode::kUsage, "A statement is still open");
+    if (pending_ == 0) return;
+    try {
+        WriteOut();
+        if (options_.durability == Durability::kPower) file_->Flush();
+        if (journal_.active()) journal_.Invalidate(options_.durability == Durability::kPower);
+    } catch (const std::exception&) {
+        UndoTransaction();
+        throw;
+    }
+    pending_ = 0;
+    journaled_.clear();
 }
 
 /// Saves the old contents of the changed pages, then writes the new ones. The transaction stays undecided.
 void Pager::WriteOut() {
-  if (dirty_.empty()) return;
-  std::sort(dirty_.begin(), dirty_.end(), [](const Page* a, const Page* b) { return a->number < b->number; });
-  std::vector<PageNo> save;
-  for (const Page* page : dirty_) {
-    if (page->number < transactionPages_ && journaled_.insert(page->number).second) save.push_back(page->number);
-  }
-  journal_.Append(*file_, identity_, transactionPages_, save, options_.durability == Durability::kPower);
-  // New pages first: where the disk is full, that shows before anything is overwritten.
-  const auto grown = std::find_if(dirty_.begin(), dirty_.end(),
-                                  [this](const Page* page) { return page->number >= transactionPages_; });
-  std::rotate(dirty_.begin(), grown, dirty_.end());
-  for (const Page* page : dirty_) file_->WriteAt(std::uint64_t{page->number} * kPageSize, page->bytes);
-  for (Page* page : dirty_) page->dirty = false;
-  dirty_.clear();
+    if (dirty_.empty()) return;
+    std::sort(dirty_.begin(), dirty_.end(), [](const Page* a, const Page* b) { return a->number < b->number; });
+    std::vector<PageNo> save;
+    for (const Page* page : dirty_) {
+        if (page->number < transactionPages_ && journaled_.insert(page->number).second) save.push_back(page->number);
+    }
+    journal_.Append(*file_, identity_, transactionPages_, save, options_.durability == Durability::kPower);
+    // New pages first: where the disk is full, that shows before anything is overwritten.
+    const auto grown = std::find_if(dirty_.begin(), dirty_.end(),
+                                    [this](const Page* page) { return page->number >= transactionPages_; });
+    std::rotate(dirty_.begin(), grown, dirty_.end());
+    for (const Page* page : dirty_) file_->WriteAt(std::uint64_t{page->number} * kPageSize, page->bytes);
+    for (Page* page : dirty_) page->dirty = false;
+    dirty_.clear();
 }
 
 void Pager::UndoTransaction() noexcept {
-  try {
-    dirty_.clear();
-    for (const auto& frame : frames_) Drop(frame.get());
-    pageCount_ = transactionPages_;
-    pending_ = 0;
-    ++rollbacks_;
-    journaled_.clear();
-    if (journal_.active()) {
-      journal_.Replay(*file_, identity_);
-    } else {
-      journal_.Remove();  // nothing was overwritten yet
+    try {
+        dirty_.clear();
+        for (const auto& frame : frames_) Drop(frame.get());
+        pageCount_ = transactionPages_;
+        pending_ = 0;
+        ++rollbacks_;
+        journaled_.clear();
+        if (journal_.active()) {
+            journal_.Replay(*file_, identity_);
+        } else {
+            journal_.Remove(); // nothing was overwritten yet
+        }
+    } catch (const std::exception&) {
+        broken_ = true;
     }
-  } catch (const std::exception&) {
-    broken_ = true;
-  }
 }
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

@@ -12,16 +12,16 @@ enum class CompareOp { kEqual, kNotEqual, kLess, kLessEqual, kGreater, kGreaterE
 
 /// One comparison of a column with a literal.
 struct Condition {
-  std::u16string table;  ///< the name before the point; empty when there was none
-  std::u16string column;
-  CompareOp op = CompareOp::kEqual;
-  std::variant<std::u16string, double> literal;
+    std::u16string table; ///< the name before the point; empty when there was none
+    std::u16string column;
+    CompareOp op = CompareOp::kEqual;
+    std::variant<std::u16string, double> literal;
 };
 
 /// "SELECT * FROM table [WHERE ...]": every condition must hold.
 struct Query {
-  std::u16string table;
-  std::vector<Condition> conditions;
+    std::u16string table;
+    std::vector<Condition> conditions;
 };
 
 /// Reads a query of the forms in use: one table, all columns, comparisons joined by AND with any parentheses.
@@ -31,4 +31,4 @@ Query ParseQuery(std::u16string_view text);
 /// Reads conditions alone, as in "[Name]='text'".
 std::vector<Condition> ParseConditions(std::u16string_view text);
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

@@ -8,23 +8,22 @@ namespace quorvex::localdata::jet {
 
 /// The stored bytes of a row's cells, checked once when made. The bytes must outlive it.
 class RowView {
- public:
-  /// Throws kCorrupt when the row contradicts its table's definition; `page` is for the message.
-  RowView(const TableDef& def, ByteView row, PageNo page);
-  /// A cell's stored bytes, or nothing for NULL. BOOLEAN cells are never NULL and have no bytes: see Flag.
-  std::optional<ByteView> Cell(const Column& column) const;
-  /// The value of a BOOLEAN column.
-  bool Flag(const Column& column) const;
+  public:
+    /// Throws kCorrupt when the row contradicts its table's definition; `page` is for the message.
+    RowView(const TableDef& def, ByteView row, PageNo page);
+    /// A cell's stored bytes, or nothing for NULL. BOOLEAN cells are never NULL and have no bytes: see Flag.
+    std::optional<ByteView> Cell(const Column& column) const;
+    /// The value of a BOOLEAN column.
+    bool Flag(const Column& column) const;
 
- private:
-  bool MaskBit(std::size_t number) const;
+  private:
+    bool MaskBit(std::size_t number) const;
 
-  const TableDef* def_;
-  ByteView row_;
-  PageNo page_;
-  std::size_t columns_;
-  std::size_t maskStart_;
-  std::size_t variables_ = 0;
+    ByteView row_;
+    PageNo page_;
+    std::size_t columns_;
+    std::size_t maskStart_;
+    std::size_t variables_ = 0;
 };
 
 /// A cell's value; not for MEMO and OLE. Throws kCorrupt when the bytes do not suit the type.
@@ -40,4 +39,4 @@ Bytes EncodeRow(const TableDef& def, const std::vector<std::optional<Bytes>>& ce
 /// `value` in the type that `column` stores (whole numbers into DOUBLE and the like). Throws kTypeMismatch.
 Value Coerce(const Column& column, Value value);
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

@@ -8,114 +8,116 @@
 namespace quorvex::localdata::jet {
 namespace {
 
-constexpr std::size_t kTooFull = 60;      ///< free bytes below which a page leaves the free map
-constexpr std::size_t kRoomAgain = 256;   ///< free bytes from which it comes back
+constexpr std::size_t kTooFull = 60;    ///< free bytes below which a page leaves the free map
+constexpr std::size_t kRoomAgain = 256; ///< free bytes from which it comes back
 constexpr int kPagesTried = 8;
 
-std::size_t FreeBytes(const Byte* page) { return Load16(page + kDataFree); }
+std::size_t FreeBytes(const Byte* page) {
+    return Load16(page + kDataFree);
+}
 
 /// Free bytes counted from the slots, which must all be in order before a page is changed.
 std::size_t CheckedFree(const DataPage& page) {
-  std::size_t lowest = kPageSize;
-  for (unsigned slot = 0; slot < page.slotCount(); ++slot) lowest -= page.Get(slot).bytes.size();
-  return lowest - kDataSlots - 2 * page.slotCount();
+    std::size_t lowest = kPageSize;
+    for (unsigned slot = 0; slot < page.slotCount(); ++slot) lowest -= page.Get(slot).bytes.size();
+    return lowest - kDataSlots - 2 * page.slotCount();
 }
 
 void StoreFree(Byte* page, std::size_t lowest, unsigned slots) {
-  Store16(page + kDataFree, static_cast<std::uint32_t>(lowest - kDataSlots - 2 * slots));
+    Store16(page + kDataFree, static_cast<std::uint32_t>(lowest - kDataSlots - 2 * slots));
 }
 
-}  // namespace
+} // namespace
 
 RowId RowSpace::Place(ByteView row, std::uint16_t flags) {
-  const std::size_t need = row.size() + 2;
-  PageEdit target;
-  PageNo candidate = kMaxPages;
-  for (int tries = 0; tries < kPagesTried; ++tries) {
-    candidate = free_.HighestBelow(candidate);
-    if (candidate == 0) break;
-    if (candidate >= pager_->pageCount()) ThrowCorrupt("a table owns a page past the end of the file", candidate);
-    const DataPage page = OpenDataPage(*pager_, candidate, owner_);
-    if (page.slotCount() >= kMaxSlots || CheckedFree(page) < need) continue;
-    target = pager_->Edit(candidate);
-    break;
-  }
-  if (!target) {
-    target = allocator_->Allocate();
+    const std::size_t need = row.size() + 2;
+    PageEdit target;
+    PageNo candidate = kMaxPages;
+    for (int tries = 0; tries < kPagesTried; ++tries) {
+        candidate = free_.HighestBelow(candidate);
+        if (candidate == 0) break;
+        if (candidate >= pager_->pageCount()) ThrowCorrupt("a table owns a page past the end of the file", candidate);
+        const DataPage page = OpenDataPage(*pager_, candidate, owner_);
+        if (page.slotCount() >= kMaxSlots || CheckedFree(page) < need) continue;
+        target = pager_->Edit(candidate);
+        break;
+    }
+    if (!target) {
+        target = allocator_->Allocate();
+        Byte* const p = target.edit();
+        p[0] = kDataPage;
+        p[1] = 1;
+        Store32(p + kDataOwner, owner_);
+        owned_.Add(target.number(), allocator_->NewPage());
+        free_.Add(target.number(), allocator_->NewPage());
+    }
     Byte* const p = target.edit();
-    p[0] = kDataPage;
-    p[1] = 1;
-    Store32(p + kDataOwner, owner_);
-    owned_.Add(target.number(), allocator_->NewPage());
-    free_.Add(target.number(), allocator_->NewPage());
-  }
-  Byte* const p = target.edit();
-  const unsigned slot = Load16(p + kDataSlotCount);
-  const std::size_t end = slot == 0 ? kPageSize : Load16(p + kDataSlots + 2 * (slot - 1)) & kSlotStart;
-  const std::size_t start = end - row.size();
-  std::copy(row.begin(), row.end(), p + start);
-  Store16(p + kDataSlots + 2 * slot, static_cast<std::uint32_t>(start) | flags);
-  Store16(p + kDataSlotCount, slot + 1);
-  StoreFree(p, start, slot + 1);
-  if (FreeBytes(p) < kTooFull || slot + 1 >= kMaxSlots) free_.Remove(target.number());
-  return {target.number(), static_cast<std::uint8_t>(slot)};
+    const unsigned slot = Load16(p + kDataSlotCount);
+    const std::size_t end = slot == 0 ? kPageSize : Load16(p + kDataSlots + 2 * (slot - 1)) & kSlotStart;
+    const std::size_t start = end - row.size();
+    std::copy(row.begin(), row.end(), p + start);
+    Store16(p + kDataSlots + 2 * slot, static_cast<std::uint32_t>(start) | flags);
+    Store16(p + kDataSlotCount, slot + 1);
+    StoreFree(p, start, slot + 1);
+    if (FreeBytes(p) < kTooFull || slot + 1 >= kMaxSlots) free_.Remove(target.number());
+    return {target.number(), static_cast<std::uint8_t>(slot)};
 }
 
 bool RowSpace::Replace(RowId id, ByteView row, std::uint16_t flags) {
-  const DataPage page = OpenDataPage(*pager_, id.page, owner_);
-  const std::size_t oldSize = page.Get(id.slot).bytes.size();
-  if (CheckedFree(page) + oldSize < row.size()) return false;
-  const PageEdit edit = pager_->Edit(id.page);
-  Byte* const p = edit.edit();
-  std::array<Byte, kPageSize> old;
-  std::copy_n(p, kPageSize, old.begin());
-  const unsigned slots = page.slotCount();
-  std::size_t oldEnd = kPageSize;
-  std::size_t end = kPageSize;
-  for (unsigned slot = 0; slot < slots; ++slot) {
-    const std::uint16_t word = Load16(old.data() + kDataSlots + 2 * slot);
-    const std::size_t oldStart = word & kSlotStart;
-    const bool changed = slot == id.slot;
-    const ByteView bytes = changed ? row : ByteView(old.data() + oldStart, oldEnd - oldStart);
-    const std::uint32_t kept = changed ? flags : word & ~std::uint32_t{kSlotStart};
-    end -= bytes.size();
-    std::copy(bytes.begin(), bytes.end(), p + end);
-    Store16(p + kDataSlots + 2 * slot, static_cast<std::uint32_t>(end) | kept);
-    oldEnd = oldStart;
-  }
-  StoreFree(p, end, slots);
-  NoteFree(id.page);
-  return true;
+    const DataPage page = OpenDataPage(*pager_, id.page, owner_);
+    const std::size_t oldSize = page.Get(id.slot).bytes.size();
+    if (CheckedFree(page) + oldSize < row.size()) return false;
+    const PageEdit edit = pager_->Edit(id.page);
+    Byte* const p = edit.edit();
+    std::array<Byte, kPageSize> old;
+    std::copy_n(p, kPageSize, old.begin());
+    const unsigned slots = page.slotCount();
+    std::size_t oldEnd = kPageSize;
+    std::size_t end = kPageSize;
+    for (unsigned slot = 0; slot < slots; ++slot) {
+        const std::uint16_t word = Load16(old.data() + kDataSlots + 2 * slot);
+        const std::size_t oldStart = word & kSlotStart;
+        const bool changed = slot == id.slot;
+        const ByteView bytes = changed ? row : ByteView(old.data() + oldStart, oldEnd - oldStart);
+        const std::uint32_t kept = changed ? flags : word & ~std::uint32_t{kSlotStart};
+        end -= bytes.size();
+        std::copy(bytes.begin(), bytes.end(), p + end);
+        Store16(p + kDataSlots + 2 * slot, static_cast<std::uint32_t>(end) | kept);
+        oldEnd = oldStart;
+    }
+    StoreFree(p, end, slots);
+    NoteFree(id.page);
+    return true;
 }
 
 void RowSpace::NoteFree(PageNo number) {
-  const PageRef page = pager_->Read(number);
-  const bool hasSlots = Load16(page.data() + kDataSlotCount) < kMaxSlots;
-  const std::size_t room = FreeBytes(page.data());
-  if (room >= kRoomAgain && hasSlots) {
-    if (!free_.Contains(number)) free_.Add(number, allocator_->NewPage());
-  } else if (room < kTooFull) {
-    free_.Remove(number);
-  }
+    const PageRef page = pager_->Read(number);
+    const bool hasSlots = Load16(page.data() + kDataSlotCount) < kMaxSlots;
+    const std::size_t room = FreeBytes(page.data());
+    if (room >= kRoomAgain && hasSlots) {
+        if (!free_.Contains(number)) free_.Add(number, allocator_->NewPage());
+    } else if (room < kTooFull) {
+        free_.Remove(number);
+    }
 }
 
 void RowSpace::Delete(RowId id) {
-  // Both flags: some readers look at one of them only.
-  Replace(id, {}, kSlotDeleted);
+    // Both flags: some readers look at one of them only.
+    Replace(id, {}, kSlotDeleted);
 }
 
 bool RowSpace::IsDead(PageNo number) const {
-  const DataPage page = OpenDataPage(*pager_, number, owner_);
-  for (unsigned slot = 0; slot < page.slotCount(); ++slot) {
-    if (page.Get(slot).flags != kSlotDeleted) return false;
-  }
-  return true;
+    const DataPage page = OpenDataPage(*pager_, number, owner_);
+    for (unsigned slot = 0; slot < page.slotCount(); ++slot) {
+        if (page.Get(slot).flags != kSlotDeleted) return false;
+    }
+    return true;
 }
 
 void RowSpace::Release(PageNo page) {
-  free_.Remove(page);
-  owned_.Remove(page);
-  allocator_->Free(page);
+    free_.Remove(page);
+    owned_.Remove(page);
+    allocator_->Free(page);
 }
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

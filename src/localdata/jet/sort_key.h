@@ -19,4 +19,4 @@ bool HasKnownOrder(const Column& column);
 /// unknown weight come last, by code. For comparing; not for indexes.
 Bytes CompareKey(std::u16string_view text);
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

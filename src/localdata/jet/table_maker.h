@@ -14,13 +14,13 @@ Bytes MakeEmptyDatabase(double date, std::u16string_view password);
 
 /// Security ids of a new file's users; they belong together with kNewFileDate.
 struct SecurityIds {
-  Bytes administrator;
-  Bytes engine;
-  Bytes users;
-  Bytes creator;
+    Bytes administrator;
+    Bytes engine;
+    Bytes users;
+    Bytes creator;
 };
 SecurityIds NewFileSecurityIds();
 /// Creation date of new files, in days.
 inline constexpr double kNewFileDate = 42329.94480300926;
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

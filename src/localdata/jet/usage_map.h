@@ -9,32 +9,32 @@ namespace quorvex::localdata::jet {
 
 /// A set of page numbers kept as a row on a map page. A pointer of 0 is a map that was never made: empty.
 class UsageMap {
- public:
-  UsageMap(Pager& pager, std::uint32_t pointer) : pager_(&pager), at_(RowIdFromPointer(pointer)) {}
+  public:
+    UsageMap(Pager& pager, std::uint32_t pointer) : pager_(&pager), at_(RowIdFromPointer(pointer)) {}
 
-  bool exists() const { return at_.page != 0; }
-  std::uint32_t pointer() const { return PointerFromRowId(at_); }
-  /// All pages inside the file, ascending. A listed page past the end of the file throws kCorrupt.
-  std::vector<PageNo> Pages() const;
-  bool Contains(PageNo page) const;
-  /// The highest page of the set below `below`, or 0.
-  PageNo HighestBelow(PageNo below) const;
-  /// Bitmap pages (type 0x05) this map uses.
-  std::vector<PageNo> BitmapPages() const;
-  /// The row that holds the map.
-  RowId row() const { return at_; }
+    bool exists() const { return at_.page != 0; }
+    std::uint32_t pointer() const { return PointerFromRowId(at_); }
+    /// All pages inside the file, ascending. A listed page past the end of the file throws kCorrupt.
+    std::vector<PageNo> Pages() const;
+    bool Contains(PageNo page) const;
+    /// The highest page of the set below `below`, or 0.
+    PageNo HighestBelow(PageNo below) const;
+    /// Bitmap pages (type 0x05) this map uses.
+    std::vector<PageNo> BitmapPages() const;
+    /// The row that holds the map.
+    RowId row() const { return at_; }
 
-  // Changes; inside a statement. `newPage` appends a zeroed page that the caller has marked as used.
-  using NewPage = std::function<PageEdit()>;
-  void Add(PageNo page, const NewPage& newPage);
-  void Remove(PageNo page);
+    // Changes; inside a statement. `newPage` appends a zeroed page that the caller has marked as used.
+    using NewPage = std::function<PageEdit()>;
+    void Add(PageNo page, const NewPage& newPage);
+    void Remove(PageNo page);
 
- private:
-  Bytes Row() const;
-  void Convert(const std::vector<PageNo>& pages, const NewPage& newPage);
+  private:
+    Bytes Row() const;
+    void Convert(const std::vector<PageNo>& pages, const NewPage& newPage);
 
-  Pager* pager_;
-  RowId at_;
+    Pager* pager_;
+    RowId at_;
 };
 
-}  // namespace quorvex::localdata::jet
+} // namespace quorvex::localdata::jet

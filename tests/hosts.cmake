@@ -1,0 +1,44 @@
+# Tests through real script hosts, and those that need the native service.
+set(quorvex_bits 32)
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+  set(quorvex_bits 64)
+endif()
+set(QUORVEX_SERVICE ${PROJECT_SOURCE_DIR}/build/host/service/quorvex-service CACHE FILEPATH "Native service for the tests")
+
+# quorvex_host_test(NAME [SERVICE] COMMAND...): a registered test; with SERVICE it runs while the service answers.
+function(quorvex_host_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "SERVICE" "" "")
+  set(command ${arg_UNPARSED_ARGUMENTS})
+  if(arg_SERVICE)
+    set(command ${CMAKE_CURRENT_SOURCE_DIR}/with_service ${QUORVEX_SERVICE} ${command})
+  endif()
+  add_test(NAME ${name} COMMAND ${command})
+  set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED wine ENVIRONMENT "${QUORVEX_WINE_ENVIRONMENT}"
+    SKIP_RETURN_CODE 77 TIMEOUT 300)
+endfunction()
+
+# quorvex_script_test(NAME SCRIPT [SERVICE]): a script of tests/scripts in the host of this preset's bitness.
+function(quorvex_script_test name script)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "SERVICE" "" "")
+  set(service)
+  if(arg_SERVICE)
+    set(service SERVICE)
+  endif()
+  quorvex_host_test(${name} ${service} ${CMAKE_CURRENT_SOURCE_DIR}/run_script ${quorvex_bits}
+    ${CMAKE_CURRENT_SOURCE_DIR}/scripts/${script})
+endfunction()
+
+quorvex_script_test(vbscript late_bound.vbs)
+quorvex_script_test(jscript late_bound.js)
+quorvex_script_test(vbscript-truth local_truth.vbs)
+quorvex_script_test(vbscript-web web_mode.vbs SERVICE)
+
+# Web mode beside local mode, early bound: all addresses of the sample data.
+quorvex_sources(modes_sources ${CMAKE_CURRENT_SOURCE_DIR}/modes)
+add_executable(modes_test ${modes_sources} com/host.cpp)
+target_link_libraries(modes_test PRIVATE quorvex_test_support GTest::gtest_main quorvex_com)
+quorvex_warnings(modes_test)
+add_dependencies(modes_test QuorvexLookup)
+quorvex_host_test(modes SERVICE ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:modes_test>)
+quorvex_host_test(examples SERVICE ${CMAKE_CURRENT_SOURCE_DIR}/run_examples ${quorvex_bits}
+  ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:example_early_bound>)

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "localdata/jet_provider.h"
+#include "lookup/quorvex.h"
+#include "support/process_state.h"
+#include "support_code/fake_platform.h"
+#include "support_code/temp_folder.h"
+#include "support_code/tsv.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace quorvex::testing {
+
+// A lookup object in local mode over the sample data and the embedded engine.
+class LocalTest : public ::testing::Test {
+  protected:
+    LocalTest() {
+        platform.databases = &databases;
+        UseFolder(DataFolder(L"sample"));
+    }
+    ~LocalTest() override { support::Process() = {}; }
+
+    void UseFolder(const std::wstring& folder) {
+        object.LMSetDataPath(folder);
+        support::Process().dataPath = logs.Text(); // the sample folder stays as it is
+    }
+
+    // A folder with copies of the sample's files, for tests that spoil them.
+    void CopySampleTo(const std::wstring& folder) {
+        for (const wchar_t* name :
+             {L"PAF_FULL.dat", L"PAF_THOURGHFARE.dat", L"PAF_POSTZON.dat", L"PAF_SUBSTITUTION.txt"}) {
+            support::WriteFileBytes(folder + L"\\" + name, support::ReadFileBytes(DataFolder(L"sample") + L"\\" + name));
+        }
+    }
+
+    std::vector<TsvRow> Truth(const std::wstring& name) { return ReadTsv(DataFolder(L"sample\\truth") + L"\\" + name); }
+    std::string ErrorLog() {
+        const std::wstring file = logs.File(L"Error1.log");
+        return support::FileExists(file) ? support::ReadFileBytes(file) : std::string();
+    }
+
+    TempFolder logs;
+    localdata::JetProvider databases;
+    FakePlatform platform;
+    lookup::Quorvex object{platform};
+};
+
+} // namespace quorvex::testing

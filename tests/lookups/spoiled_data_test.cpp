@@ -1,0 +1,165 @@
+#include "localdata/jet/database.h"
+#include "lookups/address_list.h"
+#include "lookups/address_record.h"
+#include "lookups/local_fixture.h"
+#include "lookups/postcode.h"
+#include "lookups/postzon.h"
+
+#include <random>
+
+namespace quorvex::lookups {
+namespace {
+
+class SpoiledDataTest : public quorvex::testing::LocalTest {
+  protected:
+    SpoiledDataTest() {
+        CopySampleTo(folder.Text());
+        UseFolder(folder.Text());
+    }
+    std::string Full() { return support::ReadFileBytes(folder.File(L"PAF_FULL.dat")); }
+    void SetFull(const std::string& bytes) { support::WriteFileBytes(folder.File(L"PAF_FULL.dat"), bytes); }
+    // A failed search says why, in the object and in the log.
+    void ExpectFailure(const wchar_t* why) {
+        EXPECT_FALSE(GetFullAddressToList(object, L"CR2 9AA")) << support::ToUtf8(why);
+        EXPECT_FALSE(object.General_confirm);
+        EXPECT_FALSE(object.General_errormessage.empty()) << support::ToUtf8(why);
+        EXPECT_NE(ErrorLog().find("\tError:\t"), std::string::npos) << support::ToUtf8(why);
+        support::DeleteFileQuietly(logs.File(L"Error1.log"));
+    }
+
+    quorvex::testing::TempFolder folder;
+};
+
+TEST_F(SpoiledDataTest, MissingFilesAreNamedAndShown) {
+    for (const wchar_t* name : {L"PAF_FULL.dat", L"PAF_THOURGHFARE.dat", L"PAF_POSTZON.dat"}) {
+        support::DeleteFileQuietly(folder.File(name));
+    }
+    const auto missing = [&](const wchar_t* name) { return L"Data file does not exist " + folder.Text() + L"\\" + name; };
+    EXPECT_FALSE(GetFullAddressToList(object, L"CR2 9AA"));
+    EXPECT_EQ(object.General_errormessage, missing(L"PAF_FULL.dat"));
+    EXPECT_FALSE(GetThoroughfareAddressRecord(object, L"CR2 9AA"));
+    EXPECT_EQ(object.General_errormessage, missing(L"PAF_THOURGHFARE.dat"));
+    EXPECT_FALSE(GetPostZonAddressRecord(object, L"CR2 9AA"));
+    EXPECT_EQ(object.General_errormessage, missing(L"PAF_POSTZON.dat"));
+    ASSERT_EQ(platform.messages.size(), 3U);
+    EXPECT_EQ(platform.messages[0].text, missing(L"PAF_FULL.dat"));
+    EXPECT_EQ(platform.messages[0].style, support::kStyleCritical);
+    EXPECT_EQ(platform.messages[0].title, L"Quorvex Lookup");
+    std::filesystem::create_directory(folder.Path() / "PAF_FULL.dat"); // a folder of that name is no file
+    EXPECT_FALSE(GetFullAddressToList(object, L"CR2 9AA"));
+    EXPECT_EQ(object.General_errormessage, missing(L"PAF_FULL.dat"));
+}
+
+TEST_F(SpoiledDataTest, FilesThatAreNoneOfOursFailClearly) {
+    const std::string good = Full();
+    SetFull(good.substr(0, good.size() * 6 / 10));
+    ExpectFailure(L"truncated");
+    SetFull(std::string(good.size(), '\0'));
+    ExpectFailure(L"zeroes");
+    std::string other = good;
+    other[0x14] = 0;
+    SetFull(other);
+    ExpectFailure(L"older version");
+    other[0x14] = 2;
+    SetFull(other);
+    ExpectFailure(L"newer version");
+    other = good;
+    other[0x42] = static_cast<char>(other[0x42] ^ 1);
+    SetFull(other);
+    ExpectFailure(L"another password");
+    SetFull("x");
+    ExpectFailure(L"one byte");
+    SetFull(good);
+    EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA"));
+    EXPECT_EQ(object.RecordCount, 1);
+}
+
+TEST_F(SpoiledDataTest, NoisyPagesNeverGiveAWrongAddress) {
+    const std::string good = Full();
+    ASSERT_TRUE(GetFullAddressToList(object, L"CR2 9AA"));
+    const std::wstring right = GetFullAddressLineForSelection(object);
+    std::mt19937 random(7);
+    int failures = 0;
+    for (std::size_t page = 0; page < good.size() / 4096; ++page) {
+        std::string bad = good;
+        for (std::size_t i = 0; i < 4096; ++i) bad[page * 4096 + i] = static_cast<char>(random());
+        SetFull(bad);
+        if (GetFullAddressToList(object, L"CR2 9AA")) {
+            EXPECT_EQ(object.RecordCount, 1) << page;
+            EXPECT_EQ(GetFullAddressLineForSelection(object), right) << page;
+        } else {
+            ++failures;
+            EXPECT_FALSE(object.General_errormessage.empty()) << page;
+        }
+    }
+    EXPECT_GT(failures, 3);
+}
+
+TEST_F(SpoiledDataTest, LockedForWritingFailsAndReadersShare) {
+    localdata::jet::OpenOptions writing;
+    writing.writable = true;
+    const auto file = support::ToPath(folder.File(L"PAF_FULL.dat"));
+    {
+        const auto writer = localdata::jet::Database::Open(file, u"lanternfox", writing);
+        ExpectFailure(L"somebody writes");
+    }
+    const auto reader = localdata::jet::Database::Open(file, u"lanternfox", {});
+    EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA"));
+}
+
+TEST_F(SpoiledDataTest, QuotesAndForeignTextInAPostcode) {
+    for (const wchar_t* postcode : {L"O'HARE", L"';--", L"\u00A3\u20AC", L"\t\r\n", L"%", L"[x]"}) {
+        const bool done = GetFullAddressToList(object, postcode);
+        EXPECT_EQ(object.RecordCount, 0) << support::ToUtf8(postcode);
+        EXPECT_EQ(done, std::wstring(postcode).find(L'\'') == std::wstring::npos) << support::ToUtf8(postcode);
+    }
+    EXPECT_TRUE(GetFullAddressToList(object, std::wstring(1 << 20, L'A')));
+    EXPECT_EQ(object.RecordCount, 0);
+}
+
+TEST_F(SpoiledDataTest, SubstitutionTableWithABadLine) {
+    support::WriteFileBytes(folder.File(L"PAF_SUBSTITUTION.txt"), "AB\nCDE\n");
+    EXPECT_FALSE(GetFullAddressToList(object, L"CR2 9AA"));
+    EXPECT_NE(object.General_errormessage.find(L"2"), std::wstring::npos); // the line
+    support::DeleteFileQuietly(folder.File(L"PAF_SUBSTITUTION.txt"));
+    EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA")); // scrambled, but an answer
+}
+
+TEST_F(SpoiledDataTest, LongPathWithForeignLettersAndTrailingSeparator) {
+    std::filesystem::path deep = folder.Path();
+    while (deep.native().size() < 320) deep /= support::ToPath(L"Adressdatei \u00E9\u4E2D " + std::wstring(40, L'x'));
+    const std::wstring text = support::FromPath(deep);
+    std::error_code error;
+    std::filesystem::create_directories(support::ToPath(text), error);
+    ASSERT_FALSE(error) << error.message();
+    CopySampleTo(text);
+    for (const std::wstring& path : {text, text + L"\\"}) {
+        UseFolder(path);
+        EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA")) << support::ToUtf8(object.General_errormessage);
+        EXPECT_EQ(object.RecordCount, 1);
+    }
+}
+
+TEST(Postcode, FormsAndShapes) {
+    const std::pair<const wchar_t*, const wchar_t*> forms[] = {
+        {L"", L""},           {L"AB1 3CD", L"AB1 3CD"}, {L"AB123CD", L"AB123CD"},  {L"AB12 3CD", L"AB123CD"},
+        {L"AB12  3CD", L"AB123CD"}, {L"AB13CD", L"AB1 3CD"}, {L"sw1a 1aa", L"sw1a1aa"}, {L"AB1 !CD", L"AB1 1CD"},
+        {L"AB1 *CD", L"AB1 *CD"}, {L"AB1 3", L"AB1 3"}};
+    for (const auto& [typed, formatted] : forms) {
+        EXPECT_EQ(FormatPostCode(typed), formatted) << support::ToUtf8(typed);
+    }
+    EXPECT_EQ(FormatPostCode(L"!\"\u00A3$%^&*()xyz"), L"1234567*90xyz");
+    EXPECT_EQ(FormatPostCode(L"a   b"), L"a  b"); // three blanks become two
+    for (const wchar_t* shape : {L"A1 1AA", L"a11aa", L"AA1 1AA", L"AA11 1AA", L"A1A 1AA", L"AA1A 1AA", L" zz99 "}) {
+        EXPECT_TRUE(HasPostcodeShape(shape)) << support::ToUtf8(shape);
+    }
+    for (const wchar_t* shape : {L"", L"12", L"AAA1 1AA", L"A1 1A", L"A1 A1A", L"A111 1AA", L"Rose Cottage"}) {
+        EXPECT_FALSE(HasPostcodeShape(shape)) << support::ToUtf8(shape);
+    }
+    EXPECT_EQ(SplitCommaForm(L"Rose Cottage, PE13 2QL").postcode, L"PE13 2QL");
+    EXPECT_EQ(SplitCommaForm(L"PE13 2QL,8").house, L"8");
+    EXPECT_EQ(SplitCommaForm(L"a,b,c").house, L"b,c");
+}
+
+} // namespace
+} // namespace quorvex::lookups

@@ -1,0 +1,109 @@
+#include "support_code/sample_data.h"
+
+#include "localdata/data_file_names.h"
+#include "localdata/jet/checker.h"
+#include "localdata/jet_provider.h"
+#include "localdata/row_reader.h"
+#include "localdata/substitution.h"
+#include "support/files.h"
+#include "support_code/tsv.h"
+
+namespace quorvex::testing {
+namespace {
+
+void Copy(const std::wstring& from, const std::wstring& to) {
+    std::filesystem::copy_file(support::ToPath(from), support::ToPath(to),
+                               std::filesystem::copy_options::overwrite_existing);
+}
+
+const std::vector<std::wstring>& PostZonColumns() {
+    static const std::vector<std::wstring> columns = {L"PZ_IntroductionDate",
+                                                      L"PZ_GridRefEast",
+                                                      L"PZ_GridRefNorth",
+                                                      L"PZ_County",
+                                                      L"PZ_District",
+                                                      L"PZ_Ward",
+                                                      L"PZ_UserType",
+                                                      L"PZ_GridStatus",
+                                                      L"PZ_Country",
+                                                      L"PZ_WardStatus",
+                                                      L"PZ_NHS_Code",
+                                                      L"PZ_NHS_Region",
+                                                      L"PZ_Lat",
+                                                      L"PZ_Long",
+                                                      L"PZ_OSRef",
+                                                      L"PZ_Update"};
+    return columns;
+}
+
+// Calls visit(reader) on every row.
+template <typename Visitor>
+void ForEachRow(const std::wstring& file, const std::wstring& table, Visitor&& visit) {
+    localdata::JetProvider databases;
+    localdata::RowReader rows(databases, file, L"SELECT * From " + table);
+    for (; !rows.AtEnd(); rows.Next()) visit(rows);
+    rows.Close();
+}
+
+void AddOnce(SampleRows& rows, const std::wstring& key, std::vector<std::wstring> values) {
+    EXPECT_TRUE(rows.emplace(key, std::move(values)).second) << "twice: " << ::testing::PrintToString(key);
+}
+
+} // namespace
+
+void CopySampleData(const std::wstring& folder) {
+    for (const localdata::DataFile& file : localdata::kDataFiles) {
+        Copy(DataFolder(L"sample") + L"\\" + file.fileName, folder + L"\\" + file.fileName);
+    }
+    Copy(DataFolder(L"sample") + L"\\" + localdata::kSubstitutionFile, folder + L"\\" + localdata::kSubstitutionFile);
+}
+
+void CopyPackage(const std::wstring& package, const std::wstring& folder) {
+    Copy(DataFolder(L"sample\\updates") + L"\\" + package, folder + L"\\" + support::FileNameOf(package));
+}
+
+SampleRows TruthRows(const std::wstring& truthFile) {
+    SampleRows rows;
+    for (const TsvRow& row : ReadTsv(DataFolder(L"sample\\truth") + L"\\" + truthFile)) {
+        std::vector<std::wstring> values(row.begin() + 1, row.end());
+        for (std::wstring& value : values) {
+            if (value == L"\\N") value.clear();
+        }
+        AddOnce(rows, row.at(0), std::move(values));
+    }
+    return rows;
+}
+
+SampleRows AddressRows(const std::wstring& file, const std::wstring& table) {
+    static const localdata::SubstitutionTable substitution = localdata::LoadSubstitution(DataFolder(L"sample"));
+    SampleRows rows;
+    ForEachRow(file, table, [&rows](localdata::RowReader& row) {
+        AddOnce(rows, row.Text(L"FT_Postcode"),
+                {row.Text(L"FT_Update"), substitution.Unscramble(row.Text(L"FT_Address"))});
+    });
+    return rows;
+}
+
+SampleRows PostZonRows(const std::wstring& file) {
+    SampleRows rows;
+    ForEachRow(file, L"PAF_PostZon", [&rows](localdata::RowReader& row) {
+        std::vector<std::wstring> values;
+        for (const std::wstring& column : PostZonColumns()) values.push_back(row.Text(column));
+        AddOnce(rows, row.Text(L"PZ_Postcode"), std::move(values));
+    });
+    return rows;
+}
+
+std::vector<std::wstring> KeysInOrder(const std::wstring& file, const std::wstring& table, const std::wstring& column) {
+    std::vector<std::wstring> keys;
+    ForEachRow(file, table, [&](localdata::RowReader& row) { keys.push_back(row.Text(column)); });
+    return keys;
+}
+
+std::string IntegrityErrors(const std::wstring& file) {
+    namespace jet = localdata::jet;
+    jet::Database database = jet::Database::Open(support::ToPath(file), u"lanternfox");
+    return jet::ErrorsOf(jet::CheckIntegrity(database));
+}
+
+} // namespace quorvex::testing

@@ -1,0 +1,291 @@
+#include "windows/picker.h"
+
+#include "support/files.h"
+#include "support_code/temp_folder.h"
+
+#include <commctrl.h>
+
+#include <cstring>
+
+namespace quorvex::testing {
+namespace {
+
+using namespace dialogs;
+
+class AdvancedTest : public PickerTest {
+  protected:
+    TempFolder folder;
+
+    void OpenCriteria(bool errors = false) {
+        OpenAdvanced(folder.Text(), L"ADV", errors);
+        Find();
+        ASSERT_TRUE(Becomes(kFrame1, true));
+    }
+    void OpenFilled(bool errors = false) {
+        OpenCriteria(errors);
+        ASSERT_TRUE(Filled(kInpPostcodeComb, 2));
+        Type(Control(kLines0), L"acme ltd*");
+        Choose(kInpTownComb, L"Bath");
+        ASSERT_TRUE(Enabled(kADVSearchFindButton, true));
+    }
+    bool Filled(int combo, int items) const {
+        return WaitUntil([&] { return SendMessageW(Control(combo), CB_GETCOUNT, 0, 0) == items; });
+    }
+    // As a user picks an item from the list.
+    void Choose(int combo, const std::wstring& item) {
+        SendMessageW(Control(combo), CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(item.c_str()));
+        SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(combo, CBN_SELCHANGE), reinterpret_cast<LPARAM>(Control(combo)));
+    }
+    HWND Edit(int combo) const {
+        COMBOBOXINFO info{};
+        info.cbSize = sizeof info;
+        GetComboBoxInfo(Control(combo), &info);
+        return info.hwndItem;
+    }
+    std::wstring Selected(int combo) const {
+        DWORD start = 0;
+        DWORD end = 0;
+        SendMessageW(Edit(combo), EM_GETSEL, reinterpret_cast<WPARAM>(&start), reinterpret_cast<LPARAM>(&end));
+        return TextOf(Control(combo)).substr(start, end - start);
+    }
+    HWND Tree() const { return Control(kAdvResultsTree); }
+    HTREEITEM Item(UINT relation, HTREEITEM from) const {
+        return reinterpret_cast<HTREEITEM>(
+            SendMessageW(Tree(), TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(from)));
+    }
+    bool Expanded(HTREEITEM item) const {
+        return (SendMessageW(Tree(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
+    }
+    void ClickItem(HTREEITEM item, int times) {
+        RECT box{};
+        std::memcpy(&box, &item, sizeof item); // how the message is told its item
+        SendMessageW(Tree(), TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&box));
+        MouseClick(Tree(), {(box.left + box.right) / 2, (box.top + box.bottom) / 2}, times);
+    }
+    void SearchTree() {
+        ClickId(dialog, kADVSearchFindButton);
+        ASSERT_TRUE(Becomes(kAdvResultsTree, true));
+    }
+};
+
+TEST_F(AdvancedTest, AdvOpensTheViewAndDownloadsTheListsOnFirstUse) {
+    OpenCriteria();
+    EXPECT_EQ(TextOf(Control(kInpPostcode)), L"");
+    EXPECT_FALSE(IsShown(Control(kCommand1)));
+    EXPECT_TRUE(Filled(kInpCountiesComb, 2));
+    EXPECT_TRUE(Filled(kInpTownComb, 3));
+    EXPECT_TRUE(Filled(kInpPostcodeComb, 2));
+    EXPECT_TRUE(support::FileExists(folder.File(L"lookup.xml")));
+    EXPECT_TRUE(CaptionBecomes(kHostCaption));
+    EXPECT_TRUE(WaitUntil([this] { return FocusOf(dialog) == Control(kLines0); }));
+    EXPECT_EQ(TextOf(Control(kRightTopSectionWarning)), L"Enter some criteria!");
+    EXPECT_EQ(TextOf(Control(kRightBottomSectionWarning)), L"Select one of these!");
+    EXPECT_TRUE(IsShown(Control(kRightTopSectionWarning)));
+    EXPECT_TRUE(IsShown(Control(kRightBottomSectionWarning)));
+    EXPECT_FALSE(IsWindowEnabled(Control(kADVSearchFindButton)));
+    PressKey(Control(kLines0), VK_ESCAPE); // to the postcode view, then out
+    EXPECT_TRUE(Becomes(kCommand1, true));
+    EXPECT_TRUE(WaitUntil([this] { return FocusOf(dialog) == Control(kInpPostcode); }));
+    PressKey(Control(kInpPostcode), VK_ESCAPE);
+    EXPECT_TRUE(Ended(false));
+}
+
+TEST_F(AdvancedTest, CriteriaAreSummedUpAndEnableFindWhenBothGroupsHaveAnEntry) {
+    OpenFilled();
+    EXPECT_TRUE(TextBecomes(kCriteriaLabel, L"Organisation='ACME' starts with 'LTD*'\r\n IN Town/City='BATH'\r\n"));
+    EXPECT_FALSE(IsShown(Control(kRightTopSectionWarning)));
+    EXPECT_FALSE(IsShown(Control(kRightBottomSectionWarning)));
+    Choose(kInpCountiesComb, L"Kent"); // places exclude each other
+    EXPECT_TRUE(TextBecomes(kInpTownComb, L""));
+    EXPECT_EQ(TextOf(Control(kInpCountiesComb)), L"Kent");
+    ClickId(dialog, kCommand5);
+    EXPECT_TRUE(TextBecomes(kInpCountiesComb, L""));
+    EXPECT_EQ(TextOf(Control(kLines0)), L"");
+    EXPECT_TRUE(Enabled(kADVSearchFindButton, false));
+}
+
+TEST_F(AdvancedTest, ShortTextsWarnForSixSecondsAndStay) {
+    OpenCriteria();
+    FocusOn(Control(kLines0));
+    Type(Control(kLines0), L"ab*");
+    FocusOn(Control(kLines1));
+    const auto since = std::chrono::steady_clock::now();
+    EXPECT_TRUE(Becomes(kTopWarning, true));
+    EXPECT_EQ(TextOf(Control(kTopWarning)), L"Organisation must be longer.\r\nPlease be more specific!!!");
+    EXPECT_EQ(TextOf(Control(kLines0)), L"ab*");
+    EXPECT_TRUE(Becomes(kTopWarning, false));
+    const auto shown = std::chrono::steady_clock::now() - since;
+    EXPECT_GT(shown, std::chrono::milliseconds(5000));
+    EXPECT_LT(shown, std::chrono::milliseconds(9000));
+}
+
+TEST_F(AdvancedTest, TypingCompletesFromTheListAndControlKeysAreSwallowed) {
+    OpenCriteria();
+    ASSERT_TRUE(Filled(kInpPostcodeComb, 2));
+    FocusOn(Edit(kInpTownComb));
+    TypeKeys(Edit(kInpTownComb), L"ca");
+    EXPECT_EQ(TextOf(Control(kInpTownComb)), L"Cambridge");
+    EXPECT_EQ(Selected(kInpTownComb), L"mbridge");
+    TypeKeys(Edit(kInpTownComb), L"n");
+    EXPECT_EQ(TextOf(Control(kInpTownComb)), L"Canterbury");
+    EXPECT_EQ(Selected(kInpTownComb), L"terbury");
+    TypeKeys(Edit(kInpTownComb), L"\b");
+    EXPECT_EQ(TextOf(Control(kInpTownComb)), L"Can");
+    TypeKeys(Edit(kInpTownComb), L"\x03");
+    EXPECT_EQ(TextOf(Control(kInpTownComb)), L"Can");
+    TypeKeys(Edit(kInpTownComb), L"z");
+    EXPECT_EQ(TextOf(Control(kInpTownComb)), L"Canz");
+    EXPECT_EQ(Selected(kInpTownComb), L"");
+}
+
+TEST_F(AdvancedTest, APlaceThatIsNotInTheListKeepsTheFocusUntilItIsEmptied) {
+    OpenFilled();
+    Choose(kInpTownComb, L"Bath");
+    FocusOn(Edit(kInpTownComb));
+    Type(Control(kInpTownComb), L"Lond");
+    SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(kLines2)), TRUE);
+    EXPECT_TRUE(Becomes(kBottomWarning, true));
+    EXPECT_EQ(TextOf(Control(kBottomWarning)), L"Can only select values from the list!");
+    EXPECT_TRUE(WaitUntil([this] { return FocusOf(dialog) == Edit(kInpTownComb); }));
+    ClickId(dialog, kADVSearchFindButton); // nor is it searched for
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(platform.requests, 1);
+    Type(Control(kInpTownComb), L"");
+    FocusOn(Control(kLines2));
+    EXPECT_TRUE(Becomes(kBottomWarning, false)); // the six seconds
+}
+
+TEST_F(AdvancedTest, ResultsStandInATreeAndALineIsFetched) {
+    OpenFilled();
+    SearchTree();
+    EXPECT_NE(platform.urls.back().find(L"&company=acme ltd*&house=&street=&town=Bath&county=&postcodearea="),
+              std::wstring::npos);
+    EXPECT_EQ(TextOf(Control(kLabel2)), L"Please double click on Building Name/Number to select address");
+    EXPECT_EQ(SendMessageW(Tree(), TVM_GETCOUNT, 0, 0), 6);
+    const HTREEITEM heading = Item(TVGN_ROOT, nullptr);
+    EXPECT_TRUE(Expanded(heading));
+    PressKey(Tree(), VK_RETURN);
+    PressKey(Tree(), VK_ESCAPE);
+    ClickItem(heading, 2);
+    EXPECT_TRUE(TextBecomes(kLabel2, L"Please select lines below to get address..."));
+    EXPECT_TRUE(IsShown(Tree())); // neither Enter nor Esc leaves the tree
+    EXPECT_EQ(platform.requests, 2);
+    SendMessageW(Tree(), TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(heading));
+    platform.hold = true;
+    ClickItem(Item(TVGN_NEXT, Item(TVGN_CHILD, heading)), 2);
+    EXPECT_TRUE(CaptionBecomes(L"Getting Address Record from Server..."));
+    platform.hold = false;
+    EXPECT_TRUE(Ended(true));
+    EXPECT_NE(platform.urls.back().find(L"&id=AB1 3CD_12_F"), std::wstring::npos);
+    EXPECT_EQ(platform.requests, 3); // the second click of the double click was ignored
+}
+
+TEST_F(AdvancedTest, ManyRecordsStartCollapsedAndTheSpaceBarPicks) {
+    advanced = TreeReply(2, 99);
+    OpenFilled();
+    SearchTree();
+    const HTREEITEM heading = Item(TVGN_ROOT, nullptr);
+    EXPECT_FALSE(Expanded(heading));
+    SendMessageW(Tree(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(Item(TVGN_CHILD, heading)));
+    PressKey(Tree(), VK_SPACE);
+    EXPECT_TRUE(Ended(true));
+}
+
+TEST_F(AdvancedTest, AFailedFetchStaysInTheTreeAndCancelLeadsBack) {
+    record = FailureReply(L"No credit");
+    OpenFilled(true);
+    SearchTree();
+    SendMessageW(Tree(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(Item(TVGN_CHILD, Item(TVGN_ROOT, nullptr))));
+    PressKey(Tree(), VK_SPACE);
+    EXPECT_TRUE(WaitUntil([this] { return platform.Messages().size() == 1; }));
+    EXPECT_EQ(platform.Messages().back().text, L"3 credits left\r\nNo credit");
+    EXPECT_TRUE(CaptionBecomes(kHostCaption));
+    EXPECT_TRUE(IsShown(Tree()));
+    ClickId(dialog, kADVSearchButton); // back to the criteria, as they were
+    EXPECT_TRUE(Becomes(kFrame1, true));
+    EXPECT_EQ(TextOf(Control(kLines0)), L"acme ltd*");
+    ClickId(dialog, kCommand11);
+    EXPECT_TRUE(Becomes(kCommand1, true));
+}
+
+TEST_F(AdvancedTest, NothingFoundAndFailuresAreToldInTheView) {
+    advanced = L"<x><confirm>Yes</confirm><recordcount>0</recordcount><errormessage>Too wide</errormessage></x>";
+    OpenFilled(true);
+    ClickId(dialog, kADVSearchFindButton);
+    EXPECT_TRUE(TextBecomes(kBottomWarning, L"Nothing found!"));
+    EXPECT_TRUE(TextBecomes(kTopWarning, L"Too wide"));
+    EXPECT_TRUE(platform.Messages().empty());
+    advanced = FailureReply(L"Bad key");
+    PressKey(Control(kLines0), VK_RETURN);
+    ASSERT_TRUE(WaitUntil([this] { return platform.Messages().size() == 1; }));
+    EXPECT_EQ(platform.Messages()[0].text, L"3 credits left\r\nBad key");
+    EXPECT_EQ(platform.Messages()[0].title, L"Quorvex Lookup");
+    EXPECT_TRUE(IsShown(Control(kFrame1)));
+}
+
+TEST_F(AdvancedTest, LeavingDuringASearchStopsItAndShowsNoTreeAfterwards) {
+    OpenFilled();
+    platform.hold = true;
+    ClickId(dialog, kADVSearchFindButton);
+    ASSERT_TRUE(WaitUntil([this] { return platform.requests == 2; }));
+    ClickId(dialog, kADVSearchFindButton); // a click during the search is ignored
+    PressKey(Control(kLines0), VK_ESCAPE);
+    EXPECT_TRUE(Becomes(kCommand1, true));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_FALSE(IsShown(Tree()));
+    EXPECT_EQ(platform.requests, 2);
+    ClickId(dialog, kCommand1);
+    EXPECT_TRUE(Ended(false));
+}
+
+TEST_F(AdvancedTest, ANewerListIsOfferedDownloadedOnRequestAndShown) {
+    list = ListReply(2, L"<lookuplistversion>V2</lookuplistversion>");
+    support::WriteFileBytes(folder.File(L"lookup.xml"), "<A>AB</A><T>Bath</T><O>Avon</O>");
+    OpenAdvanced(folder.Text(), L"AB1 3CD");
+    FindStarted();
+    EXPECT_TRUE(Becomes(kDownloadNewList, true));
+    EXPECT_TRUE(support::FileExists(folder.File(L"lookupUpdate.xml")));
+    ClickId(dialog, kADVSearchButton);
+    ASSERT_TRUE(Filled(kInpPostcodeComb, 1));
+    platform.answers = {support::kAnswerNo, support::kAnswerYes};
+    ClickId(dialog, kDownloadNewList);
+    ASSERT_TRUE(WaitUntil([this] { return platform.Messages().size() == 1; }));
+    EXPECT_EQ(platform.Messages()[0].text, L"This option will download a new 'Lookup List' for the Advanced search "
+                                           L"functionality.\r\n\r\nThis will only take a few seconds!  Continue?");
+    EXPECT_TRUE(IsShown(Control(kDownloadNewList)));
+    ClickId(dialog, kDownloadNewList);
+    EXPECT_TRUE(Becomes(kDownloadNewList, false));
+    EXPECT_EQ(platform.Messages().back().text, L"The Lookup List has been updated...");
+    EXPECT_TRUE(Filled(kInpPostcodeComb, 2));
+    EXPECT_TRUE(Becomes(kADVSearchLoadNewLists, true));
+}
+
+TEST_F(AdvancedTest, HelpOpensItsPageAfterTheDialog) {
+    OpenCriteria();
+    platform.answers = {support::kAnswerNo, support::kAnswerYes};
+    ClickId(dialog, kLabel10);
+    ASSERT_TRUE(WaitUntil([this] { return platform.Messages().size() == 1; }));
+    EXPECT_EQ(platform.Messages()[0].text, L"Are you sure you want help?");
+    EXPECT_EQ(platform.Messages()[0].title, L"Help on Advanced Search");
+    EXPECT_TRUE(IsShown(dialog));
+    ClickId(dialog, kLabel10);
+    EXPECT_TRUE(Ended(false));
+    ASSERT_EQ(platform.opened.size(), 1u);
+    EXPECT_EQ(platform.opened[0].second, L"http://s/Software/AdvancedSearch.htm");
+}
+
+TEST_F(AdvancedTest, FiftyThousandTownsFillWithoutHoldingUpTheWindow) {
+    std::wstring towns;
+    for (int n = 0; n < 50000; ++n) towns += L"Town number " + std::to_wstring(n) + L",";
+    lists = L"<x><LookupListVersion>V1</LookupListVersion><A>AB,BA</A><T>" + towns + L"</T><O>Avon</O></x>";
+    OpenCriteria();
+    const auto longest = LongestAnswer(
+        dialog, [this] { return SendMessageW(Control(kInpTownComb), CB_GETCOUNT, 0, 0) == 50000; });
+    EXPECT_EQ(SendMessageW(Control(kInpTownComb), CB_GETCOUNT, 0, 0), 50000);
+    RecordProperty("longest_answer_ms", static_cast<int>(longest.count()));
+    std::printf("longest answer while filling: %d ms\n", static_cast<int>(longest.count()));
+    EXPECT_LE(longest.count(), 100);
+}
+
+} // namespace
+} // namespace quorvex::testing

@@ -1,0 +1,185 @@
+#include "windows/driver.h"
+
+#include <gtest/gtest.h>
+
+#include <objbase.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+
+namespace quorvex::testing {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Ends a stuck run with the name of the test that stands.
+class Watchdog : public ::testing::EmptyTestEventListener {
+  public:
+    Watchdog() {
+        std::thread([this] {
+            for (;;) {
+                std::this_thread::sleep_for(std::chrono::seconds(1));
+                if (Clock::now() - started_.load() < std::chrono::seconds(90)) continue;
+                std::fprintf(stderr, "watchdog: the test did not end: %s\n", name_.c_str());
+                std::fflush(stderr);
+                _exit(97);
+            }
+        }).detach();
+    }
+    void OnTestStart(const ::testing::TestInfo& test) override {
+        name_ = std::string(test.test_suite_name()) + "." + test.name();
+        started_ = Clock::now();
+    }
+
+  private:
+    std::atomic<Clock::time_point> started_{Clock::now()};
+    std::string name_;
+};
+
+const bool kWatchdogSet = [] {
+    ::testing::UnitTest::GetInstance()->listeners().Append(new Watchdog); // owned by the framework
+    return true;
+}();
+
+} // namespace
+
+bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds patience) {
+    const auto end = Clock::now() + patience;
+    while (!condition()) {
+        if (Clock::now() > end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+HostThread::HostThread(std::function<void()> call)
+    : thread_([this, call = std::move(call)] {
+          id_ = GetCurrentThreadId();
+          CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+          call();
+          CoUninitialize();
+          done_ = true;
+      }) {
+    WaitUntil([this] { return id_ != 0; });
+}
+
+HostThread::~HostThread() {
+    thread_.join();
+}
+
+namespace {
+
+struct Search {
+    const std::wstring& caption;
+    HWND found;
+};
+
+BOOL CALLBACK LookAt(HWND window, LPARAM data) {
+    auto& search = *reinterpret_cast<Search*>(data);
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process != GetCurrentProcessId() || !IsWindowVisible(window) || TextOf(window) != search.caption) return TRUE;
+    wchar_t name[16]{};
+    GetClassNameW(window, name, 16);
+    if (std::wstring(name) != L"#32770") return TRUE; // not the window behind a message box
+    search.found = window;
+    return FALSE;
+}
+
+} // namespace
+
+HWND FindVisibleWindow(const std::wstring& caption) {
+    Search wanted{caption, nullptr};
+    EnumWindows(LookAt, reinterpret_cast<LPARAM>(&wanted));
+    return wanted.found;
+}
+
+HWND WaitForWindow(const std::wstring& caption) {
+    HWND window = nullptr;
+    WaitUntil([&] { return (window = FindVisibleWindow(caption)) != nullptr; });
+    EXPECT_NE(window, nullptr) << "no window comes up";
+    return window;
+}
+
+bool WaitGone(const std::wstring& caption) {
+    return WaitUntil([&] { return FindVisibleWindow(caption) == nullptr; });
+}
+
+std::wstring TextOf(HWND window) {
+    std::wstring text(4096, L'\0');
+    DWORD_PTR length = 0;
+    SendMessageTimeoutW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()), SMTO_NORMAL, 5000, &length);
+    text.resize(length);
+    return text;
+}
+
+bool IsShown(HWND window) {
+    return IsWindowVisible(window) != FALSE;
+}
+
+std::vector<HWND> ShownChildren(HWND window) {
+    std::vector<HWND> children;
+    for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+        if (GetWindowLongPtrW(child, GWL_STYLE) & WS_VISIBLE) children.push_back(child);
+    }
+    return children;
+}
+
+void Click(HWND button) {
+    ASSERT_NE(button, nullptr);
+    PostMessageW(button, BM_CLICK, 0, 0);
+}
+
+void ClickId(HWND dialog, int id) {
+    Click(GetDlgItem(dialog, id));
+}
+
+void Type(HWND edit, const std::wstring& text) {
+    SendMessageW(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+void TypeKeys(HWND control, const std::wstring& keys) {
+    for (const wchar_t key : keys) SendMessageW(control, WM_CHAR, key, 1);
+}
+
+void PressKey(HWND control, int virtualKey) {
+    PostMessageW(control, WM_KEYDOWN, static_cast<WPARAM>(virtualKey), 1);
+    PostMessageW(control, WM_KEYUP, static_cast<WPARAM>(virtualKey), static_cast<LPARAM>(0xC0000001));
+}
+
+void MouseClick(HWND control, POINT client, int times) {
+    ClientToScreen(control, &client);
+    SetCursorPos(client.x, client.y);
+    for (int n = 0; n < times; ++n) {
+        mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
+        mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+    }
+}
+
+void FocusOn(HWND control) {
+    const HWND dialog = GetAncestor(control, GA_ROOT);
+    SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
+    EXPECT_TRUE(WaitUntil([&] { return FocusOf(dialog) == control; }));
+}
+
+HWND FocusOf(HWND window) {
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info);
+    return info.hwndFocus;
+}
+
+std::chrono::milliseconds LongestAnswer(HWND window, const std::function<bool()>& until) {
+    std::chrono::milliseconds longest{0};
+    const auto end = Clock::now() + kPatience * 3;
+    while (!until() && Clock::now() < end) {
+        const auto before = Clock::now();
+        SendMessageW(window, WM_NULL, 0, 0);
+        longest = std::max(longest, std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - before));
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return longest;
+}
+
+} // namespace quorvex::testing

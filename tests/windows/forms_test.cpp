@@ -1,0 +1,204 @@
+#include "dialogs/message_form_win.h"
+#include "dialogs/progress_window_win.h"
+#include "dialogs/update_choice_win.h"
+#include "dialogs/zip_form_win.h"
+#include "support/message_pump_win.h"
+#include "windows/dialog_platform.h"
+#include "windows/driver.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvex::testing {
+namespace {
+
+using namespace dialogs;
+
+bool IsAbove(HWND window, HWND other) {
+    for (HWND w = GetWindow(other, GW_HWNDPREV); w != nullptr; w = GetWindow(w, GW_HWNDPREV)) {
+        if (w == window) return true;
+    }
+    return false;
+}
+
+TEST(MessageForm, AMissingStyleIsASingleOkButtonAndAnEmptyTitleTheDefaultOne) {
+    DialogPlatform platform;
+    int answer = 0;
+    HostThread host([&] { answer = TopMostMessageBox(platform, L"Hello"); });
+    const HWND box = WaitForWindow(L"Quorvex");
+    EXPECT_EQ(TextOf(GetDlgItem(box, 0xFFFF)), L"Hello");
+    EXPECT_EQ(GetDlgItem(box, IDYES), nullptr);
+    const HWND ok = GetDlgItem(box, IDOK) != nullptr ? GetDlgItem(box, IDOK) : GetDlgItem(box, IDCANCEL);
+    Click(ok);
+    ASSERT_TRUE(host.WaitDone());
+    EXPECT_EQ(answer, IDOK);
+}
+
+TEST(MessageForm, TheMessageStandsAboveTheTopmostWindowOfAnother) {
+    DialogPlatform platform;
+    HWND foreign = nullptr;
+    std::atomic<bool> end{false};
+    HostThread other([&] {
+        foreign = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"In the way", WS_POPUP | WS_VISIBLE, 0, 0, 1600, 1200, nullptr,
+                                  nullptr, nullptr, nullptr);
+        SetForegroundWindow(foreign);
+        while (!end) {
+            support::PumpPendingMessages();
+            Sleep(5);
+        }
+        DestroyWindow(foreign);
+    });
+    ASSERT_TRUE(WaitUntil([&] { return foreign != nullptr && IsWindowVisible(foreign); }));
+    int answer = 0;
+    HostThread host([&] { answer = TopMostMessageBox(platform, L"Continue?", MB_YESNO | MB_ICONQUESTION, L"Question"); });
+    const HWND box = WaitForWindow(L"Question");
+    EXPECT_TRUE(WaitUntil([&] { return IsAbove(box, foreign); }));
+    EXPECT_TRUE(WaitUntil([&] { return GetForegroundWindow() == box; }));
+    ClickId(box, IDYES);
+    EXPECT_TRUE(host.WaitDone());
+    EXPECT_EQ(answer, IDYES);
+    end = true;
+}
+
+TEST(MessageForm, AHostWindowIsDisabledDuringTheMessageAndEnabledAfterIt) {
+    DialogPlatform platform;
+    HWND window = nullptr;
+    bool enabledAfter = false;
+    HostThread host([&] {
+        window = CreateWindowExW(0, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 500, 400, nullptr, nullptr,
+                                 nullptr, nullptr);
+        TopMostMessageBox(platform, L"Hello", MB_OK, L"Note");
+        enabledAfter = IsWindowEnabled(window) != FALSE;
+        DestroyWindow(window);
+    });
+    const HWND box = WaitForWindow(L"Note");
+    EXPECT_FALSE(IsWindowEnabled(window));
+    ClickId(box, IDOK);
+    ASSERT_TRUE(host.WaitDone());
+    EXPECT_TRUE(enabledAfter);
+}
+
+TEST(MessageForm, InputModeGivesTheTypedTextOrNothing) {
+    DialogPlatform platform;
+    for (const bool confirmed : {true, false}) {
+        std::optional<std::wstring> answer;
+        HostThread host([&] { answer = TopMostInputBox(platform, L"Your name", L"Input", L"preset"); });
+        const HWND box = WaitForWindow(L"Input");
+        const HWND edit = FindWindowExW(box, nullptr, L"EDIT", nullptr);
+        EXPECT_EQ(TextOf(edit), L"preset");
+        Type(edit, L"typed");
+        PressKey(edit, confirmed ? VK_RETURN : VK_ESCAPE);
+        ASSERT_TRUE(host.WaitDone());
+        EXPECT_EQ(answer, confirmed ? std::optional<std::wstring>(L"typed") : std::nullopt);
+    }
+}
+
+TEST(UpdateChoice, EachButtonGivesItsChoiceAndClosingIsCancel) {
+    DialogPlatform platform;
+    using support::UpdateChoice;
+    const std::wstring apply = L"Apply updates from files already in directory\r\nC:\\Data && more";
+    const std::vector<std::pair<std::wstring, UpdateChoice>> buttons = {
+        {L"&Download new updates from the internet and apply them", UpdateChoice::Download},
+        {apply, UpdateChoice::ApplyFromFolder},
+        {L"Cancel", UpdateChoice::Cancel},
+        {L"De&tails...", UpdateChoice::ShowDetails},
+        {L"&Send Logs to Support...", UpdateChoice::SendLogs},
+        {L"", UpdateChoice::Cancel}};
+    for (const auto& [caption, expected] : buttons) {
+        UpdateChoice choice = UpdateChoice::Cancel;
+        HostThread host([&] { choice = AskUpdateChoice(platform, L"T:Update Postcode Address Data", L"C:\\Data & more", true); });
+        const HWND dialog = WaitForWindow(L"T:Update Postcode Address Data");
+        if (caption.empty()) {
+            PostMessageW(dialog, WM_CLOSE, 0, 0);
+        } else {
+            Click(FindWindowExW(dialog, nullptr, L"BUTTON", caption.c_str()));
+        }
+        ASSERT_TRUE(host.WaitDone());
+        EXPECT_EQ(choice, expected);
+    }
+}
+
+TEST(UpdateChoice, WithoutInternetNothingCanBeDownloaded) {
+    DialogPlatform platform;
+    HostThread host([&] { AskUpdateChoice(platform, L"Update", L"C:\\Data", false); });
+    const HWND dialog = WaitForWindow(L"Update");
+    const HWND download = FindWindowExW(dialog, nullptr, L"BUTTON", L"&Download new updates from the internet and apply them");
+    EXPECT_FALSE(IsWindowEnabled(download));
+    PressKey(FocusOf(dialog), VK_ESCAPE);
+    EXPECT_TRUE(host.WaitDone());
+}
+
+TEST(Progress, ShowsUpdatesCancelsOnceAndGivesTheHostItsWindowBack) {
+    DialogPlatform platform;
+    std::atomic<int> cancels{0};
+    std::atomic<int> step{0};
+    HWND window = nullptr;
+    bool enabledAfter = false;
+    HostThread host([&] {
+        window = CreateWindowExW(0, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 500, 400, nullptr, nullptr,
+                                 nullptr, nullptr);
+        ProgressWindow progress(platform, [&] { ++cancels; });
+        progress.Show(L"Downloading Update:x 1/2", L"Get file: x 1 of 4 Kb 25%");
+        step = 1;
+        while (step == 1) {
+            support::PumpPendingMessages();
+            progress.Show(L"Downloading Update:x 1/2", L"Get file: x 2 of 4 Kb 50%");
+            Sleep(5);
+        }
+        progress.Show(L"Downloading Update:y 2/2", L"Get file: y 0 of 4 Kb 0%");
+        while (step == 2) {
+            support::PumpPendingMessages();
+            Sleep(5);
+        }
+        progress.Hide();
+        enabledAfter = IsWindowEnabled(window) != FALSE;
+        DestroyWindow(window);
+    });
+    const HWND dialog = WaitForWindow(L"Downloading Update:x 1/2");
+    EXPECT_FALSE(IsWindowEnabled(window));
+    const HWND label = FindWindowExW(dialog, nullptr, L"STATIC", nullptr);
+    EXPECT_TRUE(WaitUntil([&] { return TextOf(label) == L"Get file: x 2 of 4 Kb 50%"; }));
+    const HWND cancel = FindWindowExW(dialog, nullptr, L"BUTTON", L"&Cancel");
+    Click(cancel);
+    EXPECT_TRUE(WaitUntil([&] { return cancels == 1 && !IsWindowEnabled(cancel); }));
+    PressKey(dialog, VK_ESCAPE);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(cancels, 1);
+    step = 2;
+    WaitForWindow(L"Downloading Update:y 2/2"); // the next file can be cancelled again
+    EXPECT_TRUE(WaitUntil([&] { return IsWindowEnabled(cancel) != FALSE; }));
+    step = 3;
+    ASSERT_TRUE(host.WaitDone());
+    EXPECT_TRUE(enabledAfter);
+}
+
+TEST(Progress, TheShareIsReadFromTheTextsEnd) {
+    EXPECT_EQ(PercentOf(L"Get file: a.zip 1 of 2 Mb 50%"), 50);
+    EXPECT_EQ(PercentOf(L"100% "), 100);
+    EXPECT_EQ(PercentOf(L"999%"), 100);
+    for (const wchar_t* none : {L"", L"%", L"50% done", L"Unziping file:x", L"12345678901%"}) {
+        EXPECT_EQ(PercentOf(none), std::nullopt);
+    }
+}
+
+TEST(Zip, TheStatusWindowShowsItsCaptions) {
+    DialogPlatform platform;
+    std::atomic<bool> end{false};
+    HostThread host([&] {
+        ZipForm form(platform);
+        form.Load();
+        form.SetCaptions(L"Unziping file", L"UPDATE_F_20260331.zip");
+        while (!end) {
+            support::PumpPendingMessages();
+            Sleep(5);
+        }
+        form.Unload();
+    });
+    const HWND window = WaitForWindow(L"Unziping file");
+    EXPECT_EQ(TextOf(FindWindowExW(window, nullptr, L"STATIC", nullptr)), L"UPDATE_F_20260331.zip");
+    end = true;
+    EXPECT_TRUE(host.WaitDone());
+    EXPECT_TRUE(WaitGone(L"Unziping file"));
+}
+
+} // namespace
+} // namespace quorvex::testing

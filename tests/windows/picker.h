@@ -1,0 +1,98 @@
+#pragma once
+
+#include "dialogs/address_controls_win.h"
+#include "dialogs/address_dialog.h"
+#include "windows/dialog_platform.h"
+#include "windows/driver.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace quorvex::testing {
+
+inline constexpr wchar_t kHostCaption[] = L"Order entry - find address";
+
+// One picker in the hands of a test: a host that has called the method, and the user's view of the window.
+class PickerTest : public ::testing::Test {
+  protected:
+    DialogPlatform platform;
+    lookup::Quorvex object{platform};
+    std::unique_ptr<HostThread> host;
+    bool result = false;
+    HWND dialog = nullptr;
+
+    PickerTest() {
+        object.ServerURL = L"http://s";
+        object.SetDataKey(L"W1");
+        platform.onGetUrl = [this](const std::wstring& url) { return Answer(url); };
+    }
+    ~PickerTest() override { End(); }
+
+    // What the service says, by page; a test changes them.
+    std::wstring list = ListReply(3);
+    std::wstring record = RecordReply(L"2 Mill Lane");
+    std::wstring advanced = TreeReply(2, 4);
+    std::wstring lists = L"<x><LookupListVersion>V1</LookupListVersion><A>AB,BA</A><T>Bath,Cambridge,Canterbury</T>"
+                         L"<O>Avon,Kent</O></x>";
+
+    std::wstring Answer(const std::wstring& url) const {
+        if (url.find(L"SearchForAddressAdv") != std::wstring::npos) return advanced;
+        if (url.find(L"SearchForAddress") != std::wstring::npos) return list;
+        if (url.find(L"GetAddressRecord") != std::wstring::npos) return record;
+        if (url.find(L"GetLookups") != std::wstring::npos) return lists;
+        return L"TimeOut";
+    }
+
+    void Open(const std::wstring& postcode = {}, bool account = false, bool manage = false, bool errors = false) {
+        host = std::make_unique<HostThread>([=, this] {
+            result = dialogs::SearchForFullAddressWithDialogue(object, postcode, kHostCaption, account, manage, errors);
+        });
+    }
+    void OpenAdvanced(const std::wstring& path, const std::wstring& postcode = L"ADV", bool errors = false) {
+        host = std::make_unique<HostThread>([=, this] {
+            result = dialogs::SearchForFullAddressWithDialogueAdv(object, postcode, kHostCaption, path, false, false, errors);
+        });
+    }
+    void Find() {
+        dialog = WaitForWindow(kHostCaption);
+        ASSERT_NE(dialog, nullptr);
+    }
+    // After the window's own start, which sets focus and caption.
+    void FindStarted() {
+        Find();
+        ASSERT_TRUE(WaitUntil([this] { return FocusOf(dialog) != nullptr; }));
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    }
+    HWND Control(int id) const { return GetDlgItem(dialog, id); }
+    bool CaptionBecomes(const std::wstring& caption) const {
+        return WaitUntil([&] { return TextOf(dialog) == caption; });
+    }
+    bool TextBecomes(int id, const std::wstring& text) const {
+        return WaitUntil([&] { return TextOf(Control(id)) == text; });
+    }
+    bool Becomes(int id, bool shown) const {
+        return WaitUntil([&] { return IsShown(Control(id)) == shown; });
+    }
+    bool Enabled(int id, bool enabled) const {
+        return WaitUntil([&] { return (IsWindowEnabled(Control(id)) != FALSE) == enabled; });
+    }
+    int Lines() const { return static_cast<int>(SendMessageW(Control(dialogs::kAddressList), LB_GETCOUNT, 0, 0)); }
+    bool Ended(bool expected) {
+        if (host == nullptr || !host->WaitDone()) return false;
+        return result == expected;
+    }
+    // Whatever a test left open is closed as a user would.
+    void End() {
+        platform.hold = false;
+        if (host == nullptr) return;
+        while (!host->Done()) {
+            if (dialog != nullptr && IsWindow(dialog)) PostMessageW(dialog, WM_CLOSE, 0, 0);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        host.reset();
+    }
+};
+
+} // namespace quorvex::testing

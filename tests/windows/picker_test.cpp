@@ -1,0 +1,215 @@
+#include "windows/picker.h"
+
+#include "support_code/temp_folder.h"
+
+namespace quorvex::testing {
+namespace {
+
+using namespace dialogs;
+
+const std::wstring kSearching = L"Web Address Server is Searching for Address...";
+const std::wstring kFetching = L"Getting Address Record from Server...";
+
+TEST_F(PickerTest, OpensIdleInDocumentedSizeWithTheFocusInThePostcode) {
+    Open();
+    FindStarted();
+    EXPECT_EQ(TextOf(Control(kLabel1)), L"Postcode:");
+    EXPECT_EQ(TextOf(Control(kCommand2)), L"&Find");
+    EXPECT_EQ(TextOf(Control(kCommand1)), L"&Cancel");
+    EXPECT_EQ(TextOf(Control(kLabel2)), L"Please enter Postcode and press the [Find] Button");
+    EXPECT_EQ(TextOf(Control(kBuyMoreButton)), L"Manage Account");
+    EXPECT_FALSE(IsShown(Control(kBuyMoreButton)));
+    EXPECT_FALSE(IsShown(Control(kADVSearchButton))); // the plain dialog has no advanced view
+    EXPECT_TRUE(WaitUntil([this] { return FocusOf(dialog) == Control(kInpPostcode); }));
+    RECT box{};
+    GetWindowRect(dialog, &box);
+    EXPECT_EQ(box.right - box.left, 375); // 5625 twips
+    EXPECT_EQ(box.bottom - box.top, 485); // 7275 twips
+    SetWindowPos(dialog, nullptr, 0, 0, 100, 100, SWP_NOMOVE | SWP_NOZORDER);
+    GetWindowRect(dialog, &box);
+    EXPECT_EQ(box.right - box.left, 375); // not smaller
+    EXPECT_EQ(platform.requests, 0);
+    ClickId(dialog, kCommand1);
+    EXPECT_TRUE(Ended(false));
+}
+
+TEST_F(PickerTest, FindShowsTheAddressesAndSelectFetchesTheHighlightedOne) {
+    Open();
+    FindStarted();
+    Type(Control(kInpPostcode), L"AB1 3CD");
+    platform.hold = true;
+    ClickId(dialog, kCommand2);
+    ASSERT_TRUE(CaptionBecomes(kSearching));
+    EXPECT_TRUE(TextBecomes(kCommand2, L"STOP"));
+    EXPECT_EQ(Lines(), 0);
+    platform.hold = false;
+    ASSERT_TRUE(CaptionBecomes(kHostCaption));
+    EXPECT_TRUE(TextBecomes(kCommand2, L"&Find"));
+    EXPECT_EQ(TextOf(Control(kCommand1)), L"&Select");
+    EXPECT_EQ(TextOf(Control(kLabel2)), L"Please double click on address to select");
+    EXPECT_EQ(Lines(), 3);
+    EXPECT_EQ(SendMessageW(Control(kAddressList), LB_GETCURSEL, 0, 0), 0);
+    EXPECT_TRUE(WaitUntil([this] { return FocusOf(dialog) == Control(kAddressList); }));
+
+    SendMessageW(Control(kAddressList), LB_SETCURSEL, 1, 0);
+    platform.hold = true;
+    ClickId(dialog, kCommand1);
+    EXPECT_TRUE(CaptionBecomes(kFetching));
+    platform.hold = false;
+    EXPECT_TRUE(Ended(true));
+    EXPECT_EQ(object.Address_Line1, L"2 Mill Lane");
+    EXPECT_NE(platform.urls.back().find(L"&id=AB1 3CD_2_F"), std::wstring::npos);
+    EXPECT_TRUE(WaitGone(kHostCaption));
+}
+
+TEST_F(PickerTest, AnInitialPostcodeIsSearchedForAtOnceAndEnterSelects) {
+    Open(L"AB1 3CD");
+    FindStarted();
+    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    EXPECT_EQ(TextOf(Control(kInpPostcode)), L"AB1 3CD");
+    PressKey(Control(kAddressList), VK_RETURN);
+    EXPECT_TRUE(Ended(true));
+}
+
+TEST_F(PickerTest, ADoubleClickOnALineFetchesIt) {
+    Open(L"AB1 3CD");
+    FindStarted();
+    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    RECT line{};
+    SendMessageW(Control(kAddressList), LB_GETITEMRECT, 2, reinterpret_cast<LPARAM>(&line));
+    MouseClick(Control(kAddressList), {line.left + 20, (line.top + line.bottom) / 2}, 2);
+    EXPECT_TRUE(Ended(true));
+    EXPECT_NE(platform.urls.back().find(L"&id=AB1 3CD_3_F"), std::wstring::npos);
+}
+
+TEST_F(PickerTest, EditingThePostcodeMakesEnterFindAgainAndAnEmptyBoxStays) {
+    Open(L"AB1 3CD");
+    FindStarted();
+    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    Type(Control(kInpPostcode), L"AB1 3CE");
+    EXPECT_TRUE(TextBecomes(kCommand1, L"&Cancel"));
+    FocusOn(Control(kInpPostcode));
+    PressKey(Control(kInpPostcode), VK_RETURN);
+    EXPECT_TRUE(WaitUntil([this] { return platform.requests == 2; }));
+    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    EXPECT_NE(platform.urls.back().find(L"&postcode=AB1 3CE"), std::wstring::npos);
+    Type(Control(kInpPostcode), L"");
+    FocusOn(Control(kInpPostcode));
+    PressKey(Control(kInpPostcode), VK_RETURN);
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(platform.requests, 2);
+    PressKey(Control(kInpPostcode), VK_ESCAPE);
+    EXPECT_TRUE(Ended(false));
+}
+
+TEST_F(PickerTest, NothingFoundIsSaidInTheCaptionOnce) {
+    list = FailureReply(L"Postcode not known");
+    Open(L"ZZ1 1ZZ");
+    FindStarted();
+    EXPECT_TRUE(CaptionBecomes(std::wstring(kHostCaption) + L" - Found nothing!"));
+    EXPECT_EQ(TextOf(Control(kCommand1)), L"&Cancel");
+    ClickId(dialog, kCommand2);
+    ASSERT_TRUE(WaitUntil([this] { return platform.requests == 2; }));
+    EXPECT_TRUE(TextBecomes(kCommand2, L"&Find"));
+    EXPECT_TRUE(CaptionBecomes(std::wstring(kHostCaption) + L" - Found nothing!"));
+    EXPECT_TRUE(platform.Messages().empty()); // errors are not asked for
+    list = ListReply(1);
+    ClickId(dialog, kCommand2);
+    EXPECT_TRUE(CaptionBecomes(kHostCaption));
+}
+
+TEST_F(PickerTest, ErrorsAreShownWithTheAccountsTextWhenAskedFor) {
+    list = FailureReply(L"Postcode not known");
+    Open(L"ZZ1 1ZZ", true, false, true);
+    FindStarted();
+    EXPECT_TRUE(CaptionBecomes(L"3 credits left - Found nothing!"));
+    ASSERT_EQ(platform.Messages().size(), 1u);
+    EXPECT_EQ(platform.Messages()[0].text, L"3 credits left\r\nPostcode not known");
+    EXPECT_EQ(platform.Messages()[0].style, support::kStyleCritical);
+    EXPECT_EQ(platform.Messages()[0].title, L"Quorvex Lookup");
+}
+
+TEST_F(PickerTest, StopGivesTheSearchUpAndSaysWhy) {
+    platform.hold = true;
+    Open(L"AB1 3CD");
+    Find();
+    ASSERT_TRUE(CaptionBecomes(kSearching));
+    platform.realMessages = true;
+    ClickId(dialog, kCommand2);
+    const HWND box = WaitForWindow(L"Quorvex Lookup COM Object");
+    EXPECT_TRUE(CaptionBecomes(L"Stopped... Problems with internet connection"));
+    EXPECT_EQ(platform.stopCount, 1);
+    const std::wstring text = TextOf(GetDlgItem(box, 0xFFFF));
+    EXPECT_NE(text.find(L"You have stopped the lookup process!"), std::wstring::npos);
+    EXPECT_NE(text.find(L"your are having problems accessing the internet, or you personall firewall"), std::wstring::npos);
+    ClickId(box, IDOK);
+    EXPECT_TRUE(CaptionBecomes(std::wstring(kHostCaption) + L" - Found nothing!"));
+    EXPECT_TRUE(TextBecomes(kCommand2, L"&Find"));
+}
+
+TEST_F(PickerTest, ClosingDuringASearchEndsTheCallAtOnce) {
+    platform.hold = true;
+    Open(L"AB1 3CD", false, false, true);
+    Find();
+    ASSERT_TRUE(CaptionBecomes(kSearching));
+    PressKey(Control(kInpPostcode), VK_ESCAPE);
+    EXPECT_TRUE(Ended(false));
+    EXPECT_GE(platform.stopCount, 1);
+    EXPECT_TRUE(platform.Messages().empty()); // nobody is left to read them
+}
+
+TEST_F(PickerTest, AFailedFetchClosesTheDialogWithFalse) {
+    record = FailureReply(L"No credit");
+    Open(L"AB1 3CD", false, false, true);
+    FindStarted();
+    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    ClickId(dialog, kCommand1);
+    EXPECT_TRUE(Ended(false));
+    ASSERT_EQ(platform.Messages().size(), 1u);
+    EXPECT_EQ(platform.Messages()[0].text, L"3 credits left\r\nNo credit");
+}
+
+TEST_F(PickerTest, TheAccountButtonFollowsTheService) {
+    list = ListReply(2, L"<credits_display_showbutton>1</credits_display_showbutton>"
+                        L"<credits_display_text>7 credits</credits_display_text><accountadminpage>http://mine"
+                        L"</accountadminpage>");
+    Open(L"AB1 3CD", true, true);
+    FindStarted();
+    EXPECT_TRUE(CaptionBecomes(L"7 credits"));
+    EXPECT_TRUE(Becomes(kBuyMoreButton, true));
+    ClickId(dialog, kBuyMoreButton);
+    EXPECT_TRUE(WaitUntil([this] { return !platform.opened.empty(); }));
+    EXPECT_EQ(platform.opened[0].first, L"http://mine");
+    list = ListReply(2);
+    ClickId(dialog, kCommand2);
+    EXPECT_TRUE(Becomes(kBuyMoreButton, false));
+}
+
+TEST_F(PickerTest, LocalModeRefusesWithoutFileAndAlwaysTheAdvancedDialog) {
+    const TempFolder folder;
+    object.LMSetDataPath(folder.Text());
+    Open();
+    EXPECT_TRUE(Ended(false));
+    host.reset();
+    const std::size_t before = platform.Messages().size();
+    OpenAdvanced(folder.Text());
+    EXPECT_TRUE(Ended(false));
+    ASSERT_EQ(platform.Messages().size(), before + 1);
+    EXPECT_EQ(platform.Messages().back().text, L"The Advanced search is not available in Local Mode");
+    EXPECT_EQ(platform.Messages().back().style, support::kStyleCritical);
+    object.LMSetDataPath(L"");
+}
+
+TEST_F(PickerTest, MoreThanAHundredAddressesAreCutAtTheListsEnd) {
+    list = ListReply(150);
+    Open(L"AB1 3CD");
+    FindStarted();
+    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    EXPECT_EQ(Lines(), 101);
+    SendMessageW(Control(kAddressList), LB_SETCURSEL, 100, 0);
+    ClickId(dialog, kCommand1);
+    EXPECT_TRUE(Ended(false)); // no identifier can be asked for there: no crash, no address
+}
+
+} // namespace
+} // namespace quorvex::testing
