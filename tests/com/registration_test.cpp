@@ -20,7 +20,18 @@ constexpr REGSAM kOtherView = KEY_WOW64_64KEY;
 
 using Dump = std::set<std::wstring>;
 
-// Every key and value below a key, one text each.
+// The keys that hold other classes' keys: their children are looked at by name only, which is where a new one would show.
+bool IsContainer(const std::wstring& name) {
+    static const std::set<std::wstring> kContainers = {L"CLSID", L"Interface", L"TypeLib", L"AppID", L"WOW6432Node"};
+    return kContainers.contains(name);
+}
+
+bool IsOwn(const std::wstring& path) {
+    return path.find(L"Quorvex") != std::wstring::npos || path.find(L"{1D6679CA-") != std::wstring::npos ||
+           path.find(L"{A8C4E3FB-") != std::wstring::npos || path.find(L"{D02A196F-") != std::wstring::npos;
+}
+
+// The keys below a key, and all that stands in those of the component, one text each.
 void Collect(HKEY key, const std::wstring& path, Dump& dump) {
     std::array<wchar_t, 16384> name;
     std::array<BYTE, 16384> data;
@@ -35,6 +46,7 @@ void Collect(HKEY key, const std::wstring& path, Dump& dump) {
         if (RegEnumKeyExW(key, i, name.data(), &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
         const std::wstring child = path + L"\\" + std::wstring(name.data(), length);
         dump.insert(child);
+        if (!IsOwn(child) && !IsContainer(name.data())) continue;
         HKEY opened = nullptr;
         if (RegOpenKeyExW(key, name.data(), 0, KEY_READ, &opened) != ERROR_SUCCESS) continue;
         Collect(opened, child, dump);
