@@ -106,6 +106,8 @@ std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) 
     while (stated == 0 || body.size() < stated) {
         // A network faster than the reader would never let the wait see a message.
         if (!body.empty() && !RunMessages(deadline)) return kTimeOut;
+        // A read that asks for more than is there may hold the caller until all of it has come, limit or not.
+        if (!Finish(request, request.AwaitData(), deadline)) return kTimeOut;
         if (!Finish(request, request.Read(), deadline)) return kTimeOut;
         const std::string_view piece = request.Piece();
         if (piece.empty()) break;
