@@ -32,7 +32,6 @@ quorvex_script_test(vbscript late_bound.vbs)
 quorvex_script_test(jscript late_bound.js)
 quorvex_script_test(vbscript-truth local_truth.vbs)
 quorvex_script_test(vbscript-web web_mode.vbs SERVICE)
-quorvex_script_test(example-scripts examples.vbs SERVICE)
 
 # Web mode beside local mode, early bound: all addresses of the sample data.
 quorvex_sources(modes_sources ${CMAKE_CURRENT_SOURCE_DIR}/modes)
@@ -41,5 +40,5 @@ target_link_libraries(modes_test PRIVATE quorvex_test_support GTest::gtest_main 
 quorvex_warnings(modes_test)
 add_dependencies(modes_test QuorvexLookup)
 quorvex_host_test(modes SERVICE ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:modes_test>)
-quorvex_host_test(example-early-bound ${CMAKE_CURRENT_SOURCE_DIR}/run_example ${CMAKE_CROSSCOMPILING_EMULATOR}
-  $<TARGET_FILE:example_early_bound>)
+quorvex_host_test(examples SERVICE ${CMAKE_CURRENT_SOURCE_DIR}/run_examples ${quorvex_bits}
+  ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:example_early_bound>)

@@ -10,16 +10,28 @@
 // fields may stand in double quotes. Lines that cannot be used are named and passed over.
 // Ends with 0 when a branch is in reach, 1 when none is, 2 for a wrong call.
 
-var named = WScript.Arguments.Named;
-var unnamed = WScript.Arguments.Unnamed;
-if (unnamed.Count !== 2) {
+var options = {}, unnamed = [];
+readArguments();
+if (unnamed.length !== 2) {
     WScript.Echo("usage: cscript //nologo nearest_branch.js BRANCHES.CSV \"POSTCODE\" [/km:N] [/server:URL] [/key:KEY] [/data:FOLDER]");
     WScript.Quit(2);
 }
-WScript.Quit(main(unnamed.Item(0), unnamed.Item(1)));
+WScript.Quit(main(unnamed[0], unnamed[1]));
+
+function readArguments() {
+    for (var i = 0; i < WScript.Arguments.length; ++i) {
+        var argument = WScript.Arguments(i);
+        var option = /^\/(\w+):(.*)$/.exec(argument);
+        if (option === null) {
+            unnamed.push(argument);
+        } else {
+            options[option[1].toLowerCase()] = option[2];
+        }
+    }
+}
 
 function main(file, postcode) {
-    var kilometres = named.Exists("km") ? parseFloat(named.Item("km")) : 50;
+    var kilometres = "km" in options ? parseFloat(options.km) : 50;
     if (!(kilometres > 0)) return fail("/km needs a number above 0.", 2);
     var lookup = newLookup();
     if (lookup === null) return 2;
@@ -50,9 +62,9 @@ function newLookup() {
         fail("The address lookup component is not registered for this script host (regsvr32 QuorvexLookup.dll).", 2);
         return null;
     }
-    if (named.Exists("key")) lookup.SetDataKey(named.Item("key"));
-    if (named.Exists("server")) lookup.SetServiceURL(named.Item("server"));
-    if (named.Exists("data")) lookup.LMSetDataPath(named.Item("data"));
+    if ("key" in options) lookup.SetDataKey(options.key);
+    if ("server" in options) lookup.SetServiceURL(options.server);
+    if ("data" in options) lookup.LMSetDataPath(options.data);
     return lookup;
 }
 

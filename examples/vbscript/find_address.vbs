@@ -13,27 +13,43 @@ Option Explicit
 
 Const kLastLine = 100 ' one search hands out this many lines that can be picked
 
-Dim lookup, lines, picked
-If WScript.Arguments.Unnamed.Count <> 1 Then
+Dim lookup, lines, picked, postcode, options
+Set options = CreateObject("Scripting.Dictionary")
+If Not ReadArguments() Then
     WScript.Echo "usage: cscript //nologo find_address.vbs ""POSTCODE"" [/server:URL] [/key:KEY] [/data:FOLDER] [/pick:N]"
     WScript.Quit 2
 End If
 Set lookup = NewLookup()
-lines = Search(lookup, WScript.Arguments.Unnamed(0))
+Set lines = Search(lookup, postcode)
 ShowLines lines
-picked = PickedLine(UBound(lines))
+picked = PickedLine(lines.Count)
 If picked = 0 Then
     WScript.Echo "Nothing picked."
     WScript.Quit 1
 End If
 If Not lookup.GetFullAddressRecord(picked - 1) Then Fail "The address could not be read", lookup
-WScript.Echo
+WScript.Echo ""
 WScript.Echo Label(lookup)
+
+' Fills postcode and options; False when the call is wrong.
+Function ReadArguments()
+    Dim argument, colon, count, i
+    count = 0
+    For i = 0 To WScript.Arguments.Count - 1
+        argument = WScript.Arguments(i)
+        colon = InStr(argument, ":")
+        If Left(argument, 1) = "/" And colon > 2 Then
+            options(LCase(Mid(argument, 2, colon - 2))) = Mid(argument, colon + 1)
+        Else
+            postcode = argument
+            count = count + 1
+        End If
+    Next
+    ReadArguments = (count = 1)
+End Function
 
 ' The lookup object with the settings of the command line.
 Function NewLookup()
-    Dim options
-    Set options = WScript.Arguments.Named
     On Error Resume Next
     Set NewLookup = CreateObject("QuorvexLookup.Quorvex")
     If Err.Number <> 0 Then
@@ -48,31 +64,28 @@ End Function
 
 ' The display lines at a postcode, from 1; ends the script when there are none.
 Function Search(lookup, postcode)
-    Dim found(), count, line
+    Dim found, line
     If Not lookup.GetFullAddressToList(postcode) Then Fail "The search failed", lookup
-    ReDim found(kLastLine)
-    count = 0
-    Do While count < kLastLine
+    Set found = CreateObject("Scripting.Dictionary")
+    Do While found.Count < kLastLine
         line = lookup.GetFullAddressLineForSelection
         If line = "" Then Exit Do
-        count = count + 1
-        found(count) = line
+        found.Add found.Count + 1, line
     Loop
-    If count = 0 Then
+    If found.Count = 0 Then
         WScript.Echo "No addresses at """ & postcode & """."
         WScript.Quit 1
     End If
-    ReDim Preserve found(count)
-    Search = found
+    Set Search = found
 End Function
 
 Sub ShowLines(lines)
     Dim i
-    For i = 1 To UBound(lines)
+    For i = 1 To lines.Count
         WScript.Echo Right("   " & i, 4) & "  " & lines(i)
     Next
-    If lookup.RecordCount > UBound(lines) Then
-        WScript.Echo "      ... " & (lookup.RecordCount - UBound(lines)) & " more; name the house: ""POSTCODE, HOUSE"""
+    If lookup.RecordCount > lines.Count Then
+        WScript.Echo "      ... " & (lookup.RecordCount - lines.Count) & " more; name the house: ""POSTCODE, HOUSE"""
     End If
     If lookup.General_credits_display_text <> "" Then WScript.Echo "      (" & lookup.General_credits_display_text & ")"
 End Sub
@@ -80,21 +93,33 @@ End Sub
 ' The number of the address to take; 0 for none.
 Function PickedLine(count)
     Dim answer
-    If WScript.Arguments.Named.Exists("pick") Then
-        answer = WScript.Arguments.Named("pick")
+    If options.Exists("pick") Then
+        answer = options("pick")
     ElseIf count = 1 Then
         answer = 1
     Else
-        WScript.StdOut.Write "Which address (1 to " & count & ", Enter for none)? "
-        If Not WScript.StdIn.AtEndOfStream Then answer = Trim(WScript.StdIn.ReadLine)
+        answer = Ask("Which address (1 to " & count & ", Enter for none)? ")
     End If
     PickedLine = 0
-    If Not IsNumeric(answer) Or IsEmpty(answer) Then Exit Function
+    If answer = "" Or Not IsNumeric(answer) Then Exit Function
     If CDbl(answer) >= 1 And CDbl(answer) <= count And CDbl(answer) = Int(CDbl(answer)) Then
         PickedLine = CLng(answer)
     Else
         WScript.Echo "There is no address " & answer & "."
     End If
+End Function
+
+' What the user types; empty where nobody can be asked.
+Function Ask(question)
+    Ask = ""
+    On Error Resume Next
+    WScript.StdOut.Write question
+    If Err.Number = 0 Then
+        If Not WScript.StdIn.AtEndOfStream Then Ask = Trim(WScript.StdIn.ReadLine)
+    Else
+        WScript.Echo "This script host has no console to ask at; use cscript, or /pick:N."
+    End If
+    On Error Goto 0
 End Function
 
 ' The current address as it stands on an envelope: no empty lines, the town in capitals.

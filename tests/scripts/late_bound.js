@@ -10,7 +10,10 @@ function errorOf(action) {
     try {
         action();
     } catch (error) {
-        return error.number & 0xFFFF;
+        var number = error.number & 0xFFFF;
+        // Not every host translates Automation's own codes into those of scripts.
+        var scripts = { 3: 438, 5: 13, 6: 438, 14: 450 };
+        return (error.number >>> 16) === 0x8002 ? scripts[number] : number;
     }
     return 0;
 }

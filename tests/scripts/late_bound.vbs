@@ -83,9 +83,9 @@ Check "distance", distance, 0.0
 Check "first text", data(0), "here"
 Check "second text", data(1), "1"
 Check "third text", data(2), ""
-value = "untouched"
+value = "99"
 Check "behind the end", object.Nearest_GetRecord(3, value, 0, 0, "", "", ""), False
-Check "nothing filled in", value, "untouched"
+Check "nothing filled in", value, "99"
 object.Nearest_EndList
 
 ' Wrong calls end in the errors that scripts know.

@@ -31,7 +31,7 @@ Function Plain(text)
     Dim i
     Plain = False
     For i = 1 To Len(text)
-        If AscW(Mid(text, i, 1)) > 126 Or AscW(Mid(text, i, 1)) < 0 Then Exit Function
+        If Asc(Mid(text, i, 1)) > 126 Or Asc(Mid(text, i, 1)) < 0 Then Exit Function
     Next
     Plain = True
 End Function
@@ -57,7 +57,8 @@ For Each row In Rows("full.tsv", 1)
         Loop
         Check key & " line " & position, line, field(2)
         If position Mod 5 = 1 Then
-            Check key & " record " & position, object.GetFullAddressRecord(position - 1), True
+            ' A record without a postcode is none.
+            Check key & " record " & position, object.GetFullAddressRecord(position - 1), field(9) <> ""
             Check key & " organisation", object.Address_Organisation, field(3)
             Check key & " line1", object.Address_Line1, field(4)
             Check key & " line2", object.Address_Line2, field(5)

@@ -9,7 +9,7 @@ Sub Check(what, got, expected)
     If CStr(got) <> CStr(expected) Then WScript.Echo "FAIL " & what & ": '" & got & "' instead of '" & expected & "'"
 End Sub
 
-service = CreateObject("WScript.Shell").ExpandEnvironmentStrings("%QUORVEX_SERVICE_URL%")
+service = Replace(CreateObject("WScript.Shell").ExpandEnvironmentStrings("%QUORVEX_SERVICE_URL%"), Chr(0), "") ' some systems hand the end out, too
 Set object = CreateObject("QuorvexLookup.Quorvex")
 object.SetServiceURL service
 object.SetDataKey "demo"

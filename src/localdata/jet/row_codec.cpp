@@ -10,7 +10,7 @@
 
 namespace quorvex::localdata::jet {
 
-RowView::RowView(const TableDef& def, ByteView row, PageNo page) : def_(&def), row_(row), page_(page) {
+RowView::RowView(const TableDef& def, ByteView row, PageNo page) : row_(row), page_(page) {
     if (row.size() < 3) ThrowCorrupt("a row is too short", page);
     columns_ = Load16(row.data());
     const std::size_t maskSize = (columns_ + 7) / 8;

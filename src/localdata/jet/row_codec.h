@@ -19,7 +19,6 @@ class RowView {
   private:
     bool MaskBit(std::size_t number) const;
 
-    const TableDef* def_;
     ByteView row_;
     PageNo page_;
     std::size_t columns_;
