@@ -33,8 +33,7 @@ std::wstring OutwardOf(const std::wstring& key) {
 
 class AreaFilter {
   public:
-    explicit AreaFilter(const std::wstring& typed)
-        : text_(support::ReplaceAll(support::UpperCase(typed), L" ", L"")) {
+    explicit AreaFilter(const std::wstring& typed) : text_(support::ReplaceAll(support::UpperCase(typed), L" ", L"")) {
         const std::size_t star = text_.find(L'*');
         beginning_ = star != std::wstring::npos;
         if (beginning_) text_.resize(star);

@@ -7,8 +7,8 @@ namespace quorvex::dialogs {
 // The module (DLL, or program when linked statically) that holds this code and its resources.
 HINSTANCE OwnModule();
 
-// While it lives, windows made by this thread get the themed controls that the module's manifest (resource 2) asks for, whatever
-// the host uses. Without such a manifest nothing changes.
+// While it lives, windows made by this thread get the themed controls that the module's manifest (resource 2) asks for,
+// whatever the host uses. Without such a manifest nothing changes.
 class ActivationContext {
   public:
     ActivationContext();

@@ -9,9 +9,9 @@ namespace quorvex::dialogs {
 namespace {
 
 // Posted to the dialog itself: what a control reports is acted on when the control is done with it.
-constexpr UINT kPlaceChosen = WM_APP + 1;  // wParam: field
-constexpr UINT kPlaceLeft = WM_APP + 2;    // wParam: field
-constexpr UINT kNodePicked = WM_APP + 3; // the selected node was clicked
+constexpr UINT kPlaceChosen = WM_APP + 1; // wParam: field
+constexpr UINT kPlaceLeft = WM_APP + 2;   // wParam: field
+constexpr UINT kNodePicked = WM_APP + 3;  // the selected node was clicked
 
 constexpr wchar_t kFormProperty[] = L"QuorvexForm";
 constexpr wchar_t kProcedureProperty[] = L"QuorvexProcedure";
@@ -29,7 +29,8 @@ WNDPROC FormerProcedure(HWND edit) {
 
 } // namespace
 
-// --- The view ----------------------------------------------------------------------------------------------------------------
+// --- The view
+// ----------------------------------------------------------------------------------------------------------------
 
 void frmAddress::AdvSearchShow() {
     if (Searching() || advSearch_.Busy()) return;
@@ -45,7 +46,7 @@ void frmAddress::AdvSearchShow() {
 }
 
 void frmAddress::ShowTree(const std::wstring& instruction) {
-    SetText(c_.Label2, instruction);
+    SetTextIfNew(c_.Label2, instruction);
     ShowView(View::Results);
     SetFocus(c_.AdvResultsTree);
 }
@@ -64,14 +65,16 @@ void frmAddress::Command5_Click() {
 
 void frmAddress::Label10_Click() {
     const int style = support::kStyleYesNo | support::kStyleQuestion;
-    if (AddressObj.platform.ShowMessage(L"Are you sure you want help?", style, kHelpTitle) != support::kAnswerYes) return;
+    if (AddressObj.platform.ShowMessage(L"Are you sure you want help?", style, kHelpTitle) != support::kAnswerYes)
+        return;
     gotoHelp_ = true;
     SetCaption(kCaptionOpeningHelp);
     AddressObj.platform.PumpMessages();
     Close();
 }
 
-// --- Messages ----------------------------------------------------------------------------------------------------------------
+// --- Messages
+// ----------------------------------------------------------------------------------------------------------------
 
 bool frmAddress::AdvancedCommand(int id, int code) {
     if (const int field = id - kInpTownComb + kTown; field >= kTown && field <= kPostcodeArea) {
@@ -85,13 +88,24 @@ bool frmAddress::AdvancedCommand(int id, int code) {
     }
     if (code != BN_CLICKED) return false;
     switch (id) {
-    case kADVSearchFindButton: advSearch_.Find(); return true;
+    case kADVSearchFindButton:
+        advSearch_.Find();
+        return true;
     case kADVSearchLoadNewLists:
-    case kDownloadNewList: advSearch_.LoadUpdatedList(); return true;
-    case kCommand5: Command5_Click(); return true;
-    case kCommand11: Command11_Click(); return true;
-    case kLabel10: Label10_Click(); return true;
-    default: return false;
+    case kDownloadNewList:
+        advSearch_.LoadUpdatedList();
+        return true;
+    case kCommand5:
+        Command5_Click();
+        return true;
+    case kCommand11:
+        Command11_Click();
+        return true;
+    case kLabel10:
+        Label10_Click();
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -116,14 +130,18 @@ std::optional<LRESULT> frmAddress::Message(UINT message, WPARAM wParam, LPARAM l
     }
     case WM_SETCURSOR:
         // The STOP button works while all else waits.
-        if (waits_ == 0 || reinterpret_cast<HWND>(wParam) == c_.Command2 || LOWORD(lParam) != HTCLIENT) return std::nullopt;
+        if (waits_ == 0 || reinterpret_cast<HWND>(wParam) == c_.Command2 || LOWORD(lParam) != HTCLIENT)
+            return std::nullopt;
         SetCursor(LoadCursorW(nullptr, IDC_WAIT));
         return TRUE;
-    case WM_DRAWITEM: return DrawHelpLink(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+    case WM_DRAWITEM:
+        return DrawHelpLink(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
     case WM_HELP:
         if (view_ != View::Postcode && !closed_) Label10_Click();
         return TRUE;
-    case WM_SYSCOLORCHANGE: MetricsChanged(); return std::nullopt;
+    case WM_SYSCOLORCHANGE:
+        MetricsChanged();
+        return std::nullopt;
     case kPlaceChosen:
         if (InCriteria()) advSearch_.Inp_Click(static_cast<int>(wParam));
         return 0;
@@ -133,11 +151,13 @@ std::optional<LRESULT> frmAddress::Message(UINT message, WPARAM wParam, LPARAM l
     case kNodePicked:
         if (InResults()) advSearch_.SelectFromTree();
         return 0;
-    default: return std::nullopt;
+    default:
+        return std::nullopt;
     }
 }
 
-// --- Results tree ------------------------------------------------------------------------------------------------------------
+// --- Results tree
+// ------------------------------------------------------------------------------------------------------------
 
 LRESULT frmAddress::TreeNotify(const NMHDR& header) {
     switch (header.code) {
@@ -158,11 +178,13 @@ LRESULT frmAddress::TreeNotify(const NMHDR& header) {
         if (reinterpret_cast<const NMTVKEYDOWN&>(header).wVKey != VK_SPACE) return 0;
         PostMessageW(Window(), kNodePicked, 0, 0);
         return 1;
-    default: return 0;
+    default:
+        return 0;
     }
 }
 
-// --- Place fields ------------------------------------------------------------------------------------------------------------
+// --- Place fields
+// ------------------------------------------------------------------------------------------------------------
 
 int frmAddress::PlaceFieldOf(HWND control) const {
     for (const int field : {kTown, kCounty, kPostcodeArea}) {
@@ -172,7 +194,8 @@ int frmAddress::PlaceFieldOf(HWND control) const {
     return 0;
 }
 
-// A place that is no value of its list keeps the focus, unless the user leaves the view, clears it, or turns to another window.
+// A place that is no value of its list keeps the focus, unless the user leaves the view, clears it, or turns to another
+// window.
 void frmAddress::CheckPlaceLeft(int field) {
     const HWND focus = GetFocus();
     if (focus == nullptr || !IsChild(Window(), focus) || PlaceFieldOf(focus) == field) return;

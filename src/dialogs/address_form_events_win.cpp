@@ -47,16 +47,6 @@ class ButtonCaptionScope {
 
 } // namespace
 
-std::wstring WindowText(HWND window) {
-    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window)) + 1, L'\0');
-    text.resize(static_cast<std::size_t>(GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
-    return text;
-}
-
-void SetTextIfNew(HWND window, const std::wstring& text) {
-    if (WindowText(window) != text) SetWindowTextW(window, text.c_str());
-}
-
 frmAddress::frmAddress(lookup::Quorvex& addressObj, AddressFormSettings settings)
     : Form(addressObj.platform, settings.dpi), AddressObj(addressObj), settings_(std::move(settings)),
       advSearch_(addressObj, *this) {}
@@ -65,7 +55,8 @@ frmAddress::~frmAddress() {
     advSearch_.FormDispose();
 }
 
-// --- Life of the window ------------------------------------------------------------------------------------------------------
+// --- Life of the window
+// ------------------------------------------------------------------------------------------------------
 
 bool frmAddress::ShowModal() {
     const HWND host = HostWindow();
@@ -97,10 +88,10 @@ void frmAddress::Timer1_Timer() {
     BringToFront(Window());
     SetFocus(c_.InpPostcode);
     if (settings_.PostcodePrimer == L"ADV") {
-        SetText(c_.InpPostcode, L"");
+        SetTextIfNew(c_.InpPostcode, L"");
         AdvSearchShow();
     } else if (!settings_.PostcodePrimer.empty()) {
-        SetText(c_.InpPostcode, settings_.PostcodePrimer);
+        SetTextIfNew(c_.InpPostcode, settings_.PostcodePrimer);
         Command2_Click();
     }
 }
@@ -133,7 +124,8 @@ void frmAddress::FinishWithAddress() {
     Hide();
 }
 
-// --- Messages ----------------------------------------------------------------------------------------------------------------
+// --- Messages
+// ----------------------------------------------------------------------------------------------------------------
 
 void frmAddress::Command(int id, int code, HWND control) {
     if (closed_) return;
@@ -149,13 +141,26 @@ void frmAddress::Command(int id, int code, HWND control) {
     if (id == kAddressList && code == LBN_DBLCLK) selectaddress();
     if (code != BN_CLICKED) return;
     switch (id) {
-    case kCommand1: Command1_Click(); break;
-    case kCommand2: Command2_Click(); break;
-    case kCommand3: Command3_Click(); break;
-    case kCommand4: Command4_Click(); break;
-    case kBuyMoreButton: BuyMoreButton_Click(); break;
-    case kADVSearchButton: AdvSearchShow(); break;
-    default: break;
+    case kCommand1:
+        Command1_Click();
+        break;
+    case kCommand2:
+        Command2_Click();
+        break;
+    case kCommand3:
+        Command3_Click();
+        break;
+    case kCommand4:
+        Command4_Click();
+        break;
+    case kBuyMoreButton:
+        BuyMoreButton_Click();
+        break;
+    case kADVSearchButton:
+        AdvSearchShow();
+        break;
+    default:
+        break;
     }
 }
 
@@ -175,16 +180,17 @@ void frmAddress::EndWait() {
     if (--waits_ == 0) SetCursor(LoadCursorW(nullptr, IDC_ARROW));
 }
 
-// --- Find and Stop -----------------------------------------------------------------------------------------------------------
+// --- Find and Stop
+// -----------------------------------------------------------------------------------------------------------
 
 void frmAddress::InpPostcode_Change() {
-    SetText(c_.Command1, kCaptionCancel);
+    SetTextIfNew(c_.Command1, kCaptionCancel);
     ShowDefaultButton();
 }
 
 void frmAddress::Command2_Click() {
     if (view_ == View::Results) ShowView(View::Postcode);
-    if (TextOf(c_.Command2) == kCaptionStop) {
+    if (WindowText(c_.Command2) == kCaptionStop) {
         Stop();
     } else if (!fetching_ && !advSearch_.Busy()) {
         Find();
@@ -200,7 +206,7 @@ void frmAddress::Find() {
     std::int32_t found = 0;
     {
         const WaitScope waiting(*this);
-        if (lookups::GetFullAddressToList(AddressObj, TextOf(c_.InpPostcode))) found = AddressObj.RecordCount;
+        if (lookups::GetFullAddressToList(AddressObj, WindowText(c_.InpPostcode))) found = AddressObj.RecordCount;
     }
     if (closed_) return;
     if (found != 0) {
@@ -209,15 +215,15 @@ void frmAddress::Find() {
         ReportFailure();
     }
     if (closed_) return;
-    caption.Restore(CaptionToRestore(caption.Remembered(), AddressObj.General_credits_display_text,
-                                     settings_.showAccountDetails));
+    caption.Restore(
+        CaptionToRestore(caption.Remembered(), AddressObj.General_credits_display_text, settings_.showAccountDetails));
     if (SendMessageW(c_.AddressList, LB_GETCOUNT, 0, 0) > 0) {
-        SetText(c_.Command1, kCaptionSelect);
+        SetTextIfNew(c_.Command1, kCaptionSelect);
         SendMessageW(c_.AddressList, LB_SETCURSEL, 0, 0);
         if (view_ == View::Postcode) SetFocus(c_.AddressList);
     } else {
         caption.Restore(caption.Remembered() + kFoundNothing);
-        SetText(c_.Command1, kCaptionCancel);
+        SetTextIfNew(c_.Command1, kCaptionCancel);
     }
     ShowDefaultButton();
 }
@@ -259,7 +265,8 @@ void frmAddress::Stop() {
     AddressObj.platform.ShowMessage(StoppedText(), support::kStyleInformation, L"Quorvex Lookup COM Object");
 }
 
-// --- Select ------------------------------------------------------------------------------------------------------------------
+// --- Select
+// ------------------------------------------------------------------------------------------------------------------
 
 void frmAddress::selectaddress() {
     if (Searching()) return;
@@ -286,10 +293,11 @@ void frmAddress::selectaddress() {
     Hide();
 }
 
-// --- Other buttons and keys --------------------------------------------------------------------------------------------------
+// --- Other buttons and keys
+// --------------------------------------------------------------------------------------------------
 
 void frmAddress::Command1_Click() {
-    if (TextOf(c_.Command1) == kCaptionCancel) {
+    if (WindowText(c_.Command1) == kCaptionCancel) {
         Close();
     } else if (SendMessageW(c_.AddressList, LB_GETCURSEL, 0, 0) == LB_ERR) {
         Close();
@@ -300,20 +308,32 @@ void frmAddress::Command1_Click() {
 
 void frmAddress::Command3_Click() {
     if (const int field = PlaceFieldOf(GetFocus()); field != 0 && view_ == View::Criteria) PlaceEnter(field);
-    switch (RouteEnter(view_, TextOf(c_.Command1) == kCaptionSelect, TextOf(c_.InpPostcode).empty(),
+    switch (RouteEnter(view_, WindowText(c_.Command1) == kCaptionSelect, WindowText(c_.InpPostcode).empty(),
                        IsWindowEnabled(c_.ADVSearchFindButton) != FALSE)) {
-    case EnterAction::Select: selectaddress(); break;
-    case EnterAction::Find: Command2_Click(); break;
-    case EnterAction::AdvancedFind: advSearch_.Find(); break;
-    case EnterAction::None: break;
+    case EnterAction::Select:
+        selectaddress();
+        break;
+    case EnterAction::Find:
+        Command2_Click();
+        break;
+    case EnterAction::AdvancedFind:
+        advSearch_.Find();
+        break;
+    case EnterAction::None:
+        break;
     }
 }
 
 void frmAddress::Command4_Click() {
     switch (RouteEscape(view_)) {
-    case EscapeAction::Unload: Close(); break;
-    case EscapeAction::LeaveAdvanced: Command11_Click(); break;
-    case EscapeAction::None: break;
+    case EscapeAction::Unload:
+        Close();
+        break;
+    case EscapeAction::LeaveAdvanced:
+        Command11_Click();
+        break;
+    case EscapeAction::None:
+        break;
     }
 }
 

@@ -8,7 +8,8 @@ namespace {
 constexpr int kLoadWidthTwips = 5625;
 constexpr int kLoadHeightTwips = 7275;
 constexpr DWORD kStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME;
-constexpr wchar_t kTip[] = L"Enter post code or words in address, and optionally enter house NO/Name 'PE13 2QL,8' for NO 8";
+constexpr wchar_t kTip[] =
+    L"Enter post code or words in address, and optionally enter house NO/Name 'PE13 2QL,8' for NO 8";
 constexpr wchar_t kHelp[] = L"Help?";
 constexpr wchar_t kDownload[] = L"Download Updated Lists";
 
@@ -26,7 +27,8 @@ COLORREF LinkColour() {
 
 } // namespace
 
-// --- Controls, in tab order; a label stands right before the field that it names ---------------------------------------------
+// --- Controls, in tab order; a label stands right before the field that it names
+// ---------------------------------------------
 
 void frmAddress::CreateControls() {
     CreatePostcodeControls();
@@ -42,9 +44,9 @@ void frmAddress::CreatePostcodeControls() {
     c_.InpPostcode = Add(WC_EDITW, L"", WS_TABSTOP | ES_AUTOHSCROLL, kInpPostcode, WS_EX_CLIENTEDGE);
     c_.Command2 = AddButton(kCaptionFind, kCommand2);
     c_.Label2 = AddLabel(kEnterPostcode, kLabel2, SS_NOPREFIX);
-    c_.AddressList = Add(WC_LISTBOXW, L"Addresses",
-                         WS_TABSTOP | WS_VSCROLL | WS_HSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT, kAddressList,
-                         WS_EX_CLIENTEDGE);
+    c_.AddressList =
+        Add(WC_LISTBOXW, L"Addresses", WS_TABSTOP | WS_VSCROLL | WS_HSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT,
+            kAddressList, WS_EX_CLIENTEDGE);
     c_.ADVSearchButton = AddButton(L"&Advanced Find", kADVSearchButton);
     c_.BuyMoreButton = AddButton(L"Manage Account", kBuyMoreButton);
     c_.Command1 = AddButton(kCaptionCancel, kCommand1);
@@ -52,9 +54,7 @@ void frmAddress::CreatePostcodeControls() {
 
 void frmAddress::CreateCriteriaControls() {
     const auto label = [this](const wchar_t* text) { return AddLabel(text, kCriteriaText, SS_NOPREFIX); };
-    const auto line = [this](int id) {
-        return Add(WC_EDITW, L"", WS_TABSTOP | ES_AUTOHSCROLL, id, WS_EX_CLIENTEDGE);
-    };
+    const auto line = [this](int id) { return Add(WC_EDITW, L"", WS_TABSTOP | ES_AUTOHSCROLL, id, WS_EX_CLIENTEDGE); };
     const auto combo = [this](int id) {
         return Add(WC_COMBOBOXW, L"", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWN | CBS_AUTOHSCROLL, id);
     };
@@ -107,7 +107,8 @@ void frmAddress::CreateTip() {
 }
 
 void frmAddress::MetricsChanged() {
-    for (const HWND warning : {c_.TopWarning, c_.BottomWarning, c_.RightTopSectionWarning, c_.RightBottomSectionWarning}) {
+    for (const HWND warning :
+         {c_.TopWarning, c_.BottomWarning, c_.RightTopSectionWarning, c_.RightBottomSectionWarning}) {
         SendMessageW(warning, WM_SETFONT, reinterpret_cast<WPARAM>(Units().BoldFont()), FALSE);
     }
     SendMessageW(c_.Label10, WM_SETFONT, reinterpret_cast<WPARAM>(Units().LinkFont()), FALSE);
@@ -128,7 +129,8 @@ SIZE frmAddress::ClientSize() {
     return {whole.cx - frame.cx, whole.cy - frame.cy};
 }
 
-// --- What is shown -----------------------------------------------------------------------------------------------------------
+// --- What is shown
+// -----------------------------------------------------------------------------------------------------------
 
 void frmAddress::ShowView(View view) {
     view_ = view;
@@ -142,15 +144,16 @@ void frmAddress::ShowControls() {
     const bool postcode = view_ == View::Postcode;
     const bool criteria = view_ == View::Criteria;
     const bool results = view_ == View::Results;
-    for (const HWND control : {c_.Label1, c_.InpPostcode, c_.Command2, c_.AddressList, c_.Command1}) Show(control, postcode);
+    for (const HWND control : {c_.Label1, c_.InpPostcode, c_.Command2, c_.AddressList, c_.Command1})
+        Show(control, postcode);
     Show(c_.Label2, postcode || results);
     Show(c_.BuyMoreButton, postcode && buyMoreVisible_);
     Show(c_.ADVSearchButton, settings_.advanced && (postcode || results));
     Show(c_.DownloadNewList, downloadVisible_);
     for (const HWND control :
          {c_.Frame1, c_.OrganisationLabel, c_.BuildingLabel, c_.StreetLabel, c_.TownLabel, c_.CountyLabel,
-          c_.PostcodeAreaLabel, c_.Lines[0], c_.Lines[1], c_.Lines[2], c_.OneOfLabel, c_.InpTownComb, c_.InpCountiesComb,
-          c_.InpPostcodeComb, c_.CriteriaLabel, c_.Label10, c_.Command5, c_.ADVSearchFindButton}) {
+          c_.PostcodeAreaLabel, c_.Lines[0], c_.Lines[1], c_.Lines[2], c_.OneOfLabel, c_.InpTownComb,
+          c_.InpCountiesComb, c_.InpPostcodeComb, c_.CriteriaLabel, c_.Label10, c_.Command5, c_.ADVSearchFindButton}) {
         Show(control, criteria);
     }
     // A message takes the place of the hints for its six seconds; one download button is enough.
@@ -166,7 +169,7 @@ void frmAddress::ShowControls() {
 }
 
 void frmAddress::SetInstruction(const std::wstring& text) {
-    SetText(c_.Label2, text);
+    SetTextIfNew(c_.Label2, text);
 }
 
 void frmAddress::ShowSectionWarnings(bool criteria, bool place) {
@@ -193,7 +196,7 @@ void frmAddress::ShowDownloadButton(bool visible) {
 }
 
 void frmAddress::ShowSummary(const std::wstring& summary) {
-    SetText(c_.CriteriaLabel, summary);
+    SetTextIfNew(c_.CriteriaLabel, summary);
     LayoutSummary();
 }
 
@@ -201,14 +204,17 @@ void frmAddress::ShowSummary(const std::wstring& summary) {
 void frmAddress::ShowDefaultButton() {
     const HWND focus = GetFocus();
     HWND target = nullptr;
-    const std::vector<HWND> buttons = {c_.Command1, c_.Command2, c_.ADVSearchButton, c_.BuyMoreButton, c_.DownloadNewList,
-                                       c_.ADVSearchLoadNewLists, c_.Command5, c_.ADVSearchFindButton, c_.Command11};
+    const std::vector<HWND> buttons = {c_.Command1,        c_.Command2,
+                                       c_.ADVSearchButton, c_.BuyMoreButton,
+                                       c_.DownloadNewList, c_.ADVSearchLoadNewLists,
+                                       c_.Command5,        c_.ADVSearchFindButton,
+                                       c_.Command11};
     if (std::find(buttons.begin(), buttons.end(), focus) != buttons.end()) {
         target = focus;
     } else if (view_ == View::Criteria) {
         target = c_.ADVSearchFindButton;
     } else if (view_ == View::Postcode) {
-        target = TextOf(c_.Command1) == kCaptionSelect ? c_.Command1 : c_.Command2;
+        target = WindowText(c_.Command1) == kCaptionSelect ? c_.Command1 : c_.Command2;
     }
     for (const HWND button : buttons) {
         const WPARAM style = button == target ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON;
@@ -218,24 +224,31 @@ void frmAddress::ShowDefaultButton() {
     }
 }
 
-// --- Where it stands ---------------------------------------------------------------------------------------------------------
+// --- Where it stands
+// ---------------------------------------------------------------------------------------------------------
 
 void frmAddress::Layout(int width, int height) {
     switch (view_) {
-    case View::Postcode: LayoutPostcode(width, height); break;
-    case View::Criteria: LayoutCriteria(width, height); break;
-    case View::Results: LayoutResults(width, height); break;
+    case View::Postcode:
+        LayoutPostcode(width, height);
+        break;
+    case View::Criteria:
+        LayoutCriteria(width, height);
+        break;
+    case View::Results:
+        LayoutResults(width, height);
+        break;
     }
 }
 
-// The buttons along the bottom: right ones in the lowest row, left ones beside them and in further rows above where they do not
-// fit. Returns where the rows begin.
+// The buttons along the bottom: right ones in the lowest row, left ones beside them and in further rows above where
+// they do not fit. Returns where the rows begin.
 int frmAddress::PlaceButtons(const std::vector<HWND>& left, const std::vector<HWND>& right, int width, int height) {
     const Metrics& u = Units();
     int y = height - u.Margin() - u.ButtonHeight();
     int end = width - u.Margin();
     for (auto button = right.rbegin(); button != right.rend(); ++button) {
-        const int buttonWidth = u.ButtonWidth(TextOf(*button));
+        const int buttonWidth = u.ButtonWidth(WindowText(*button));
         end -= buttonWidth;
         Place(*button, end, y, buttonWidth, u.ButtonHeight());
         end -= u.Gap();
@@ -244,7 +257,7 @@ int frmAddress::PlaceButtons(const std::vector<HWND>& left, const std::vector<HW
     for (const HWND button : left) {
         if (!Visible(button)) continue;
         const int buttonWidth = button == c_.Label10 ? static_cast<int>(u.TextSize(kHelp).cx) + u.Scale(8)
-                                                     : u.ButtonWidth(TextOf(button));
+                                                     : u.ButtonWidth(WindowText(button));
         if (x + buttonWidth > end) {
             x = u.Margin();
             end = width - u.Margin();
@@ -265,7 +278,8 @@ void frmAddress::LayoutPostcode(int width, int height) {
     int y = u.Margin();
     Place(c_.Label1, u.Margin(), y + (row - u.LineHeight()) / 2, label, u.LineHeight());
     const int edit = u.Margin() + label + u.Gap();
-    Place(c_.InpPostcode, edit, y + (row - u.EditHeight()) / 2, width - u.Margin() - find - u.Gap() - edit, u.EditHeight());
+    Place(c_.InpPostcode, edit, y + (row - u.EditHeight()) / 2, width - u.Margin() - find - u.Gap() - edit,
+          u.EditHeight());
     Place(c_.Command2, width - u.Margin() - find, y + (row - u.ButtonHeight()) / 2, find, u.ButtonHeight());
     y += row + u.Gap();
     const int instruction = std::max(u.WrappedHeight(kEnterPostcode, inner), u.WrappedHeight(kPickAddress, inner));
@@ -289,8 +303,7 @@ void frmAddress::LayoutResults(int width, int height) {
 
 void frmAddress::LayoutCriteria(int width, int height) {
     const Metrics& u = Units();
-    const int buttons =
-        PlaceButtons({c_.Label10}, {c_.Command5, c_.ADVSearchFindButton, c_.Command11}, width, height);
+    const int buttons = PlaceButtons({c_.Label10}, {c_.Command5, c_.ADVSearchFindButton, c_.Command11}, width, height);
     const int bottom = buttons - u.Gap();
     Place(c_.Frame1, u.Margin(), u.Gap(), width - 2 * u.Margin(), bottom - u.Gap());
     LayoutCriteriaFields({u.Margin() + u.Gap(), u.Gap() + u.LineHeight() + u.SmallGap(), width - u.Margin() - u.Gap(),
@@ -304,9 +317,9 @@ void frmAddress::LayoutCriteriaFields(RECT inner) {
     const int width = static_cast<int>(inner.right - inner.left);
     int y = static_cast<int>(inner.top);
     int label = 0;
-    for (const HWND text : {c_.OrganisationLabel, c_.BuildingLabel, c_.StreetLabel, c_.TownLabel, c_.CountyLabel,
-                            c_.PostcodeAreaLabel}) {
-        label = std::max(label, static_cast<int>(u.TextSize(TextOf(text)).cx));
+    for (const HWND text :
+         {c_.OrganisationLabel, c_.BuildingLabel, c_.StreetLabel, c_.TownLabel, c_.CountyLabel, c_.PostcodeAreaLabel}) {
+        label = std::max(label, static_cast<int>(u.TextSize(WindowText(text)).cx));
     }
     const int field = left + label + u.Gap();
     const int fieldWidth = static_cast<int>(inner.right) - field;
@@ -325,7 +338,7 @@ void frmAddress::LayoutCriteriaFields(RECT inner) {
     Place(c_.WildcardLabel, left, y + line, width, line);
     Place(c_.TopWarning, left, y, width, 2 * line);
     y += 2 * line + u.Gap();
-    const int oneOf = static_cast<int>(u.TextSize(TextOf(c_.OneOfLabel)).cx);
+    const int oneOf = static_cast<int>(u.TextSize(WindowText(c_.OneOfLabel)).cx);
     Place(c_.OneOfLabel, left, y, oneOf, line);
     Place(c_.RightBottomSectionWarning, left + oneOf + u.Gap(), y, width - oneOf - u.Gap(), line);
     y += line + u.Scale(2);
@@ -347,7 +360,7 @@ void frmAddress::LayoutSummary() {
     if (c_.CriteriaLabel == nullptr) return;
     RECT box{};
     GetWindowRect(c_.CriteriaLabel, &box);
-    const int needed = Units().WrappedHeight(TextOf(c_.CriteriaLabel), static_cast<int>(box.right - box.left));
+    const int needed = Units().WrappedHeight(WindowText(c_.CriteriaLabel), static_cast<int>(box.right - box.left));
     ShowScrollBar(c_.CriteriaLabel, SB_VERT, needed > box.bottom - box.top);
 }
 

@@ -6,6 +6,7 @@
 #include "dialogs/modal_win.h"
 #include "dialogs/selection_view.h"
 #include "dialogs/tree_icons_win.h"
+#include "dialogs/window_text_win.h"
 #include "lookup/quorvex.h"
 
 #include <memory>
@@ -13,9 +14,6 @@
 #include <vector>
 
 namespace quorvex::dialogs {
-
-std::wstring WindowText(HWND window);
-void SetTextIfNew(HWND window, const std::wstring& text);
 
 // What a public method gives the dialog before it is shown.
 struct AddressFormSettings {
@@ -29,7 +27,8 @@ struct AddressFormSettings {
     int dpi = 0; // lay out for this resolution; 0: the window's own
 };
 
-// The address selection dialog: postcode view with the list of addresses, and the advanced view with criteria or results.
+// The address selection dialog: postcode view with the list of addresses, and the advanced view with criteria or
+// results.
 class frmAddress final : public Form {
   public:
     frmAddress(lookup::Quorvex& addressObj, AddressFormSettings settings);
@@ -58,8 +57,8 @@ class frmAddress final : public Form {
     void BeginWait();
     void EndWait();
     // The caption stays as it is set unless something else took its place meanwhile.
-    std::wstring Caption() const { return TextOf(Window()); }
-    void SetCaption(const std::wstring& text) { SetText(Window(), text); }
+    std::wstring Caption() const { return WindowText(Window()); }
+    void SetCaption(const std::wstring& text) { SetTextIfNew(Window(), text); }
 
   protected:
     void CreateControls() override;

@@ -42,7 +42,9 @@ void AdvSearch::FormDispose() {
 }
 
 HWND AdvSearch::PlaceField(int field) const {
-    return field == kTown ? controls_.InpTownComb : field == kCounty ? controls_.InpCountiesComb : controls_.InpPostcodeComb;
+    return field == kTown     ? controls_.InpTownComb
+           : field == kCounty ? controls_.InpCountiesComb
+                              : controls_.InpPostcodeComb;
 }
 
 const std::wstring& AdvSearch::PlaceList(int field) const {
@@ -66,7 +68,8 @@ void AdvSearch::ClearFields() {
     OneLostFocus();
 }
 
-// --- Field events --------------------------------------------------------------------------------------------------------
+// --- Field events
+// --------------------------------------------------------------------------------------------------------
 
 void AdvSearch::Inp_Click(int field) {
     for (const int other : OtherPlaceFields(field)) Clear(PlaceField(other));
@@ -114,7 +117,8 @@ void AdvSearch::OneLostFocus() {
     EnableWindow(controls_.ADVSearchFindButton, state.Complete());
 }
 
-// --- Warnings ------------------------------------------------------------------------------------------------------------
+// --- Warnings
+// ------------------------------------------------------------------------------------------------------------
 
 void AdvSearch::ShowTopWarning(const std::wstring& text) {
     SetTextIfNew(controls_.TopWarning, text);
@@ -134,7 +138,8 @@ void AdvSearch::ClearErrorTimer_Tick() {
     dialog_.ShowBottomMessage(false);
 }
 
-// --- Search --------------------------------------------------------------------------------------------------------------
+// --- Search
+// --------------------------------------------------------------------------------------------------------------
 
 bool AdvSearch::PlacesAreValid() {
     for (const int field : {kTown, kCounty, kPostcodeArea}) {
@@ -181,8 +186,8 @@ void AdvSearch::ReportFailure() {
 
 void AdvSearch::ShowResults() {
     const HWND tree = controls_.AdvResultsTree;
-    nodes_ = ReadResultTree([this] { return lookups::GetFullAddressLineForSelectionAdv(object_); },
-                            object_.RecordCount, headingCounter_);
+    nodes_ = ReadResultTree([this] { return lookups::GetFullAddressLineForSelectionAdv(object_); }, object_.RecordCount,
+                            headingCounter_);
     SendMessageW(tree, WM_SETREDRAW, FALSE, 0);
     TreeView_DeleteAllItems(tree);
     std::vector<void*> items;
@@ -239,7 +244,8 @@ void AdvSearch::SelectFromTree() {
     }
 }
 
-// --- Lookup lists --------------------------------------------------------------------------------------------------------
+// --- Lookup lists
+// --------------------------------------------------------------------------------------------------------
 
 void AdvSearch::loadcombodata() {
     dialog_.ShowDownloadButton(lists_.UpdateAnnounced());
@@ -277,7 +283,8 @@ void AdvSearch::LoadTimer_Tick() {
     const int field = loadStep_ == 0 ? kCounty : loadStep_ == 1 ? kTown : kPostcodeArea;
     if (loaded_ == 0) {
         loading_ = SplitList(PlaceList(field));
-        SendMessageW(PlaceField(field), CB_INITSTORAGE, loading_.size(), static_cast<LPARAM>(PlaceList(field).size()) * 2);
+        SendMessageW(PlaceField(field), CB_INITSTORAGE, loading_.size(),
+                     static_cast<LPARAM>(PlaceList(field).size()) * 2);
     }
     const bool filled = FillSlice(PlaceField(field), loading_);
     if (filled) {

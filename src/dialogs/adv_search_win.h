@@ -12,8 +12,9 @@ namespace quorvex::dialogs {
 
 class frmAddress;
 
-// The controller of the advanced view: checks the criteria as they are typed, runs the search, shows its results as a tree and
-// fetches the record that the user picks. It works on the dialog's controls, which it is given when the dialog loads.
+// The controller of the advanced view: checks the criteria as they are typed, runs the search, shows its results as a
+// tree and fetches the record that the user picks. It works on the dialog's controls, which it is given when the dialog
+// loads.
 class AdvSearch {
   public:
     AdvSearch(lookup::Quorvex& object, frmAddress& dialog) : object_(object), dialog_(dialog), lists_(object) {}

@@ -21,8 +21,8 @@ struct ComboText {
 // The whole text of the first item that begins with the typed text, case ignored.
 using FindComboItem = std::function<std::optional<std::wstring>(const std::wstring& typed)>;
 
-// What one key makes of a combo's text: the first item that begins with what is typed, its rest selected. Returns the key that
-// the combo is to process: 13 for Enter, 0 (used up) for all others.
+// What one key makes of a combo's text: the first item that begins with what is typed, its rest selected. Returns the
+// key that the combo is to process: 13 for Enter, 0 (used up) for all others.
 int AutoCompleteText(ComboText& combo, int keyAscii, const FindComboItem& findItem);
 
 } // namespace quorvex::dialogs

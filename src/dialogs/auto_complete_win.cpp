@@ -1,5 +1,6 @@
 #include "dialogs/auto_complete_win.h"
 
+#include "dialogs/window_text_win.h"
 #include "support/error.h"
 #include "support/log.h"
 #include "support/text.h"
@@ -11,21 +12,15 @@ namespace {
 
 constexpr UINT kUndefinedMessage = 9;
 
-std::wstring TextOfCombo(HWND combo) {
-    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(combo)) + 1, L'\0');
-    text.resize(static_cast<std::size_t>(GetWindowTextW(combo, text.data(), static_cast<int>(text.size()))));
-    return text;
-}
-
 ComboText Read(HWND combo) {
     DWORD start = 0;
     DWORD end = 0;
     SendMessageW(combo, CB_GETEDITSEL, reinterpret_cast<WPARAM>(&start), reinterpret_cast<LPARAM>(&end));
-    return {TextOfCombo(combo), start, end - start};
+    return {WindowText(combo), start, end - start};
 }
 
 void Write(HWND combo, const ComboText& state) {
-    if (TextOfCombo(combo) != state.text) SetWindowTextW(combo, state.text.c_str());
+    if (WindowText(combo) != state.text) SetWindowTextW(combo, state.text.c_str());
     const WORD start = static_cast<WORD>(state.caret);
     const WORD end = static_cast<WORD>(state.caret + state.selected);
     SendMessageW(combo, CB_SETEDITSEL, 0, MAKELPARAM(start, end));
@@ -42,7 +37,7 @@ int Complete(HWND combo, int keyAscii) {
         const LRESULT found =
             SendMessageW(combo, CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(typed.c_str()));
         if (found == CB_ERR) return std::nullopt;
-        return TextOfCombo(combo);
+        return WindowText(combo);
     };
     const int result = AutoCompleteText(state, keyAscii, findItem);
     Write(combo, state);

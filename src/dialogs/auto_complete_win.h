@@ -7,8 +7,8 @@
 
 namespace quorvex::dialogs {
 
-// One key typed into a combo box with an edit field: completes the text from the combo's own list. Returns the key that the combo
-// is to process, 13 or 0. A failure goes to the error log and gives 0.
+// One key typed into a combo box with an edit field: completes the text from the combo's own list. Returns the key that
+// the combo is to process, 13 or 0. A failure goes to the error log and gives 0.
 int AutoCompleteComboBox(const support::Platform& platform, HWND combo, int keyAscii) noexcept;
 
 } // namespace quorvex::dialogs

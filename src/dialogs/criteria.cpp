@@ -54,10 +54,14 @@ std::wstring TextFieldWarning(int field, std::wstring_view text) {
     const std::size_t length = support::Trim(letters).size();
     if (length == 0 || length >= kShortestText) return {};
     switch (field) {
-    case kOrganisation: return L"Organisation must be longer.\r\nPlease be more specific!!!";
-    case kBuilding: return L"Please enter some of Road name!!!";
-    case kStreet: return L"Street name must be longer.\r\nPlease be more specific!!!";
-    default: return {};
+    case kOrganisation:
+        return L"Organisation must be longer.\r\nPlease be more specific!!!";
+    case kBuilding:
+        return L"Please enter some of Road name!!!";
+    case kStreet:
+        return L"Street name must be longer.\r\nPlease be more specific!!!";
+    default:
+        return {};
     }
 }
 

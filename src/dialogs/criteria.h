@@ -13,8 +13,8 @@ namespace quorvex::dialogs {
 // Numbers by which the field events name their field.
 enum Field : int { kOrganisation = 1, kBuilding = 2, kStreet = 3, kTown = 4, kCounty = 5, kPostcodeArea = 6 };
 
-// The summary with one more field: value as words, with "*" (starts with) and without (exact), under the field's label; soFar
-// unchanged when the value holds no word. joiner stands between two phrases, each phrase ends in a line break.
+// The summary with one more field: value as words, with "*" (starts with) and without (exact), under the field's label;
+// soFar unchanged when the value holds no word. joiner stands between two phrases, each phrase ends in a line break.
 std::wstring buildSummary(std::wstring_view value, const std::wstring& label, const std::wstring& soFar,
                           const std::wstring& joiner);
 
@@ -27,7 +27,8 @@ struct CriteriaState {
 };
 CriteriaState CheckCriteria(const web::AdvancedCriteria& criteria);
 
-// The message for a text field (1 to 3) that is left with too little in it; empty when the text is accepted. "*" does not count.
+// The message for a text field (1 to 3) that is left with too little in it; empty when the text is accepted. "*" does
+// not count.
 std::wstring TextFieldWarning(int field, std::wstring_view text);
 
 // True for an empty text and for a text that stands between commas in the comma-joined list. Exact.

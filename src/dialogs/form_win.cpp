@@ -2,6 +2,7 @@
 
 #include "dialogs/guard_win.h"
 #include "dialogs/modal_win.h"
+#include "dialogs/window_text_win.h"
 #include "support/error.h"
 
 #include <algorithm>
@@ -41,10 +42,11 @@ void Form::Create(HWND owner, const std::wstring& caption, DWORD style, DWORD ex
     empty.dialog.dwExtendedStyle = extendedStyle;
     CreateDialogIndirectParamW(OwnModule(), &empty.dialog, owner, &Form::Procedure, reinterpret_cast<LPARAM>(this));
     if (window_ == nullptr) throw support::Error(support::kErrorInternal, L"The window could not be made");
-    SetText(window_, caption);
+    SetTextIfNew(window_, caption);
     for (const WPARAM size : {WPARAM{ICON_SMALL}, WPARAM{ICON_BIG}}) {
         const int pixels = GetSystemMetrics(size == WPARAM{ICON_SMALL} ? SM_CXSMICON : SM_CXICON);
-        const HANDLE icon = LoadImageW(OwnModule(), MAKEINTRESOURCEW(kIconResource), IMAGE_ICON, pixels, pixels, LR_SHARED);
+        const HANDLE icon =
+            LoadImageW(OwnModule(), MAKEINTRESOURCEW(kIconResource), IMAGE_ICON, pixels, pixels, LR_SHARED);
         SendMessageW(window_, WM_SETICON, size, reinterpret_cast<LPARAM>(icon));
     }
     // On the owner's monitor first: its resolution is the one to lay out for.
@@ -86,17 +88,6 @@ HWND Form::AddButton(const wchar_t* text, int id, DWORD style) {
 
 void Form::Place(HWND control, int x, int y, int width, int height) {
     SetWindowPos(control, nullptr, x, y, std::max(width, 0), std::max(height, 0), SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
-void Form::SetText(HWND control, const std::wstring& text) {
-    // Setting a text that stands already there would only flicker.
-    if (TextOf(control) != text) SetWindowTextW(control, text.c_str());
-}
-
-std::wstring Form::TextOf(HWND control) {
-    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
-    text.resize(static_cast<std::size_t>(GetWindowTextW(control, text.data(), static_cast<int>(text.size()))));
-    return text;
 }
 
 bool Form::Visible(HWND control) {
@@ -157,15 +148,26 @@ bool Form::Handle(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
         return true;
     }
     switch (message) {
-    case WM_COMMAND: Command(LOWORD(wParam), HIWORD(wParam), reinterpret_cast<HWND>(lParam)); return true;
-    case WM_NOTIFY: result = Notify(*reinterpret_cast<const NMHDR*>(lParam)); return true;
-    case WM_TIMER: TimerTick(wParam); return true;
-    case WM_CLOSE: CloseRequested(); return true;
-    case WM_SIZE: LayoutNow(); return false;
+    case WM_COMMAND:
+        Command(LOWORD(wParam), HIWORD(wParam), reinterpret_cast<HWND>(lParam));
+        return true;
+    case WM_NOTIFY:
+        result = Notify(*reinterpret_cast<const NMHDR*>(lParam));
+        return true;
+    case WM_TIMER:
+        TimerTick(wParam);
+        return true;
+    case WM_CLOSE:
+        CloseRequested();
+        return true;
+    case WM_SIZE:
+        LayoutNow();
+        return false;
     case kDpiChanged:
         if (fixedDpi_ == 0) ChangeDpi(HIWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
         return true;
-    default: return false;
+    default:
+        return false;
     }
 }
 

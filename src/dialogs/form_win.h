@@ -14,8 +14,8 @@
 
 namespace quorvex::dialogs {
 
-// A window of this room: a dialog whose controls are made in code and laid out from the user's message font. Nothing thrown in
-// its events gets out. One thread, that of the host.
+// A window of this room: a dialog whose controls are made in code and laid out from the user's message font. Nothing
+// thrown in its events gets out. One thread, that of the host.
 class Form {
   public:
     virtual ~Form();
@@ -50,8 +50,6 @@ class Form {
     HWND AddLabel(const wchar_t* text, int id, DWORD style = 0);
     HWND AddButton(const wchar_t* text, int id, DWORD style = 0);
     static void Place(HWND control, int x, int y, int width, int height);
-    static void SetText(HWND control, const std::wstring& text);
-    static std::wstring TextOf(HWND control);
     static void Show(HWND control, bool visible) { ShowWindow(control, visible ? SW_SHOWNA : SW_HIDE); }
     static bool Visible(HWND control);
 

@@ -1,6 +1,7 @@
 #include "dialogs/input_form_win.h"
 
 #include "dialogs/modal_win.h"
+#include "dialogs/window_text_win.h"
 
 namespace quorvex::dialogs {
 namespace {
@@ -55,7 +56,7 @@ void InputForm::Layout(int width, int height) {
 
 void InputForm::Command(int id, int code, HWND) {
     if (code != BN_CLICKED || (id != IDOK && id != IDCANCEL)) return;
-    if (id == IDOK) answer_ = TextOf(text1_);
+    if (id == IDOK) answer_ = WindowText(text1_);
     Finish();
 }
 

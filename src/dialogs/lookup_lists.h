@@ -8,8 +8,9 @@
 
 namespace quorvex::dialogs {
 
-// The place lists of the advanced search: one file downloaded from the service and two small version files beside it, in the
-// folder that the host names. Without a folder the list lives in memory only. File errors are shown, never raised.
+// The place lists of the advanced search: one file downloaded from the service and two small version files beside it,
+// in the folder that the host names. Without a folder the list lives in memory only. File errors are shown, never
+// raised.
 class LookupLists {
   public:
     explicit LookupLists(lookup::Quorvex& object) : object_(object) {}
@@ -21,13 +22,13 @@ class LookupLists {
     const std::wstring& Counties() const { return counties_; }
     const std::wstring& PostcodeAreas() const { return postcodeAreas_; }
 
-    // Reads the lists, downloading them first when there is no list file yet. False when there is nothing to read; the user
-    // has been told why then.
+    // Reads the lists, downloading them first when there is no list file yet. False when there is nothing to read; the
+    // user has been told why then.
     bool LoadLists();
     // Downloads and stores a new list; true when it is stored. quiet: only file errors are shown.
     bool UpdateList(bool quiet);
-    // Records an announced version that differs from the stored one; true when the download button is to be shown. Looks once
-    // per instance; an empty version does not count as a look.
+    // Records an announced version that differs from the stored one; true when the download button is to be shown.
+    // Looks once per instance; an empty version does not count as a look.
     bool CheckForAddressUpdates(const std::wstring& announcedVersion);
     // True when a newer list was announced and not downloaded since.
     bool UpdateAnnounced() const;

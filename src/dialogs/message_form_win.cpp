@@ -36,9 +36,12 @@ class BoxOnTop {
 
 int CautiousAnswer(int buttons) {
     switch (buttons & MB_TYPEMASK) {
-    case MB_OK: return IDOK;
-    case MB_YESNO: return IDNO;
-    default: return IDCANCEL;
+    case MB_OK:
+        return IDOK;
+    case MB_YESNO:
+        return IDNO;
+    default:
+        return IDCANCEL;
     }
 }
 
@@ -105,8 +108,8 @@ void frmTopMessage::Activate() {
         return;
     }
     const BoxOnTop onTop;
-    pressedButton_ = MessageBoxW(window_, Prompt.c_str(), Title.c_str(),
-                                 static_cast<UINT>(Buttons) | MB_TOPMOST | MB_SETFOREGROUND);
+    pressedButton_ =
+        MessageBoxW(window_, Prompt.c_str(), Title.c_str(), static_cast<UINT>(Buttons) | MB_TOPMOST | MB_SETFOREGROUND);
 }
 
 } // namespace quorvex::dialogs

@@ -11,9 +11,9 @@ namespace quorvex::dialogs {
 
 inline constexpr int kNoButtonsGiven = -99; // stands for a missing style: a single OK button
 
-// Shows a message above all windows, also those of other programs that are above all others, and returns the code of the pressed
-// button. An empty title is the component's default title. Where nobody sees windows (services, web back ends) the message goes to
-// the error log and the answer is the cautious one: No, Cancel, otherwise OK.
+// Shows a message above all windows, also those of other programs that are above all others, and returns the code of
+// the pressed button. An empty title is the component's default title. Where nobody sees windows (services, web back
+// ends) the message goes to the error log and the answer is the cautious one: No, Cancel, otherwise OK.
 int TopMostMessageBox(support::Platform& platform, const std::wstring& prompt, int buttons = kNoButtonsGiven,
                       const std::wstring& title = {});
 

@@ -8,8 +8,7 @@ namespace {
 // Calls that Windows has had since version 10; older versions know one resolution only.
 template <typename Function>
 Function UserFunction(const char* name) {
-    return reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name)));
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name)));
 }
 
 int SystemDpi() {
@@ -31,8 +30,7 @@ LOGFONTW MessageFont(int dpi) {
     metrics.cbSize = sizeof metrics;
     using ForDpiFunction = BOOL(WINAPI*)(UINT, UINT, PVOID, UINT, UINT);
     static const auto forDpi = UserFunction<ForDpiFunction>("SystemParametersInfoForDpi");
-    if (forDpi != nullptr &&
-        forDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0, static_cast<UINT>(dpi))) {
+    if (forDpi != nullptr && forDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0, static_cast<UINT>(dpi))) {
         return metrics.lfMessageFont;
     }
     SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);

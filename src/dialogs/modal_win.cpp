@@ -75,8 +75,7 @@ void WakeMessageLoop() {
     PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
 }
 
-ModalSession::ModalSession(HWND dialog, HWND host)
-    : dialog_(dialog), host_(host), focus_(GetFocus()), keys_(dialog) {
+ModalSession::ModalSession(HWND dialog, HWND host) : dialog_(dialog), host_(host), focus_(GetFocus()), keys_(dialog) {
     std::vector<HWND> windows;
     EnumThreadWindows(GetCurrentThreadId(), AddWindow, reinterpret_cast<LPARAM>(&windows));
     if (host != nullptr && std::find(windows.begin(), windows.end(), host) == windows.end()) windows.push_back(host);

@@ -1,5 +1,6 @@
 #include "dialogs/progress_window_win.h"
 
+#include "dialogs/window_text_win.h"
 #include "support/text.h"
 #include "support/window_helpers_win.h"
 
@@ -41,12 +42,12 @@ void frmInternetAccessForm::SetOnTop() {
 }
 
 void frmInternetAccessForm::SetProgress(const std::wstring& caption, const std::wstring& text) {
-    if (TextOf(Window()) != caption) {
-        SetText(Window(), caption);
+    if (WindowText(Window()) != caption) {
+        SetTextIfNew(Window(), caption);
         cancelRequested_ = false;
         AllowCancel(cancelAllowed_);
     }
-    SetText(label_, text);
+    SetTextIfNew(label_, text);
     const std::optional<int> percent = PercentOf(text);
     Show(bar_, percent.has_value());
     SendMessageW(bar_, PBM_SETPOS, static_cast<WPARAM>(percent.value_or(0)), 0);
@@ -75,7 +76,8 @@ void frmInternetAccessForm::CreateControls() {
 
 SIZE frmInternetAccessForm::ClientSize() {
     const Metrics& u = Units();
-    return {u.Scale(kWidth), 2 * u.Margin() + kTextLines * u.LineHeight() + 2 * u.Gap() + u.Scale(kBarHeight) + u.ButtonHeight()};
+    return {u.Scale(kWidth),
+            2 * u.Margin() + kTextLines * u.LineHeight() + 2 * u.Gap() + u.Scale(kBarHeight) + u.ButtonHeight()};
 }
 
 void frmInternetAccessForm::Layout(int width, int height) {

@@ -14,7 +14,8 @@ namespace quorvex::dialogs {
 // The whole per cent that a progress text ends with ("... 42%"); nothing without one.
 std::optional<int> PercentOf(std::wstring_view text);
 
-// The visible part of the internet access window: how far a download is, as text and as a bar, and Command1 to cancel it.
+// The visible part of the internet access window: how far a download is, as text and as a bar, and Command1 to cancel
+// it.
 class frmInternetAccessForm final : public Form {
   public:
     frmInternetAccessForm(support::Platform& platform, std::function<void()> onCancel, int dpi = 0)

@@ -20,8 +20,8 @@ struct ResultNode {
     bool expanded = false;
 };
 
-// The nodes of an advanced search in tree order, from its lines up to the first empty one. A line before any heading becomes a
-// root of its own. headingCounter goes on counting over searches, so that keys stay unique in one dialog.
+// The nodes of an advanced search in tree order, from its lines up to the first empty one. A line before any heading
+// becomes a root of its own. headingCounter goes on counting over searches, so that keys stay unique in one dialog.
 std::vector<ResultNode> ReadResultTree(const std::function<lookups::AdvancedLine()>& nextLine, std::int32_t recordCount,
                                        int& headingCounter);
 

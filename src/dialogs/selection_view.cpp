@@ -7,22 +7,28 @@ EnterAction RouteEnter(View view, bool command1Selects, bool postcodeIsEmpty, bo
     case View::Postcode:
         if (command1Selects) return EnterAction::Select;
         return postcodeIsEmpty ? EnterAction::None : EnterAction::Find;
-    case View::Criteria: return advancedFindEnabled ? EnterAction::AdvancedFind : EnterAction::None;
-    case View::Results: break;
+    case View::Criteria:
+        return advancedFindEnabled ? EnterAction::AdvancedFind : EnterAction::None;
+    case View::Results:
+        break;
     }
     return EnterAction::None;
 }
 
 EscapeAction RouteEscape(View view) {
     switch (view) {
-    case View::Postcode: return EscapeAction::Unload;
-    case View::Criteria: return EscapeAction::LeaveAdvanced;
-    case View::Results: break;
+    case View::Postcode:
+        return EscapeAction::Unload;
+    case View::Criteria:
+        return EscapeAction::LeaveAdvanced;
+    case View::Results:
+        break;
     }
     return EscapeAction::None;
 }
 
-std::wstring CaptionToRestore(const std::wstring& remembered, const std::wstring& creditsText, bool showAccountDetails) {
+std::wstring CaptionToRestore(const std::wstring& remembered, const std::wstring& creditsText,
+                              bool showAccountDetails) {
     return showAccountDetails && !creditsText.empty() ? creditsText : remembered;
 }
 

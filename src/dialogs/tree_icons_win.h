@@ -9,7 +9,8 @@ namespace quorvex::dialogs {
 inline constexpr int kHeadingIcon = 0;
 inline constexpr int kAddressIcon = 1;
 
-// The icons of the results tree, drawn in the system's colours at any size: a map pin for a heading, a house for an address.
+// The icons of the results tree, drawn in the system's colours at any size: a map pin for a heading, a house for an
+// address.
 class TreeIcons {
   public:
     TreeIcons() = default;

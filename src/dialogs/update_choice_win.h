@@ -6,8 +6,8 @@
 
 namespace quorvex::dialogs {
 
-// The update dialog: download new packages, apply those that are in the folder, or leave it; beside these, a look at the state of
-// the data and mail with the logs for support.
+// The update dialog: download new packages, apply those that are in the folder, or leave it; beside these, a look at
+// the state of the data and mail with the logs for support.
 class UpdateChoiceForm final : public Form {
   public:
     explicit UpdateChoiceForm(support::Platform& platform, int dpi = 0) : Form(platform, dpi) {}

@@ -1,6 +1,7 @@
 #include "dialogs/zip_form_win.h"
 
 #include "dialogs/modal_win.h"
+#include "dialogs/window_text_win.h"
 
 namespace quorvex::dialogs {
 namespace {
@@ -18,8 +19,8 @@ void ZipForm::Load() {
 }
 
 void ZipForm::SetCaptions(const std::wstring& title, const std::wstring& text) {
-    SetText(Window(), title);
-    SetText(text_, text);
+    SetTextIfNew(Window(), title);
+    SetTextIfNew(text_, text);
     UpdateWindow(text_);
 }
 

@@ -11,7 +11,8 @@ namespace {
 
 constexpr int kFirstShellSuccess = 32; // what the shell returns below it is a failure
 
-std::wstring GetUrlforPrefuredMap(lookup::Quorvex& object, const std::wstring& postcode, const std::wstring& zoomLevel) {
+std::wstring GetUrlforPrefuredMap(lookup::Quorvex& object, const std::wstring& postcode,
+                                  const std::wstring& zoomLevel) {
     if (postcode.empty()) return {};
     const std::wstring url = web::GetUrlforPrefuredMapUrl(object, postcode, zoomLevel);
     return lookup::ReadBetweenTags(web::GetDataFromHTTPRequest(object, url), L"<url>", L"</url>");
@@ -24,8 +25,8 @@ std::wstring Display(lookup::Quorvex& object, const std::wstring& postcode, std:
 }
 
 void OpenResellerPage(lookup::Quorvex& object, const wchar_t* use) {
-    DisplayWebPage(object, std::wstring(kAccountUrl) + L"/A2CustomerAccount/WebAccountCreateFromReseller.aspx?r=" + use +
-                               L"&id=" + std::to_wstring(object.ResellerID()));
+    DisplayWebPage(object, std::wstring(kAccountUrl) + L"/A2CustomerAccount/WebAccountCreateFromReseller.aspx?r=" +
+                               use + L"&id=" + std::to_wstring(object.ResellerID()));
 }
 
 } // namespace

@@ -6,8 +6,8 @@
 
 namespace quorvex::pages {
 
-// Addresses of maps and of the directory come from the service; an empty postcode asks nothing, opens nothing and gives an empty
-// text. The Display forms open what the Get form gives and return it.
+// Addresses of maps and of the directory come from the service; an empty postcode asks nothing, opens nothing and gives
+// an empty text. The Display forms open what the Get form gives and return it.
 std::wstring GetUrlforPrefuredMapArea(lookup::Quorvex& object, const std::wstring& postcode);
 std::wstring GetUrlforPrefuredMapStreet(lookup::Quorvex& object, const std::wstring& postcode);
 std::wstring GetUrlforPrefuredMapDistrict(lookup::Quorvex& object, const std::wstring& postcode);

@@ -25,7 +25,7 @@ constexpr DWORD kPieceBytes = 65536;
 struct HttpRequest::State {
     StepSignal done;
     std::atomic<DWORD> error{0};
-    std::atomic<DWORD> available{kPieceBytes}; // what the next Read may wait for
+    std::atomic<DWORD> available{0}; // by the last AwaitData
     std::atomic<DWORD> pieceBytes{0};
     std::array<char, kPieceBytes> piece; // written by the system only
 };

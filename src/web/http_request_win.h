@@ -12,8 +12,9 @@
 
 namespace quorvex::web {
 
-// One asynchronous GET, step by step: Send, ReceiveResponse, Read until nothing comes. Each step is started by a call
-// that returns at once and ends when StepDone() is raised. Giving the object up at any point abandons the request.
+// One asynchronous GET, step by step: Send, ReceiveResponse, then AwaitData and Read until nothing comes. Each step is
+// started by a call that returns at once, and ends when StepDone() is raised. Giving the object up at any point
+// abandons the request.
 class HttpRequest {
   public:
     // networkMilliseconds: after this silence the system itself gives up, so that an abandoned request does not stay
@@ -26,9 +27,8 @@ class HttpRequest {
     // False when the step failed at once.
     bool Send();
     bool ReceiveResponse();
-    bool Read(); // ends when the buffer is full or the body is at its end
-    // Ends when there is anything; what a Read then waits for is no more than that.
-    bool AwaitData();
+    bool AwaitData(); // ends when there are bytes to read, or none will come
+    bool Read();      // takes what AwaitData found
 
     StepSignal& StepDone();
     // The system's number of the failure of the last step, 0 when it went well.

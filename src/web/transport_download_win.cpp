@@ -77,10 +77,7 @@ bool Transport::SaveBody(HttpRequest& request, const std::wstring& progressCapti
     for (std::uint64_t done = 0; done < total;) {
         progress.Show(done, total);
         const Deadline silence(limits_.clock, limits_.downloadSilenceSeconds);
-        if (!RunMessages(silence) || !Finish(request, request.AwaitData(), silence) ||
-            !Finish(request, request.Read(), silence)) {
-            return false;
-        }
+        if (!RunMessages(silence) || !NextPiece(request, silence)) return false;
         std::string_view piece = request.Piece();
         if (piece.size() > total - done) piece = piece.substr(0, static_cast<std::size_t>(total - done));
         if (piece.empty()) return false; // cut

@@ -106,7 +106,7 @@ std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) 
     while (stated == 0 || body.size() < stated) {
         // A network faster than the reader would never let the wait see a message.
         if (!body.empty() && !RunMessages(deadline)) return kTimeOut;
-        if (!Finish(request, request.Read(), deadline)) return kTimeOut;
+        if (!NextPiece(request, deadline)) return kTimeOut;
         const std::string_view piece = request.Piece();
         if (piece.empty()) break;
         if (body.size() + piece.size() > kReplyLimitBytes) return kTimeOut;
@@ -126,6 +126,12 @@ bool Transport::Ask(HttpRequest& request, const Deadline& deadline) {
     if (!Finish(request, request.ReceiveResponse(), deadline)) return false;
     lastState_ = kResponseReceived;
     return true;
+}
+
+// Reading without asking first waits for a full buffer, under some systems inside the call: a server that sends a byte
+// now and then would hold the thread.
+bool Transport::NextPiece(HttpRequest& request, const Deadline& deadline) {
+    return Finish(request, request.AwaitData(), deadline) && Finish(request, request.Read(), deadline);
 }
 
 bool Transport::RunMessages(const Deadline& deadline) {

@@ -82,6 +82,8 @@ class Transport {
     void ShowDiagnostics(const wchar_t* heading, const std::wstring& text, const wchar_t* title);
     // Sends and waits until the headers are there.
     bool Ask(HttpRequest& request, const Deadline& deadline);
+    // Waits for the next bytes of the body; false when the request failed or was given up.
+    bool NextPiece(HttpRequest& request, const Deadline& deadline);
     // Handles the messages that are there; false when the request is to end.
     bool RunMessages(const Deadline& deadline);
     // Waits until the step that was started is done; false when it failed or was given up.

@@ -16,7 +16,8 @@ std::string Page(const std::string& target) {
     if (target.find("GetAddressRecord") != std::string::npos) {
         return "<x><confirm>Yes</confirm><line1>2 Caf\xc3\xa9 Row</line1><postcode>AB1 3CD</postcode></x>";
     }
-    return "<x><confirm>Yes</confirm><recordcount>2</recordcount><addressdata><record><id>AB1 3CD_1_F</id><line>1 Caf\xc3\xa9 "
+    return "<x><confirm>Yes</confirm><recordcount>2</recordcount><addressdata><record><id>AB1 3CD_1_F</id><line>1 "
+           "Caf\xc3\xa9 "
            "Row</line></record><record><id>AB1 3CD_2_F</id><line>2 Caf\xc3\xa9 Row</line></record></addressdata></x>";
 }
 
@@ -37,8 +38,9 @@ void CALLBACK DropReference(HWND, UINT, UINT_PTR timer, DWORD) noexcept {
 VARIANT_BOOL Show(_Quorvex* object, const wchar_t* postcode) {
     VARIANT_BOOL no = VARIANT_FALSE;
     VARIANT_BOOL result = VARIANT_FALSE;
-    EXPECT_EQ(object->SearchForFullAddressWithDialogue(Text(postcode).Ref(), Text(kCaption).Ref(), &no, &no, &no, &result),
-              S_OK);
+    EXPECT_EQ(
+        object->SearchForFullAddressWithDialogue(Text(postcode).Ref(), Text(kCaption).Ref(), &no, &no, &no, &result),
+        S_OK);
     return result;
 }
 

@@ -10,8 +10,9 @@
 namespace quorvex::dialogs {
 namespace {
 
-const std::wstring kReply = L"<data><LookupListVersion>V7</LookupListVersion><A>AB, BA</A><T>Bath,  St Ives ,,Z\u00fcrich</T>"
-                            L"<O>Avon</O></data>";
+const std::wstring kReply =
+    L"<data><LookupListVersion>V7</LookupListVersion><A>AB, BA</A><T>Bath,  St Ives ,,Z\u00fcrich</T>"
+    L"<O>Avon</O></data>";
 
 class LookupListsTest : public ::testing::Test {
   protected:
@@ -28,7 +29,9 @@ class LookupListsTest : public ::testing::Test {
     void Serve(const std::wstring& reply) {
         platform.onGetUrl = [reply](const std::wstring&) { return reply; };
     }
-    void Store(const std::wstring& name, const std::string& bytes) { support::WriteFileBytes(folder.File(name), bytes); }
+    void Store(const std::wstring& name, const std::string& bytes) {
+        support::WriteFileBytes(folder.File(name), bytes);
+    }
     std::string Stored(const std::wstring& name) {
         return support::FileExists(folder.File(name)) ? support::ReadFileBytes(folder.File(name)) : std::string();
     }

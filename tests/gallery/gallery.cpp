@@ -30,14 +30,16 @@ std::wstring Houses(const wchar_t* street, int from, int to) {
 }
 
 std::wstring ListPage() {
-    return L"<x><confirm>Yes</confirm><credits_display_showbutton>1</credits_display_showbutton><recordcount>22</recordcount>"
+    return L"<x><confirm>Yes</confirm><credits_display_showbutton>1</credits_display_showbutton><recordcount>22</"
+           L"recordcount>"
            L"<addressdata>" +
            Houses(L"Victoria Road The East Side Demo Data Wisbech", 1, 22) + L"</addressdata></x>";
 }
 
 std::wstring TreePage() {
     std::wstring items;
-    for (const wchar_t* street : {L"Victoria Road, Wisbech", L"Victoria Street, Wisbech", L"Victoria Close, Leverington"}) {
+    for (const wchar_t* street :
+         {L"Victoria Road, Wisbech", L"Victoria Street, Wisbech", L"Victoria Close, Leverington"}) {
         items += std::wstring(L"<h>") + street + L"</h>";
         for (const wchar_t* house : {L"The Corner House", L"12", L"14a", L"16", L"Demo Data Ltd, 18"}) {
             items += std::wstring(L"<l>") + house + L" " + street + L"</l><id>ZZ99_" + house + L"_F</id>";

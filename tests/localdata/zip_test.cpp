@@ -121,12 +121,22 @@ TEST(ZipArchive, RefusesHeadersThatContradictEachOther) {
                 }),
                 HasSubstr("twice"));
     EXPECT_THAT(refused([](ZipBuilder& b) {
-                    b.parts.resize(2);
                     b.parts[1] = b.parts[0];
-                    b.parts[1].name = "c.dat"; // two names for the same bytes, the way small bombs grow
-                    b.sharedOffset = 0;
+                    b.parts[1].name = "d.dat"; // two names for the same bytes
+                    b.parts[1].claimedOffset = 0;
                 }),
                 HasSubstr("contradicts"));
+}
+
+// Small bombs grow by a file inside a file: each level is an honest entry, and their bytes count again and again.
+TEST(ZipArchive, RefusesEntriesThatLieInsideOthers) {
+    ZipBuilder inner;
+    inner.Add("b.dat", RandomText(500, 10));
+    const std::string whole = inner.Bytes();
+    ZipBuilder outer;
+    outer.Add("a.dat", whole.substr(0, whole.find("PK\x01\x02")), false);
+    outer.Add("b.dat", RandomText(500, 10)).claimedOffset = 30 + 5; // behind the header and name of "a.dat"
+    EXPECT_THAT(Unpacked(outer.Bytes()), HasSubstr("overlap"));
 }
 
 TEST(ZipArchive, RefusesDataThatIsNotWhatTheDirectoryPromises) {

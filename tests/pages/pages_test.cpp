@@ -24,8 +24,8 @@ TEST_F(PagesTest, MapsAreAskedForByZoomLevelWithThePostcodeAsGiven) {
     GetUrlforPrefuredMapStreet(object, L"AB1 3CD");
     GetUrlforPrefuredMapDistrict(object, L"AB1 3CD");
     const std::wstring page = L"http://s/xmlservice/GetUrlforPrefuredMap.aspx?postcode=AB1 3CD&zoomlevel=";
-    EXPECT_EQ(platform.urls, (std::vector<std::wstring>{page + L"Area&COM=1", page + L"Street&COM=1",
-                                                        page + L"District&COM=1"}));
+    EXPECT_EQ(platform.urls,
+              (std::vector<std::wstring>{page + L"Area&COM=1", page + L"Street&COM=1", page + L"District&COM=1"}));
     EXPECT_TRUE(platform.opened.empty());
 }
 
@@ -75,7 +75,8 @@ TEST_F(PagesTest, AccountPagesNameTheResellerAndTheServicesOwnPageWins) {
     ShowAccountAdminPage(object);
     object.General_accountadminpage = L"http://accounts/mine";
     ShowAccountAdminPage(object);
-    const std::wstring reseller = std::wstring(kAccountUrl) + L"/A2CustomerAccount/WebAccountCreateFromReseller.aspx?r=";
+    const std::wstring reseller =
+        std::wstring(kAccountUrl) + L"/A2CustomerAccount/WebAccountCreateFromReseller.aspx?r=";
     ASSERT_EQ(platform.opened.size(), 5u);
     EXPECT_EQ(platform.opened[0].first, reseller + L"I&id=4711");
     EXPECT_EQ(platform.opened[1].first, reseller + L"W&id=4711");

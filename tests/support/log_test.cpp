@@ -16,6 +16,12 @@ namespace {
 using quorvex::testing::FakePlatform;
 using quorvex::testing::TempFolder;
 
+#ifdef _WIN32
+constexpr int kRounds = 40;
+#else
+constexpr int kRounds = 150;
+#endif
+
 class SleepingPlatform : public FakePlatform {
   public:
     std::function<void()> onSleep;
@@ -169,7 +175,7 @@ TEST_F(Log, TheOtherLogsRotationIsWaitedFor) {
 
 // Two that find the log too large at the same moment rotate it once, not twice, and no generation is lost between them.
 TEST_F(Log, OfTwoRotationsAtOnceOneHappens) {
-    for (int round = 0; round < 150; ++round) {
+    for (int round = 0; round < kRounds; ++round) {
         WriteFileBytes(File(L"A1.log"), "one");
         WriteFileBytes(File(L"A2.log"), "two");
         DeleteFileQuietly(File(L"A3.log"));

@@ -102,7 +102,7 @@ std::string ZipBuilder::Bytes() const {
     for (const ZipPart& part : parts) {
         auto offset = static_cast<std::uint32_t>(bytes.size());
         bytes += LocalHeader(part) + part.data + part.descriptor;
-        if (sharedOffset >= 0 && offset > 0) offset = static_cast<std::uint32_t>(sharedOffset);
+        if (part.claimedOffset >= 0) offset = static_cast<std::uint32_t>(part.claimedOffset);
         central += CentralHeader(part, offset);
     }
     const std::size_t centralOffset = bytes.size();

@@ -19,6 +19,7 @@ struct ZipPart {
     std::uint32_t unpackedSize = 0;
     std::uint32_t externalAttributes = 0;
     std::string centralExtra;
+    std::int64_t claimedOffset = -1; // not negative: where the directory says that the local header stands
 
     std::string localName; // the local header's own
     std::uint16_t localMethod = 8;
@@ -42,7 +43,6 @@ class ZipBuilder {
     std::int32_t centralOffsetError = 0; // added to the offset that the end record states
     std::int32_t countError = 0;
     std::uint16_t disk = 0;
-    std::int64_t sharedOffset = -1; // not negative: all parts but the first claim this local header
     bool zip64Locator = false;
 
     std::string Bytes() const;

@@ -23,7 +23,8 @@ void AnswerAfter(Connection& connection, int milliseconds) {
 TEST_F(WaitingTest, SilenceAndDribbleEndAtTheLimit) {
     const SocketServer server([](Connection& connection, const std::string& target) {
         if (target == "/silent") return NeverAnswer(connection, target);
-        connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
+        // The first byte comes with the head: some systems then read on inside the call.
+        connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nx");
         while (!connection.ServerStopping() && connection.Send("x")) connection.StaySilent(100);
     });
     for (const wchar_t* target : {L"/silent", L"/dribble"}) {

@@ -54,7 +54,8 @@ class AdvancedTest : public PickerTest {
             SendMessageW(Tree(), TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(from)));
     }
     bool Expanded(HTREEITEM item) const {
-        return (SendMessageW(Tree(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
+        return (SendMessageW(Tree(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_EXPANDED) &
+                TVIS_EXPANDED) != 0;
     }
     void ClickItem(HTREEITEM item, int times) {
         RECT box{};
@@ -195,7 +196,8 @@ TEST_F(AdvancedTest, AFailedFetchStaysInTheTreeAndCancelLeadsBack) {
     record = FailureReply(L"No credit");
     OpenFilled(true);
     SearchTree();
-    SendMessageW(Tree(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(Item(TVGN_CHILD, Item(TVGN_ROOT, nullptr))));
+    SendMessageW(Tree(), TVM_SELECTITEM, TVGN_CARET,
+                 reinterpret_cast<LPARAM>(Item(TVGN_CHILD, Item(TVGN_ROOT, nullptr))));
     PressKey(Tree(), VK_SPACE);
     EXPECT_TRUE(WaitUntil([this] { return platform.Messages().size() == 1; }));
     EXPECT_EQ(platform.Messages().back().text, L"3 credits left\r\nNo credit");
@@ -279,8 +281,8 @@ TEST_F(AdvancedTest, FiftyThousandTownsFillWithoutHoldingUpTheWindow) {
     for (int n = 0; n < 50000; ++n) towns += L"Town number " + std::to_wstring(n) + L",";
     lists = L"<x><LookupListVersion>V1</LookupListVersion><A>AB,BA</A><T>" + towns + L"</T><O>Avon</O></x>";
     OpenCriteria();
-    const auto longest = LongestAnswer(
-        dialog, [this] { return SendMessageW(Control(kInpTownComb), CB_GETCOUNT, 0, 0) == 50000; });
+    const auto longest =
+        LongestAnswer(dialog, [this] { return SendMessageW(Control(kInpTownComb), CB_GETCOUNT, 0, 0) == 50000; });
     EXPECT_EQ(SendMessageW(Control(kInpTownComb), CB_GETCOUNT, 0, 0), 50000);
     RecordProperty("longest_answer_ms", static_cast<int>(longest.count()));
     std::printf("longest answer while filling: %d ms\n", static_cast<int>(longest.count()));

@@ -12,11 +12,12 @@
 
 namespace quorvex::testing {
 
-// The settable platform with what the dialogs need of a real one: requests that wait while messages run, real message boxes.
+// The settable platform with what the dialogs need of a real one: requests that wait while messages run, real message
+// boxes.
 class DialogPlatform : public FakePlatform {
   public:
-    std::atomic<bool> hold{false};          // requests wait until it is false or they are stopped
-    std::atomic<bool> realMessages{false};  // otherwise messages are recorded only
+    std::atomic<bool> hold{false};         // requests wait until it is false or they are stopped
+    std::atomic<bool> realMessages{false}; // otherwise messages are recorded only
     std::atomic<int> requests{0};
     std::atomic<int> stopCount{0};
 
@@ -71,8 +72,8 @@ inline std::wstring RecordReply(const std::wstring& line1) {
 }
 
 inline std::wstring FailureReply(const std::wstring& error) {
-    return L"<xml><confirm>No</confirm><credits_display_text>3 credits left</credits_display_text><errormessage>" + error +
-           L"</errormessage></xml>";
+    return L"<xml><confirm>No</confirm><credits_display_text>3 credits left</credits_display_text><errormessage>" +
+           error + L"</errormessage></xml>";
 }
 
 // An advanced result: so many headings with two lines each.
@@ -82,11 +83,12 @@ inline std::wstring TreeReply(int headings, int recordCount) {
         const std::wstring number = std::to_wstring(n);
         records += L"<h>Street " + number + L"</h>";
         for (const wchar_t* house : {L"1", L"2"}) {
-            records += L"<l>" + std::wstring(house) + L" Street " + number + L"</l><id>AB1 3CD_" + number + house + L"_F</id>";
+            records +=
+                L"<l>" + std::wstring(house) + L" Street " + number + L"</l><id>AB1 3CD_" + number + house + L"_F</id>";
         }
     }
-    return L"<xml><confirm>Yes</confirm><recordcount>" + std::to_wstring(recordCount) + L"</recordcount><records>" + records +
-           L"</records></xml>";
+    return L"<xml><confirm>Yes</confirm><recordcount>" + std::to_wstring(recordCount) + L"</recordcount><records>" +
+           records + L"</records></xml>";
 }
 
 } // namespace quorvex::testing

@@ -109,7 +109,8 @@ bool WaitGone(const std::wstring& caption) {
 std::wstring TextOf(HWND window) {
     std::wstring text(4096, L'\0');
     DWORD_PTR length = 0;
-    SendMessageTimeoutW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()), SMTO_NORMAL, 5000, &length);
+    SendMessageTimeoutW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()), SMTO_NORMAL, 5000,
+                        &length);
     text.resize(length);
     return text;
 }

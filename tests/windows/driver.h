@@ -18,8 +18,8 @@ inline constexpr std::chrono::milliseconds kPatience{10000};
 // Looks again and again until the condition holds; false after the patience is used up.
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds patience = kPatience);
 
-// A host's user-interface thread that runs one call. Joined at the end; a call that does not end fails the whole program through the
-// watchdog, with the name of the test.
+// A host's user-interface thread that runs one call. Joined at the end; a call that does not end fails the whole
+// program through the watchdog, with the name of the test.
 class HostThread {
   public:
     explicit HostThread(std::function<void()> call);
@@ -51,7 +51,7 @@ std::vector<HWND> ShownChildren(HWND window);
 // What the user does. Clicks are posted: what they open may be modal.
 void Click(HWND button);
 void ClickId(HWND dialog, int id);
-void Type(HWND edit, const std::wstring& text);     // replaces the text
+void Type(HWND edit, const std::wstring& text);        // replaces the text
 void TypeKeys(HWND control, const std::wstring& keys); // key by key
 void PressKey(HWND control, int virtualKey);
 void MouseClick(HWND control, POINT client, int times);

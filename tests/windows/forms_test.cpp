@@ -38,8 +38,8 @@ TEST(MessageForm, TheMessageStandsAboveTheTopmostWindowOfAnother) {
     HWND foreign = nullptr;
     std::atomic<bool> end{false};
     HostThread other([&] {
-        foreign = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"In the way", WS_POPUP | WS_VISIBLE, 0, 0, 1600, 1200, nullptr,
-                                  nullptr, nullptr, nullptr);
+        foreign = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"In the way", WS_POPUP | WS_VISIBLE, 0, 0, 1600, 1200,
+                                  nullptr, nullptr, nullptr, nullptr);
         SetForegroundWindow(foreign);
         while (!end) {
             support::PumpPendingMessages();
@@ -49,7 +49,8 @@ TEST(MessageForm, TheMessageStandsAboveTheTopmostWindowOfAnother) {
     });
     ASSERT_TRUE(WaitUntil([&] { return foreign != nullptr && IsWindowVisible(foreign); }));
     int answer = 0;
-    HostThread host([&] { answer = TopMostMessageBox(platform, L"Continue?", MB_YESNO | MB_ICONQUESTION, L"Question"); });
+    HostThread host(
+        [&] { answer = TopMostMessageBox(platform, L"Continue?", MB_YESNO | MB_ICONQUESTION, L"Question"); });
     const HWND box = WaitForWindow(L"Question");
     EXPECT_TRUE(WaitUntil([&] { return IsAbove(box, foreign); }));
     EXPECT_TRUE(WaitUntil([&] { return GetForegroundWindow() == box; }));
@@ -64,8 +65,8 @@ TEST(MessageForm, AHostWindowIsDisabledDuringTheMessageAndEnabledAfterIt) {
     HWND window = nullptr;
     bool enabledAfter = false;
     HostThread host([&] {
-        window = CreateWindowExW(0, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 500, 400, nullptr, nullptr,
-                                 nullptr, nullptr);
+        window = CreateWindowExW(0, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 500, 400, nullptr,
+                                 nullptr, nullptr, nullptr);
         TopMostMessageBox(platform, L"Hello", MB_OK, L"Note");
         enabledAfter = IsWindowEnabled(window) != FALSE;
         DestroyWindow(window);
@@ -105,7 +106,8 @@ TEST(UpdateChoice, EachButtonGivesItsChoiceAndClosingIsCancel) {
         {L"", UpdateChoice::Cancel}};
     for (const auto& [caption, expected] : buttons) {
         UpdateChoice choice = UpdateChoice::Cancel;
-        HostThread host([&] { choice = AskUpdateChoice(platform, L"T:Update Postcode Address Data", L"C:\\Data & more", true); });
+        HostThread host(
+            [&] { choice = AskUpdateChoice(platform, L"T:Update Postcode Address Data", L"C:\\Data & more", true); });
         const HWND dialog = WaitForWindow(L"T:Update Postcode Address Data");
         if (caption.empty()) {
             PostMessageW(dialog, WM_CLOSE, 0, 0);
@@ -121,7 +123,8 @@ TEST(UpdateChoice, WithoutInternetNothingCanBeDownloaded) {
     DialogPlatform platform;
     HostThread host([&] { AskUpdateChoice(platform, L"Update", L"C:\\Data", false); });
     const HWND dialog = WaitForWindow(L"Update");
-    const HWND download = FindWindowExW(dialog, nullptr, L"BUTTON", L"&Download new updates from the internet and apply them");
+    const HWND download =
+        FindWindowExW(dialog, nullptr, L"BUTTON", L"&Download new updates from the internet and apply them");
     EXPECT_FALSE(IsWindowEnabled(download));
     PressKey(FocusOf(dialog), VK_ESCAPE);
     EXPECT_TRUE(host.WaitDone());
@@ -134,8 +137,8 @@ TEST(Progress, ShowsUpdatesCancelsOnceAndGivesTheHostItsWindowBack) {
     HWND window = nullptr;
     bool enabledAfter = false;
     HostThread host([&] {
-        window = CreateWindowExW(0, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 500, 400, nullptr, nullptr,
-                                 nullptr, nullptr);
+        window = CreateWindowExW(0, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 500, 400, nullptr,
+                                 nullptr, nullptr, nullptr);
         ProgressWindow progress(platform, [&] { ++cancels; });
         progress.Show(L"Downloading Update:x 1/2", L"Get file: x 1 of 4 Kb 25%");
         step = 1;

@@ -12,10 +12,10 @@ struct HostWindowOnThread {
     HWND window = nullptr;
     HWND button = nullptr;
     explicit HostWindowOnThread(DWORD extendedStyle = 0) {
-        window = CreateWindowExW(extendedStyle, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 200, 150, 900, 700,
-                                 nullptr, nullptr, nullptr, nullptr);
-        button = CreateWindowExW(0, L"BUTTON", L"Press", WS_CHILD | WS_VISIBLE, 10, 10, 90, 25, window, nullptr, nullptr,
-                                 nullptr);
+        window = CreateWindowExW(extendedStyle, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 200, 150, 900,
+                                 700, nullptr, nullptr, nullptr, nullptr);
+        button = CreateWindowExW(0, L"BUTTON", L"Press", WS_CHILD | WS_VISIBLE, 10, 10, 90, 25, window, nullptr,
+                                 nullptr, nullptr);
         SetForegroundWindow(window);
         SetFocus(button);
     }
@@ -60,7 +60,8 @@ TEST_F(PickerTest, ATopmostHostStaysTopmostAndBelowTheDialog) {
     FindStarted();
     EXPECT_TRUE(GetWindowLongPtrW(owner, GWL_EXSTYLE) & WS_EX_TOPMOST);
     bool above = false;
-    for (HWND w = GetWindow(owner, GW_HWNDPREV); w != nullptr; w = GetWindow(w, GW_HWNDPREV)) above = above || w == dialog;
+    for (HWND w = GetWindow(owner, GW_HWNDPREV); w != nullptr; w = GetWindow(w, GW_HWNDPREV))
+        above = above || w == dialog;
     EXPECT_TRUE(above);
 }
 
@@ -139,7 +140,8 @@ TEST_F(PickerTest, EverythingIsReachedByTab) {
         PressKey(before, VK_TAB);
         ASSERT_TRUE(WaitUntil([&] { return FocusOf(dialog) != before; }));
     }
-    EXPECT_EQ(order, (std::vector<HWND>{Control(kInpPostcode), Control(kCommand2), Control(kAddressList), Control(kCommand1)}));
+    EXPECT_EQ(order, (std::vector<HWND>{Control(kInpPostcode), Control(kCommand2), Control(kAddressList),
+                                        Control(kCommand1)}));
     EXPECT_EQ(FocusOf(dialog), Control(kInpPostcode));
 }
 

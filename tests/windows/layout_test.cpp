@@ -113,7 +113,8 @@ TEST_P(LayoutTest, PostcodeViewWithAllItsButtons) {
     RECT box{};
     GetWindowRect(dialog, &box);
     EXPECT_EQ(box.right - box.left, MulDiv(375, GetParam(), 96));
-    SetWindowPos(dialog, nullptr, 0, 0, box.right - box.left + 300, box.bottom - box.top + 100, SWP_NOMOVE | SWP_NOZORDER);
+    SetWindowPos(dialog, nullptr, 0, 0, box.right - box.left + 300, box.bottom - box.top + 100,
+                 SWP_NOMOVE | SWP_NOZORDER);
     ExpectGoodLayout(dialog, "results, enlarged");
 }
 
@@ -128,7 +129,8 @@ TEST_P(LayoutTest, CriteriaViewWithMessagesAndTree) {
     ASSERT_TRUE(Becomes(kTopWarning, true));
     ExpectGoodLayout(dialog, "criteria with message");
     Type(Control(kInpTownComb), L"Bath");
-    SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(kInpTownComb, CBN_EDITCHANGE), reinterpret_cast<LPARAM>(Control(kInpTownComb)));
+    SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(kInpTownComb, CBN_EDITCHANGE),
+                 reinterpret_cast<LPARAM>(Control(kInpTownComb)));
     ASSERT_TRUE(Enabled(kADVSearchFindButton, true));
     ClickId(dialog, kADVSearchFindButton);
     ASSERT_TRUE(Becomes(kAdvResultsTree, true));
@@ -137,15 +139,16 @@ TEST_P(LayoutTest, CriteriaViewWithMessagesAndTree) {
 
 TEST_P(LayoutTest, SmallWindows) {
     HostThread update([&] {
-        UpdateChoiceForm(platform, GetParam()).Ask(L"Update", L"C:\\A folder of some length\\for the address data", true);
+        UpdateChoiceForm(platform, GetParam())
+            .Ask(L"Update", L"C:\\A folder of some length\\for the address data", true);
     });
     const HWND choice = WaitForWindow(L"Update");
     ExpectGoodLayout(choice, "update choice");
     PostMessageW(choice, WM_CLOSE, 0, 0);
     ASSERT_TRUE(update.WaitDone());
     HostThread input([&] {
-        InputForm(platform, GetParam()).Ask(nullptr, L"A question that is long enough to need more than one line in this window",
-                                            L"Input", L"");
+        InputForm(platform, GetParam())
+            .Ask(nullptr, L"A question that is long enough to need more than one line in this window", L"Input", L"");
     });
     const HWND question = WaitForWindow(L"Input");
     ExpectGoodLayout(question, "input");

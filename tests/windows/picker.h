@@ -52,7 +52,8 @@ class PickerTest : public ::testing::Test {
     }
     void OpenAdvanced(const std::wstring& path, const std::wstring& postcode = L"ADV", bool errors = false) {
         host = std::make_unique<HostThread>([=, this] {
-            result = dialogs::SearchForFullAddressWithDialogueAdv(object, postcode, kHostCaption, path, false, false, errors);
+            result = dialogs::SearchForFullAddressWithDialogueAdv(object, postcode, kHostCaption, path, false, false,
+                                                                  errors);
         });
     }
     void Find() {

@@ -141,7 +141,8 @@ TEST_F(PickerTest, StopGivesTheSearchUpAndSaysWhy) {
     EXPECT_EQ(platform.stopCount, 1);
     const std::wstring text = TextOf(GetDlgItem(box, 0xFFFF));
     EXPECT_NE(text.find(L"You have stopped the lookup process!"), std::wstring::npos);
-    EXPECT_NE(text.find(L"your are having problems accessing the internet, or you personall firewall"), std::wstring::npos);
+    EXPECT_NE(text.find(L"your are having problems accessing the internet, or you personall firewall"),
+              std::wstring::npos);
     ClickId(box, IDOK);
     EXPECT_TRUE(CaptionBecomes(std::wstring(kHostCaption) + L" - Found nothing!"));
     EXPECT_TRUE(TextBecomes(kCommand2, L"&Find"));

@@ -26,8 +26,8 @@ constexpr std::size_t kBuild = 0x6A;
 constexpr std::size_t kSortOrder = 0x6E;
 constexpr std::size_t kDate = 0x72;
 constexpr std::size_t kCommitBytes = 0xE00;
-constexpr std::string_view kJetName{"Standard Jet DB", 16};
-constexpr std::string_view kAceName{"Standard ACE DB", 16};
+constexpr std::string_view kJetName{"Standard Jet DB\0", 16};
+constexpr std::string_view kAceName{"Standard ACE DB\0", 16};
 
 std::array<Byte, kMaskSize> MakeKeystream() {
     constexpr std::array<Byte, 4> key = {0xC7, 0xDA, 0x39, 0x6B};

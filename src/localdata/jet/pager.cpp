@@ -146,7 +146,7 @@ Page* Pager::NewFrame(PageNo number) {
     if (frames_.size() >= options_.cachePages && frames_.size() >= 2 * dirty_.size() && MakeRoom()) {
         page = frames_[hand_].get();
     } else {
-        frames_.push_back(std::unique_ptr<Page>(new Page));
+        frames_.push_back(std::make_unique_for_overwrite<Page>());
         page = frames_.back().get();
     }
     page->number = number;

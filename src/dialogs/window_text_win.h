@@ -1,0 +1,15 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace quorvex::dialogs {
+
+// The whole text of a window or control; empty for none.
+std::wstring WindowText(HWND window);
+
+// Leaves a text that stands there already: setting it again would only flicker.
+void SetTextIfNew(HWND window, const std::wstring& text);
+
+} // namespace quorvex::dialogs
