@@ -20,7 +20,8 @@ namespace {
 // Arguments go by reference, as Automation texts.
 class Bstr {
   public:
-    explicit Bstr(const std::wstring& text = {}) : text_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {}
+    explicit Bstr(const std::wstring& text = {})
+        : text_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {}
     ~Bstr() { SysFreeString(text_); }
     Bstr(const Bstr&) = delete;
     Bstr& operator=(const Bstr&) = delete;
@@ -65,7 +66,8 @@ bool ParseOptions(int count, wchar_t** arguments, Options& options) {
 }
 
 void Print(const std::wstring& text) {
-    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0, nullptr, nullptr);
+    const int size =
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0, nullptr, nullptr);
     std::string bytes(static_cast<std::size_t>(size), '\0');
     WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(), size, nullptr, nullptr);
     std::printf("%s\n", bytes.c_str());
@@ -90,10 +92,14 @@ std::vector<std::wstring> Lines(_Quorvex& lookup) {
 void PrintRecord(_Quorvex& lookup) {
     using Getter = HRESULT (STDMETHODCALLTYPE _Quorvex::*)(BSTR*);
     const std::pair<const wchar_t*, Getter> fields[] = {
-        {L"Organisation", &_Quorvex::get_Address_Organisation}, {L"Line 1", &_Quorvex::get_Address_Line1},
-        {L"Line 2", &_Quorvex::get_Address_Line2},              {L"Line 3", &_Quorvex::get_Address_Line3},
-        {L"Town", &_Quorvex::get_Address_Town},                 {L"County", &_Quorvex::get_Address_County},
-        {L"Postcode", &_Quorvex::get_Address_Postcode},         {L"Country", &_Quorvex::get_Address_Country},
+        {L"Organisation", &_Quorvex::get_Address_Organisation},
+        {L"Line 1", &_Quorvex::get_Address_Line1},
+        {L"Line 2", &_Quorvex::get_Address_Line2},
+        {L"Line 3", &_Quorvex::get_Address_Line3},
+        {L"Town", &_Quorvex::get_Address_Town},
+        {L"County", &_Quorvex::get_Address_County},
+        {L"Postcode", &_Quorvex::get_Address_Postcode},
+        {L"Country", &_Quorvex::get_Address_Country},
         {L"Identifier", &_Quorvex::get_Address_Id},
     };
     for (const auto& [name, get] : fields) {
@@ -132,8 +138,8 @@ int wmain(int count, wchar_t** arguments) {
     }
     if (FAILED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) return 2;
     _Quorvex* lookup = nullptr;
-    const HRESULT hr = CoCreateInstance(CLSID_Quorvex, nullptr, CLSCTX_INPROC_SERVER, IID__Quorvex,
-                                        reinterpret_cast<void**>(&lookup));
+    const HRESULT hr =
+        CoCreateInstance(CLSID_Quorvex, nullptr, CLSCTX_INPROC_SERVER, IID__Quorvex, reinterpret_cast<void**>(&lookup));
     int result = 2;
     if (SUCCEEDED(hr)) {
         result = Run(*lookup, options);

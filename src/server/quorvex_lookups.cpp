@@ -120,8 +120,8 @@ HRESULT QuorvexObject::Nearest_GetNumberOfRecordsReturned(long* result) {
     return Guard([&] { *result = lookups::Nearest_GetNumberOfRecordsReturned(lookup_); });
 }
 
-HRESULT QuorvexObject::Nearest_GetRecord(long* x, double* distance, double* Longtitude, double* Latitude, BSTR* YouData1,
-                                         BSTR* YouData2, BSTR* YouData3, VARIANT_BOOL* result) {
+HRESULT QuorvexObject::Nearest_GetRecord(long* x, double* distance, double* Longtitude, double* Latitude,
+                                         BSTR* YouData1, BSTR* YouData2, BSTR* YouData3, VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
     return Guard([&] {

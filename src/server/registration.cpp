@@ -139,8 +139,8 @@ HRESULT Unregister(Scope scope) {
                                ? UnRegisterTypeLibForUser(LIBID_QuorvexLookup, major, minor, 0, kSystemKind)
                                : UnRegisterTypeLib(LIBID_QuorvexLookup, major, minor, 0, kSystemKind);
         // The answers for a library that is not registered; which one depends on the system.
-        const bool libraryGone = SUCCEEDED(hr) || hr == TYPE_E_REGISTRYACCESS || hr == TYPE_E_LIBNOTREGISTERED ||
-                                 hr == E_INVALIDARG;
+        const bool libraryGone =
+            SUCCEEDED(hr) || hr == TYPE_E_REGISTRYACCESS || hr == TYPE_E_LIBNOTREGISTERED || hr == E_INVALIDARG;
         const HRESULT clsid = DeleteTree(scope, L"CLSID\\" + GuidText(CLSID_Quorvex));
         const HRESULT progId = OtherBitnessRegistered(scope) ? S_OK : DeleteTree(scope, kProgId);
         if (FAILED(progId) || FAILED(clsid)) return SELFREG_E_CLASS;

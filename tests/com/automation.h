@@ -28,9 +28,7 @@ class Text {
         SysFreeString(std::exchange(value_, nullptr));
         return &value_;
     }
-    std::wstring Str() const {
-        return value_ == nullptr ? std::wstring() : std::wstring(value_, SysStringLen(value_));
-    }
+    std::wstring Str() const { return value_ == nullptr ? std::wstring() : std::wstring(value_, SysStringLen(value_)); }
 
   private:
     BSTR value_ = nullptr;
@@ -88,7 +86,9 @@ class Value : public VARIANT {
         return value;
     }
 
-    std::wstring Str() const { return vt == VT_BSTR && bstrVal != nullptr ? std::wstring(bstrVal, SysStringLen(bstrVal)) : L""; }
+    std::wstring Str() const {
+        return vt == VT_BSTR && bstrVal != nullptr ? std::wstring(bstrVal, SysStringLen(bstrVal)) : L"";
+    }
 };
 
 // What a late-bound call came to.
@@ -107,8 +107,8 @@ inline Outcome Call(IDispatch* object, const wchar_t* name, const std::vector<Va
     std::vector<LPOLESTR> names = {const_cast<LPOLESTR>(name)};
     for (const Named& argument : named) names.push_back(const_cast<LPOLESTR>(argument.first));
     std::vector<DISPID> ids(names.size());
-    outcome.hr = object->GetIDsOfNames(IID_NULL, names.data(), static_cast<UINT>(names.size()), LOCALE_USER_DEFAULT,
-                                       ids.data());
+    outcome.hr =
+        object->GetIDsOfNames(IID_NULL, names.data(), static_cast<UINT>(names.size()), LOCALE_USER_DEFAULT, ids.data());
     if (FAILED(outcome.hr)) return outcome;
     std::vector<VARIANT> arguments; // borrowed: named ones first, positional ones backwards
     for (const Named& argument : named) arguments.push_back(argument.second);

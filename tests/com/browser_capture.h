@@ -16,7 +16,8 @@ class BrowserCapture {
     BrowserCapture(const BrowserCapture&) = delete;
     BrowserCapture& operator=(const BrowserCapture&) = delete;
 
-    // The addresses so far, waiting until there are so many of them (the handler runs on its own) or 10 seconds are over.
+    // The addresses so far, waiting until there are so many of them (the handler runs on its own) or 10 seconds are
+    // over.
     std::vector<std::string> Opened(std::size_t count) const;
 
   private:

@@ -7,14 +7,22 @@ namespace {
 
 std::wstring TypeName(VARTYPE type) {
     switch (type) {
-    case VT_VOID: return L"none";
-    case VT_BSTR: return L"text";
-    case VT_BOOL: return L"boolean";
-    case VT_I2: return L"short";
-    case VT_I4: return L"long";
-    case VT_R8: return L"double";
-    case VT_VARIANT: return L"variant";
-    default: return L"type" + std::to_wstring(type);
+    case VT_VOID:
+        return L"none";
+    case VT_BSTR:
+        return L"text";
+    case VT_BOOL:
+        return L"boolean";
+    case VT_I2:
+        return L"short";
+    case VT_I4:
+        return L"long";
+    case VT_R8:
+        return L"double";
+    case VT_VARIANT:
+        return L"variant";
+    default:
+        return L"type" + std::to_wstring(type);
     }
 }
 

@@ -28,7 +28,8 @@ struct Member {
 // The members of the object's own type information in the order of the interface, less those that it inherits.
 std::vector<Member> Catalogue(IDispatch* object);
 
-// "114 boolean GetFullAddressRecord(long& SelectedListIndex)"; optional arguments stand in brackets with their defaults.
+// "114 boolean GetFullAddressRecord(long& SelectedListIndex)"; optional arguments stand in brackets with their
+// defaults.
 std::wstring Signature(const Member& member);
 
 } // namespace quorvex::testing

@@ -55,7 +55,7 @@ TEST_F(CoercionTest, NumbersMayComeInAnyConvertibleFormAndWay) {
 TEST_F(CoercionTest, TextsMayComeInAnyConvertibleForm) {
     Value number(12345L), empty, date = Value::OfType(VT_DATE);
     const std::pair<Value, const wchar_t*> cases[] = {
-        {L"AB13CD", L"AB1 3CD"},          {number, L"12345"}, {Value::Ref(number), L"12345"}, {Value::Ref(empty), L""},
+        {L"AB13CD", L"AB1 3CD"},       {number, L"12345"}, {Value::Ref(number), L"12345"}, {Value::Ref(empty), L""},
         {Value::OfType(VT_BSTR), L""}, {1.5, L"1.5"},
     };
     for (const auto& [argument, expected] : cases) {
@@ -119,8 +119,9 @@ TEST_F(CoercionTest, AChangedArgumentComesBackInTheVariableThatWasPassed) {
     consume(kTwoTowns); // a literal has nowhere to go to
 
     Value untouched(kTwoTowns), number(7L);
-    EXPECT_EQ(Call(object_.get(), L"GetBetweenTags", {kTown, Value::Ref(untouched), kTownEnd, 0L, Value::Ref(number)}).hr,
-              S_OK);
+    EXPECT_EQ(
+        Call(object_.get(), L"GetBetweenTags", {kTown, Value::Ref(untouched), kTownEnd, 0L, Value::Ref(number)}).hr,
+        S_OK);
     EXPECT_EQ(untouched.Str(), kTwoTowns);
     EXPECT_EQ(number.vt, VT_I4);
 }
@@ -143,8 +144,9 @@ TEST_F(CoercionTest, OutValuesFillVariablesOfEveryKind) {
     EXPECT_NEAR(difference.dblVal, 0.455, 1e-12);
 
     // The start point itself: distance 0, which must arrive in a variable that held nothing.
-    ASSERT_EQ(Call(object, L"Nearest_AddToList",
-                   {Value::Ref(longitude), Value::Ref(latitude), L"Head office", 12L, L""}).hr, S_OK);
+    ASSERT_EQ(
+        Call(object, L"Nearest_AddToList", {Value::Ref(longitude), Value::Ref(latitude), L"Head office", 12L, L""}).hr,
+        S_OK);
     ASSERT_EQ(Call(object, L"Nearest_GetNumberOfRecordsReturned", {}).result.lVal, 1);
 
     Value distance, data3;
@@ -155,8 +157,9 @@ TEST_F(CoercionTest, OutValuesFillVariablesOfEveryKind) {
     long data2 = 0;
     outcome = Call(object, L"Nearest_GetRecord",
                    {1L, Value::Ref(distance), Value::Borrowed(VT_BYREF | VT_R4, &singleLongitude),
-                    Value::Borrowed(VT_BYREF | VT_DECIMAL, &latitudeDecimal), Value::Borrowed(VT_BYREF | VT_BSTR, data1.Ref()),
-                    Value::Borrowed(VT_BYREF | VT_I4, &data2), Value::Ref(data3)});
+                    Value::Borrowed(VT_BYREF | VT_DECIMAL, &latitudeDecimal),
+                    Value::Borrowed(VT_BYREF | VT_BSTR, data1.Ref()), Value::Borrowed(VT_BYREF | VT_I4, &data2),
+                    Value::Ref(data3)});
     ASSERT_EQ(outcome.hr, S_OK);
     EXPECT_EQ(distance.vt, VT_R8);
     EXPECT_EQ(distance.dblVal, 0);
@@ -170,8 +173,7 @@ TEST_F(CoercionTest, OutValuesFillVariablesOfEveryKind) {
 
     // Beyond the end nothing is filled in.
     Value before(99L);
-    outcome = Call(object, L"Nearest_GetRecord",
-                   {2L, Value::Ref(before), 0L, 0L, L"", L"", L""});
+    outcome = Call(object, L"Nearest_GetRecord", {2L, Value::Ref(before), 0L, 0L, L"", L"", L""});
     EXPECT_EQ(outcome.result.boolVal, VARIANT_FALSE);
     EXPECT_EQ(before.vt, VT_I4);
     EXPECT_EQ(before.lVal, 99);

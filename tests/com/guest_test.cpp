@@ -36,8 +36,8 @@ std::map<std::string, std::wstring> ProcessState() {
     const HMODULE user = GetModuleHandleW(L"user32.dll");
     using Context = HANDLE(WINAPI*)();
     using Awareness = int(WINAPI*)(HANDLE);
-    const auto context = reinterpret_cast<Context>(
-        reinterpret_cast<void*>(GetProcAddress(user, "GetThreadDpiAwarenessContext")));
+    const auto context =
+        reinterpret_cast<Context>(reinterpret_cast<void*>(GetProcAddress(user, "GetThreadDpiAwarenessContext")));
     const auto awareness = reinterpret_cast<Awareness>(
         reinterpret_cast<void*>(GetProcAddress(user, "GetAwarenessFromDpiAwarenessContext")));
     if (context != nullptr && awareness != nullptr) set("DPI awareness", awareness(context()));

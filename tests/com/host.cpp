@@ -66,8 +66,8 @@ HRESULT LoadedDll::Install(bool on, const wchar_t* commandLine) const {
 
 Ptr<_Quorvex> CreateRegistered() {
     _Quorvex* object = nullptr;
-    const HRESULT hr = CoCreateInstance(CLSID_Quorvex, nullptr, CLSCTX_INPROC_SERVER, IID__Quorvex,
-                                        reinterpret_cast<void**>(&object));
+    const HRESULT hr =
+        CoCreateInstance(CLSID_Quorvex, nullptr, CLSCTX_INPROC_SERVER, IID__Quorvex, reinterpret_cast<void**>(&object));
     EXPECT_EQ(hr, S_OK) << "the class is not registered; run the tests inside tools/with-wine";
     return Ptr<_Quorvex>(object);
 }

@@ -20,8 +20,10 @@ class MembersTest : public ComTest {
     HRESULT CallVtable(const Member& member, std::vector<VARIANT> arguments, VARIANT* result) {
         DISPID put = DISPID_PROPERTYPUT;
         const bool isPut = member.kind == INVOKE_PROPERTYPUT;
-        DISPPARAMS params{arguments.data(), isPut ? &put : nullptr, static_cast<UINT>(arguments.size()), isPut ? 1U : 0U};
-        return Info()->Invoke(object_.get(), member.id, static_cast<WORD>(member.kind), &params, result, nullptr, nullptr);
+        DISPPARAMS params{arguments.data(), isPut ? &put : nullptr, static_cast<UINT>(arguments.size()),
+                          isPut ? 1U : 0U};
+        return Info()->Invoke(object_.get(), member.id, static_cast<WORD>(member.kind), &params, result, nullptr,
+                              nullptr);
     }
 };
 
@@ -50,7 +52,8 @@ TEST_F(MembersTest, EveryPropertyGivesBackWhatWasPut) {
         std::vector<Value> values;
         if (get.result == VT_BSTR) {
             for (const std::wstring& text : OddTexts()) {
-                if (text.size() < 1000 || get.name == L"Extra1") values.emplace_back(text); // large ones take their time
+                if (text.size() < 1000 || get.name == L"Extra1")
+                    values.emplace_back(text); // large ones take their time
             }
         } else if (get.result == VT_BOOL) {
             values = {true, false};
@@ -76,7 +79,9 @@ TEST_F(MembersTest, ANewObjectStartsEmpty) {
     for (const Member& get : Catalogue(fresh.get())) {
         if (get.kind != INVOKE_PROPERTYGET) continue;
         const Value value = Get(fresh.get(), get.name.c_str()).result;
-        EXPECT_TRUE(value.vt == VT_BSTR ? value.Str().empty() : value.vt == VT_I4 ? value.lVal == 0 : value.iVal == 0)
+        EXPECT_TRUE(value.vt == VT_BSTR ? value.Str().empty()
+                    : value.vt == VT_I4 ? value.lVal == 0
+                                        : value.iVal == 0)
             << get.name;
     }
 }
@@ -134,9 +139,9 @@ TEST_F(MembersTest, NullPointersAreMissingArgumentsAndNoCrash) {
             pointers.push_back(&values.back());
         }
         Value result;
-        const HRESULT called = DispCallFunc(object_.get(), static_cast<ULONG_PTR>(method.vtableOffset), CC_STDCALL,
-                                            VT_ERROR, static_cast<UINT>(types.size()), types.data(), pointers.data(),
-                                            &result);
+        const HRESULT called =
+            DispCallFunc(object_.get(), static_cast<ULONG_PTR>(method.vtableOffset), CC_STDCALL, VT_ERROR,
+                         static_cast<UINT>(types.size()), types.data(), pointers.data(), &result);
         ASSERT_EQ(called, S_OK) << method.name;
         EXPECT_EQ(result.scode, answers ? E_POINTER : S_OK) << method.name;
     }
@@ -158,7 +163,9 @@ TEST_F(MembersTest, OddTextsAreLookedUpLikeAnyOther) {
                 EXPECT_EQ(Get(object_.get(), L"RecordCount").result.lVal, 0);
             }
             EXPECT_EQ(Call(object_.get(), L"GetFullAddressToListAdv",
-                           {Value(text), Value(text), Value(text), Value(text), Value(text), Value(text)}).hr, S_OK);
+                           {Value(text), Value(text), Value(text), Value(text), Value(text), Value(text)})
+                          .hr,
+                      S_OK);
             for (const wchar_t* setter : {L"SetDataKey", L"SetHomePostCode", L"LMSetOverideComputerName"}) {
                 EXPECT_EQ(Call(object_.get(), setter, {Value(text)}).hr, S_OK) << setter;
             }
@@ -176,7 +183,8 @@ TEST_F(MembersTest, TagsAreReadInTextsOfAnySizeAndContent) {
     EXPECT_EQ(html.Str(), filler);
 
     Text empty, fallback(L"none");
-    ASSERT_EQ(object_->GetBetweenTags(start.Ref(), empty.Ref(), end.Ref(), &consume, fallback.Ref(), result.Out()), S_OK);
+    ASSERT_EQ(object_->GetBetweenTags(start.Ref(), empty.Ref(), end.Ref(), &consume, fallback.Ref(), result.Out()),
+              S_OK);
     EXPECT_EQ(result.Str(), L"none");
 
     // The end tag is missing: one character less than the start tag and the end tag's length are cut off.

@@ -12,7 +12,8 @@ TEST_F(PagesTest, AccountPagesCarryTheReseller) {
     const WindowCloser closer;
     long reseller = 4711;
     ASSERT_EQ(object_->SetResellerID(&reseller), S_OK);
-    const std::string account = "http://accounts.quorvex.example/A2CustomerAccount/WebAccountCreateFromReseller.aspx?r=";
+    const std::string account =
+        "http://accounts.quorvex.example/A2CustomerAccount/WebAccountCreateFromReseller.aspx?r=";
     ASSERT_EQ(object_->OpenAnAccountAndLinkToResellerForInternalUse(), S_OK);
     ASSERT_EQ(browser.Opened(1), std::vector<std::string>{"\"" + account + "I&id=4711\""});
     ASSERT_EQ(object_->OpenAnAccountAndLinkToResellerForWebUse(), S_OK);

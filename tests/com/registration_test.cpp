@@ -20,7 +20,8 @@ constexpr REGSAM kOtherView = KEY_WOW64_64KEY;
 
 using Dump = std::set<std::wstring>;
 
-// The keys that hold other classes' keys: their children are looked at by name only, which is where a new one would show.
+// The keys that hold other classes' keys: their children are looked at by name only, which is where a new one would
+// show.
 bool IsContainer(const std::wstring& name) {
     static const std::set<std::wstring> kContainers = {L"CLSID", L"Interface", L"TypeLib", L"AppID", L"WOW6432Node"};
     return kContainers.contains(name);
@@ -39,7 +40,8 @@ void Collect(HKEY key, const std::wstring& path, Dump& dump) {
         DWORD length = static_cast<DWORD>(name.size()), bytes = static_cast<DWORD>(data.size()), type = 0;
         const LONG result = RegEnumValueW(key, i, name.data(), &length, nullptr, &type, data.data(), &bytes);
         if (result == ERROR_NO_MORE_ITEMS) break;
-        dump.insert(path + L"|" + name.data() + L"=" + std::to_wstring(result) + std::wstring(data.data(), data.data() + bytes));
+        dump.insert(path + L"|" + name.data() + L"=" + std::to_wstring(result) +
+                    std::wstring(data.data(), data.data() + bytes));
     }
     for (DWORD i = 0;; ++i) {
         DWORD length = static_cast<DWORD>(name.size());
@@ -67,7 +69,8 @@ Dump Classes(HKEY root) {
 
 std::vector<std::wstring> Difference(const Dump& before, const Dump& after) {
     std::vector<std::wstring> difference;
-    std::set_symmetric_difference(before.begin(), before.end(), after.begin(), after.end(), std::back_inserter(difference));
+    std::set_symmetric_difference(before.begin(), before.end(), after.begin(), after.end(),
+                                  std::back_inserter(difference));
     return difference;
 }
 
@@ -80,8 +83,8 @@ std::wstring Read(HKEY root, const std::wstring& key, const wchar_t* name = null
 
 HRESULT TryCreate() {
     IUnknown* object = nullptr;
-    const HRESULT hr = CoCreateInstance(CLSID_Quorvex, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown,
-                                        reinterpret_cast<void**>(&object));
+    const HRESULT hr =
+        CoCreateInstance(CLSID_Quorvex, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, reinterpret_cast<void**>(&object));
     if (SUCCEEDED(hr)) object->Release();
     return hr;
 }
@@ -125,7 +128,8 @@ TEST_F(RegistrationTest, OneBitnessLeavesTheOtherItsProgId) {
     ASSERT_EQ(dll_.Register(false), S_OK);
     HKEY key = nullptr;
     DWORD disposition = 0;
-    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, kClass, 0, nullptr, 0, KEY_ALL_ACCESS | kOtherView, nullptr, &key, &disposition),
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, kClass, 0, nullptr, 0, KEY_ALL_ACCESS | kOtherView, nullptr, &key,
+                              &disposition),
               ERROR_SUCCESS);
     RegCloseKey(key);
     ASSERT_EQ(dll_.Register(true), S_OK);
@@ -139,7 +143,8 @@ TEST_F(RegistrationTest, OneBitnessLeavesTheOtherItsProgId) {
 
 TEST_F(RegistrationTest, OneUsersRegistrationNeedsNoAdministratorsKeys) {
     HKEY classes = nullptr; // the system's own container, which may not be there yet
-    RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Classes\\CLSID", 0, nullptr, 0, KEY_READ, nullptr, &classes, nullptr);
+    RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Classes\\CLSID", 0, nullptr, 0, KEY_READ, nullptr, &classes,
+                    nullptr);
     RegCloseKey(classes);
     const Dump before = Classes(HKEY_CURRENT_USER);
     ASSERT_EQ(dll_.Install(true, L"user"), S_OK);

@@ -44,7 +44,8 @@ TEST_F(RequestsTest, AnInternalKeyNamesTheComputerWhateverItsCase) {
     Web().LMSetOverideComputerName(Text(L"somebody else").Ref()); // for local mode only
     Web().SetDataKey(Text(L"i5").Ref());
     Web().GetFullAddressToList(Text(L"ZZ99").Ref(), &found);
-    EXPECT_EQ(LastTarget(), L"/xmlservice/SearchForAddress.aspx?datakey=I5&postcode=ZZ99&COM=1&username=" + computer.Str());
+    EXPECT_EQ(LastTarget(),
+              L"/xmlservice/SearchForAddress.aspx?datakey=I5&postcode=ZZ99&COM=1&username=" + computer.Str());
     Web().SetHomePostCode(Text(L"ZZ99").Ref());
     Web().GetPostZonAddressRecord(Text(L"AB1 0DF").Ref(), &found);
     EXPECT_EQ(LastTarget(), L"/xmlservice/SearchForPostZonData.aspx?datakey=I5&postcode=AB1%200DF&COM=1&username=" +
@@ -70,16 +71,16 @@ TEST_F(RequestsTest, NothingIsAskedWithoutNeed) {
 
 TEST_F(RequestsTest, AnAdvancedSearchIsWalkedItemByItem) {
     VARIANT_BOOL found = VARIANT_FALSE;
-    ASSERT_EQ(Web().GetFullAddressToListAdv(Text().Ref(), Text().Ref(), Text(L"KILN HILL").Ref(), Text(L"ABERDEEN").Ref(),
-                                            Text().Ref(), Text().Ref(), &found), S_OK);
+    ASSERT_EQ(Web().GetFullAddressToListAdv(Text().Ref(), Text().Ref(), Text(L"KILN HILL").Ref(),
+                                            Text(L"ABERDEEN").Ref(), Text().Ref(), Text().Ref(), &found),
+              S_OK);
     ASSERT_EQ(found, VARIANT_TRUE);
     long count = 0, headings = 0;
     Web().get_RecordCount(&count);
     std::vector<std::wstring> ids;
     for (;;) { // late bound, as script hosts walk it
         Value id, lineType;
-        const Outcome item =
-            Call(&Web(), L"GetFullAddressLineForSelectionAdv", {Value::Ref(id), Value::Ref(lineType)});
+        const Outcome item = Call(&Web(), L"GetFullAddressLineForSelectionAdv", {Value::Ref(id), Value::Ref(lineType)});
         ASSERT_EQ(item.hr, S_OK);
         if (lineType.Str().empty()) {
             EXPECT_EQ(item.result.Str(), L"");
