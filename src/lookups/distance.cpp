@@ -1,5 +1,6 @@
 #include "lookups/distance.h"
 
+#include "support/floating_point.h"
 #include "support/log.h"
 
 #include <cmath>
@@ -12,31 +13,6 @@ constexpr double kNauticalMilesPerDegree = 60;
 constexpr double kMilesPerNauticalMile = 1.1515;
 constexpr double kKilometresPerMile = 1.609344;
 constexpr double kNauticalMilesPerMile = 0.8684;
-
-// The 32-bit run-time library computes sines on the x87 unit with the precision that the host left there. Some hosts leave it at
-// single precision, which is 100 metres at the other end of the country; theirs comes back at the end.
-class FullPrecision {
-  public:
-#if defined(__i386__)
-    FullPrecision() {
-        constexpr unsigned short kExtended = 0x0300;
-        asm volatile("fnstcw %0" : "=m"(host_));
-        const unsigned short full = static_cast<unsigned short>(host_ | kExtended);
-        asm volatile("fldcw %0" : : "m"(full));
-    }
-    ~FullPrecision() { asm volatile("fldcw %0" : : "m"(host_)); }
-
-  private:
-    unsigned short host_ = 0;
-#else
-    FullPrecision() {} // SSE has no such setting
-    ~FullPrecision() {}
-
-  public:
-#endif
-    FullPrecision(const FullPrecision&) = delete;
-    FullPrecision& operator=(const FullPrecision&) = delete;
-};
 
 } // namespace
 
@@ -56,7 +32,7 @@ double zDistance::ArcCos(double x) {
 
 double zDistance::Distance(double latitude1, double longitude1, double latitude2, double longitude2, wchar_t unit) {
     if (latitude1 == latitude2 && longitude1 == longitude2) return 0;
-    const FullPrecision precision;
+    const support::DoublePrecision precision;
     const double theta = longitude1 - longitude2;
     const double cosine = std::sin(DegToRad(latitude1)) * std::sin(DegToRad(latitude2)) +
                           std::cos(DegToRad(latitude1)) * std::cos(DegToRad(latitude2)) * std::cos(DegToRad(theta));
