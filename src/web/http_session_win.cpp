@@ -36,9 +36,9 @@ void EnableModernTls(HINTERNET session) {
     WinHttpSetOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols);
 }
 
-// The network stack's threads come back through this module's code for the last time when the count of outstanding requests is
-// down already, and a process that gives up COM unloads its components without asking them. So the module stays from the
-// first request on.
+// The network stack's threads come back through this module's code for the last time when the count of outstanding
+// requests is down already, and a process that gives up COM unloads its components without asking them. So the module
+// stays from the first request on.
 void KeepModuleLoaded() {
     HMODULE module = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
@@ -88,11 +88,6 @@ HINTERNET SessionFor(const std::wstring& proxy) {
         EnableModernTls(state.session);
     }
     return state.session;
-}
-
-void CloseSession() {
-    const RequestSlot slot;
-    if (slot.Held()) CloseKept(State());
 }
 
 } // namespace quorvex::web

@@ -21,8 +21,6 @@ bool RequestRunning();
 // Requests of this process that the system has not let go of. One that was given up lives on inside the system for a
 // while, with a callback still to come: the DLL must not be unloaded before this is 0.
 long OutstandingRequests();
-// Lets go of the pooled connections; for the moment before the DLL is unloaded. Does nothing while a request runs.
-void CloseSession();
 
 // Limits that a test can shorten, and the clock by which they are measured.
 struct TransportLimits {
