@@ -38,8 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Check(!object.PostZon_DistanceToHomePostcode.empty());
     if (object.Address_Postcode.empty()) Check(!requireRecord || !object.General_confirm);
-    for (const std::wstring* value :
-         {&object.Address_Line1, &object.Address_Town, &object.PostZon_Latitude_wgs84}) {
+    for (const std::wstring* value : {&object.Address_Line1, &object.Address_Town, &object.PostZon_Latitude_wgs84}) {
         Check(support::Trim(*value).size() == value->size());
     }
     return 0;

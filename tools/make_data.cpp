@@ -231,7 +231,7 @@ jet::TableSpec AddressTable(const char16_t* name) {
 
 jet::TableSpec PostZonTable() {
     using enum jet::ColumnType;
-    jet::TableSpec spec{u"PAF_PostZon", {}, {}};
+    jet::TableSpec wanted{u"PAF_PostZon", {}, {}};
     const std::array<std::pair<const char16_t*, std::uint16_t>, 13> texts = {{{u"PZ_Postcode", 10},
                                                                               {u"PZ_IntroductionDate", 8},
                                                                               {u"PZ_GridRefEast", 6},
@@ -245,15 +245,15 @@ jet::TableSpec PostZonTable() {
                                                                               {u"PZ_WardStatus", 1},
                                                                               {u"PZ_NHS_Code", 9},
                                                                               {u"PZ_NHS_Region", 9}}};
-    for (const auto& [name, length] : texts) spec.columns.push_back({.name = name, .length = length});
-    spec.columns.push_back({.name = u"PZ_Lat", .type = kDouble});
-    spec.columns.push_back({.name = u"PZ_Long", .type = kDouble});
-    spec.columns.push_back({.name = u"PZ_OSRef", .length = 12});
-    spec.columns.push_back({.name = u"PZ_Update", .length = 8});
-    spec.indexes = {{.name = u"PrimaryKey", .columns = {u"PZ_Postcode"}, .primary = true},
-                    {.name = u"PZ_Lat", .columns = {u"PZ_Lat"}},
-                    {.name = u"PZ_Long", .columns = {u"PZ_Long"}}};
-    return spec;
+    for (const auto& [name, length] : texts) wanted.columns.push_back({.name = name, .length = length});
+    wanted.columns.push_back({.name = u"PZ_Lat", .type = kDouble});
+    wanted.columns.push_back({.name = u"PZ_Long", .type = kDouble});
+    wanted.columns.push_back({.name = u"PZ_OSRef", .length = 12});
+    wanted.columns.push_back({.name = u"PZ_Update", .length = 8});
+    wanted.indexes = {{.name = u"PrimaryKey", .columns = {u"PZ_Postcode"}, .primary = true},
+                      {.name = u"PZ_Lat", .columns = {u"PZ_Lat"}},
+                      {.name = u"PZ_Long", .columns = {u"PZ_Long"}}};
+    return wanted;
 }
 
 void AddVersion(jet::Database& database, const std::string& date) {

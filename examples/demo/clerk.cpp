@@ -1,5 +1,5 @@
-// Plays the person at the screen for ./demo --update: presses "Download" in the update dialog, reads the messages that come up and
-// presses OK, and ends with the message about the outcome.
+// Plays the person at the screen for ./demo --update: presses "Download" in the update dialog, reads the messages that
+// come up and presses OK, and ends with the message about the outcome.
 
 #include <windows.h>
 

@@ -26,8 +26,7 @@ class Connection {
 
     // Before Open only.
     virtual void SetMode(int mode) = 0;
-    virtual void Open(const std::wstring& connectionString, const std::wstring& user,
-                      const std::wstring& password) = 0;
+    virtual void Open(const std::wstring& connectionString, const std::wstring& user, const std::wstring& password) = 0;
     virtual void Close() = 0;
 };
 
@@ -48,7 +47,8 @@ class Recordset {
     virtual void MoveLast() = 0;
     virtual void MoveNext() = 0;
     virtual long RecordCount() = 0;
-    // Searches forward from the current row (included) for "[Column]='text'" or "[Column]=number"; AtEnd() when there is none.
+    // Searches forward from the current row (included) for "[Column]='text'" or "[Column]=number"; AtEnd() when there
+    // is none.
     virtual void Find(const std::wstring& criterion) = 0;
 
     virtual Value Field(const std::wstring& column) = 0;

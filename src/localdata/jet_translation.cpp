@@ -8,12 +8,12 @@ namespace quorvex::localdata {
 namespace {
 
 // OLE DB's numbers for what is not just a failure.
-constexpr long kErrorInCommand = -2147217900;  // DB_E_ERRORSINCOMMAND
-constexpr long kErrorNoTable = -2147217865;    // DB_E_NOTABLE
-constexpr long kErrorDataType = -2147217913;   // DB_E_DATATYPEMISMATCH
+constexpr long kErrorInCommand = -2147217900;      // DB_E_ERRORSINCOMMAND
+constexpr long kErrorNoTable = -2147217865;        // DB_E_NOTABLE
+constexpr long kErrorDataType = -2147217913;       // DB_E_DATATYPEMISMATCH
 constexpr long kErrorAuthentication = -2147217843; // DB_SEC_E_AUTH_FAILED
-constexpr long kErrorIntegrity = -2147217873;  // DB_E_INTEGRITYVIOLATION
-constexpr long kErrorNoItem = 3265;            // adErrItemNotFound
+constexpr long kErrorIntegrity = -2147217873;      // DB_E_INTEGRITYVIOLATION
+constexpr long kErrorNoItem = 3265;                // adErrItemNotFound
 
 long NumberOf(jet::ErrorCode code) {
     switch (code) {

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "localdata/database.h"
 #include "localdata/jet/error.h"
 #include "localdata/jet/value.h"
-#include "localdata/database.h"
 #include "support/error.h"
 
 #include <string>

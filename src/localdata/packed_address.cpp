@@ -73,8 +73,7 @@ RecordFields AddressRecord(std::wstring_view premise, std::wstring_view common) 
     const std::vector<std::wstring_view> last = Fields(shortened);
     RecordFields record;
     const std::size_t own = std::min(first.size(), kRecordFields);
-    for (std::size_t i = 0; i < own; ++i)
-        PutTrimmed(record, i, first[i]);
+    for (std::size_t i = 0; i < own; ++i) PutTrimmed(record, i, first[i]);
     const std::size_t shared = std::min(last.size(), kRecordFields - own);
     for (std::size_t i = 0; i < shared; ++i) {
         PutTrimmed(record, kRecordFields - shared + i, last[last.size() - shared + i]);
@@ -85,8 +84,7 @@ RecordFields AddressRecord(std::wstring_view premise, std::wstring_view common) 
 ThoroughfareFields ThoroughfareRecord(std::wstring_view plain) {
     const std::vector<std::wstring_view> fields = Fields(plain);
     ThoroughfareFields record;
-    for (std::size_t i = 0; i < std::min(fields.size(), kThoroughfareFields); ++i)
-        PutTrimmed(record, i, fields[i]);
+    for (std::size_t i = 0; i < std::min(fields.size(), kThoroughfareFields); ++i) PutTrimmed(record, i, fields[i]);
     return record;
 }
 

@@ -20,8 +20,8 @@ wchar_t Upper(wchar_t c) {
 }
 
 [[noreturn]] void Malformed(std::size_t line, const wchar_t* reason) {
-    throw support::Error(support::kErrorBadFile, std::wstring(kSubstitutionFile) + L", line " +
-                                                     std::to_wstring(line) + L": " + reason);
+    throw support::Error(support::kErrorBadFile,
+                         std::wstring(kSubstitutionFile) + L", line " + std::to_wstring(line) + L": " + reason);
 }
 
 } // namespace
@@ -55,14 +55,12 @@ void SubstitutionTable::AddLine(wchar_t stored, wchar_t plain, std::size_t line)
     };
     if (isPair(stored) || isPair(plain)) Malformed(line, L"a line holds exactly two characters");
     if (IsDigit(stored) && stored != plain) Malformed(line, L"digits stand for themselves");
-    if (!plainOf_.emplace(Upper(stored), plain).second)
-        Malformed(line, L"the stored character has a line already");
+    if (!plainOf_.emplace(Upper(stored), plain).second) Malformed(line, L"the stored character has a line already");
     storedOf_.emplace(plain, Upper(stored));
 }
 
 void SubstitutionTable::FillLow() {
-    for (std::size_t i = 0; i < low_.size(); ++i)
-        low_[i] = Replace(plainOf_, static_cast<wchar_t>(i));
+    for (std::size_t i = 0; i < low_.size(); ++i) low_[i] = Replace(plainOf_, static_cast<wchar_t>(i));
 }
 
 wchar_t SubstitutionTable::Replace(const Map& map, wchar_t c) {
@@ -82,8 +80,7 @@ std::wstring SubstitutionTable::Unscramble(std::wstring_view stored) const {
 
 std::wstring SubstitutionTable::Scramble(std::wstring_view plain) const {
     std::wstring stored(plain);
-    for (wchar_t& c : stored)
-        c = Replace(storedOf_, c);
+    for (wchar_t& c : stored) c = Replace(storedOf_, c);
     return stored;
 }
 

@@ -44,9 +44,8 @@ void WindowsPlatform::SetClipboardText(const std::wstring& text) {
 
 int WindowsPlatform::OpenWithShell(const std::wstring& file, const std::wstring& workingDirectory) {
     if (file.empty()) return SE_ERR_FNF; // the shell would open the working directory instead
-    const HINSTANCE result =
-        ShellExecuteW(nullptr, L"open", file.c_str(), nullptr,
-                      workingDirectory.empty() ? nullptr : workingDirectory.c_str(), SW_SHOW);
+    const HINSTANCE result = ShellExecuteW(nullptr, L"open", file.c_str(), nullptr,
+                                           workingDirectory.empty() ? nullptr : workingDirectory.c_str(), SW_SHOW);
     return static_cast<int>(reinterpret_cast<INT_PTR>(result));
 }
 

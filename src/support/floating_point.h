@@ -11,8 +11,12 @@ namespace quorvex::support {
 class DoublePrecision {
   public:
 #if defined(_WIN32) && defined(__i386__)
-    DoublePrecision() : before_(_controlfp(0, 0)) { _controlfp(_PC_53, _MCW_PC); }
-    ~DoublePrecision() { _controlfp(before_, _MCW_PC); }
+    DoublePrecision() : before_(_controlfp(0, 0)) {
+        _controlfp(_PC_53, _MCW_PC);
+    }
+    ~DoublePrecision() {
+        _controlfp(before_, _MCW_PC);
+    }
 #else
     DoublePrecision() {} // not trivial, so that no compiler calls its objects unused
 #endif

@@ -21,11 +21,11 @@ class CrashTest : public ::testing::Test {
         OpenOptions options;
         options.storage = &storage;
         Database db = Database::Create("db", kPassword, options);
-        TableSpec spec{
+        TableSpec wanted{
             u"T",
             {{.name = u"K", .length = 200}, {.name = u"M", .type = ColumnType::kMemo}, {.name = u"N", .length = 100}},
             {{.name = u"PrimaryKey", .columns = {u"K"}, .primary = true}}};
-        Table table = db.CreateTable(spec);
+        Table table = db.CreateTable(wanted);
         for (int i = 0; i < kRecords; i += 2) {
             table.Insert({{Assignment{0, Key(i)}, Assignment{1, std::u16string(3000, u'o')}, Assignment{2, u"old"}}});
         }

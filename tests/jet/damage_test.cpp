@@ -14,7 +14,8 @@ namespace {
 
 using namespace testing;
 
-// The same code reads the same bytes everywhere; the emulated platform throws exceptions slowly and gets a smaller share.
+// The same code reads the same bytes everywhere; the emulated platform throws exceptions slowly and gets a smaller
+// share.
 #ifdef _WIN32
 constexpr int kRounds = 40;
 constexpr std::size_t kPageStep = 5;

@@ -82,13 +82,13 @@ TEST_F(ExportTest, WrittenFilesAreReadByAnIndependentReader) {
     const auto path = folder / "written.dat";
     {
         Database db = Database::Create(path, kPassword);
-        TableSpec spec{u"T",
-                       {{.name = u"K", .length = 10},
-                        {.name = u"M", .type = ColumnType::kMemo},
-                        {.name = u"D", .type = ColumnType::kDouble},
-                        {.name = u"N", .type = ColumnType::kLong}},
-                       {{.name = u"PrimaryKey", .columns = {u"K"}, .primary = true}}};
-        Table table = db.CreateTable(spec);
+        TableSpec wanted{u"T",
+                         {{.name = u"K", .length = 10},
+                          {.name = u"M", .type = ColumnType::kMemo},
+                          {.name = u"D", .type = ColumnType::kDouble},
+                          {.name = u"N", .type = ColumnType::kLong}},
+                         {{.name = u"PrimaryKey", .columns = {u"K"}, .primary = true}}};
+        Table table = db.CreateTable(wanted);
         db.SetBatch(100);
         for (int i = 0; i < 500; ++i) {
             table.Insert({{Assignment{0, Wide(std::to_string(i))},

@@ -105,13 +105,13 @@ TEST(KillTest, AKilledWriterLeavesEachRecordOldOrNew) {
     const auto path = folder / "killed.dat";
     {
         Database db = Database::Create(path, kPassword);
-        TableSpec spec{
+        TableSpec wanted{
             u"T",
             {{.name = u"K", .length = 10},
              {.name = u"M", .type = ColumnType::kMemo},
              {.name = u"V", .type = ColumnType::kLong}},
             {{.name = u"PrimaryKey", .columns = {u"K"}, .primary = true}, {.name = u"V", .columns = {u"V"}}}};
-        db.CreateTable(spec);
+        db.CreateTable(wanted);
     }
     std::mt19937 random(std::random_device{}());
     int version = 1;

@@ -128,8 +128,8 @@ TEST(QueryTest, FindGivesTheFirstMatchInTableOrder) {
     OpenOptions options;
     options.storage = &storage;
     Database db = Database::Create("db", u"", options);
-    TableSpec spec{u"T", {{.name = u"K", .length = 10}}, {{.name = u"K", .columns = {u"K"}}}};
-    Table table = db.CreateTable(spec);
+    TableSpec wanted{u"T", {{.name = u"K", .length = 10}}, {{.name = u"K", .columns = {u"K"}}}};
+    Table table = db.CreateTable(wanted);
     std::vector<RowId> ids;
     for (const char16_t* key : {u"b", u"A", u"B ", u"a"}) ids.push_back(table.Insert({{Assignment{0, key}}}));
     EXPECT_EQ(table.FindFirst(u"[K]='B'"), ids[0]);

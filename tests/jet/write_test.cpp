@@ -21,33 +21,33 @@ OpenOptions InMemory(Storage& storage) {
 }
 
 TableSpec AddressSpec() {
-    TableSpec spec;
-    spec.name = u"PAF_FULLAddress";
-    spec.columns = {{.name = u"FT_Postcode", .length = 10},
-                    {.name = u"FT_Address", .type = ColumnType::kMemo},
-                    {.name = u"FT_Update", .length = 8}};
-    spec.indexes = {{.name = u"PrimaryKey", .columns = {u"FT_Postcode"}, .primary = true}};
-    return spec;
+    TableSpec wanted;
+    wanted.name = u"PAF_FULLAddress";
+    wanted.columns = {{.name = u"FT_Postcode", .length = 10},
+                      {.name = u"FT_Address", .type = ColumnType::kMemo},
+                      {.name = u"FT_Update", .length = 8}};
+    wanted.indexes = {{.name = u"PrimaryKey", .columns = {u"FT_Postcode"}, .primary = true}};
+    return wanted;
 }
 
 /// Columns and indexes of many kinds.
 TableSpec MixedSpec() {
     using enum ColumnType;
-    TableSpec spec;
-    spec.name = u"Mixed";
-    spec.columns = {{.name = u"Id", .type = kLong, .autoNumber = true},
-                    {.name = u"Name", .length = 60},
-                    {.name = u"Note", .type = kMemo},
-                    {.name = u"Where", .type = kDouble},
-                    {.name = u"Flag", .type = kBoolean},
-                    {.name = u"Small", .type = kByte},
-                    {.name = u"Plain", .length = 20, .compressed = false},
-                    {.name = u"Blob", .type = kOle}};
-    spec.indexes = {{.name = u"PrimaryKey", .columns = {u"Id"}, .primary = true},
-                    {.name = u"ByName", .columns = {u"Name", u"Flag"}},
-                    {.name = u"ByPlace", .columns = {u"Where"}, .ignoreNulls = true, .descending = true},
-                    {.name = u"Together", .columns = {u"Plain", u"Small", u"Id"}, .unique = true}};
-    return spec;
+    TableSpec wanted;
+    wanted.name = u"Mixed";
+    wanted.columns = {{.name = u"Id", .type = kLong, .autoNumber = true},
+                      {.name = u"Name", .length = 60},
+                      {.name = u"Note", .type = kMemo},
+                      {.name = u"Where", .type = kDouble},
+                      {.name = u"Flag", .type = kBoolean},
+                      {.name = u"Small", .type = kByte},
+                      {.name = u"Plain", .length = 20, .compressed = false},
+                      {.name = u"Blob", .type = kOle}};
+    wanted.indexes = {{.name = u"PrimaryKey", .columns = {u"Id"}, .primary = true},
+                      {.name = u"ByName", .columns = {u"Name", u"Flag"}},
+                      {.name = u"ByPlace", .columns = {u"Where"}, .ignoreNulls = true, .descending = true},
+                      {.name = u"Together", .columns = {u"Plain", u"Small", u"Id"}, .unique = true}};
+    return wanted;
 }
 
 using Model = std::map<std::int32_t, std::vector<Value>>;
@@ -140,9 +140,9 @@ TEST(WriteTest, RandomChangesKeepTheFileSoundAndEqualToAModel) {
 TEST(WriteTest, TreesOfSeveralLevelsGrowAndAreEmptied) {
     MemoryStorage storage;
     Database db = Database::Create("db", kPassword, InMemory(storage));
-    TableSpec spec{
+    TableSpec wanted{
         u"Words", {{.name = u"Word", .length = 255}}, {{.name = u"Word", .columns = {u"Word"}, .unique = true}}};
-    Table table = db.CreateTable(spec);
+    Table table = db.CreateTable(wanted);
     db.SetBatch(500);
     std::mt19937 random(7);
     std::map<std::u16string, RowId> model;

@@ -19,9 +19,9 @@ class LocalAddressTest : public quorvex::testing::LocalTest {
     }
 
     std::vector<std::wstring> Record() const {
-        return {object.Address_Organisation, object.Address_Line1,   object.Address_Line2,
-                object.Address_Line3,        object.Address_Town,    object.Address_County,
-                object.Address_Postcode,     object.Address_Country, object.Address_Deliverypointsuffix,
+        return {object.Address_Organisation, object.Address_Line1,    object.Address_Line2,
+                object.Address_Line3,        object.Address_Town,     object.Address_County,
+                object.Address_Postcode,     object.Address_Country,  object.Address_Deliverypointsuffix,
                 object.Address_NoHouseHolds, object.Address_Smallorg, object.Address_Mailsort,
                 object.Address_Spare};
     }
@@ -93,7 +93,7 @@ TEST_F(LocalAddressTest, NumbersCountKeptLinesWhileRecordsCountPremises) {
     ASSERT_TRUE(GetFullAddressRecord(object, 1));
     EXPECT_EQ(object.Address_Id, L"AB1 9AA_2_F");
     EXPECT_EQ(object.Address_Line1.find(L"FLAT"), std::wstring::npos); // the second premise, not the second flat
-    EXPECT_FALSE(GetFullAddressRecord(object, 2));                    // behind the last line
+    EXPECT_FALSE(GetFullAddressRecord(object, 2));                     // behind the last line
     EXPECT_FALSE(GetFullAddressRecord(object, -1));
     EXPECT_FALSE(GetFullAddressRecord(object, 100));
 }
@@ -135,8 +135,9 @@ TEST_F(LocalAddressTest, StreetsOfTheSample) {
     for (const TsvRow& row : Truth(L"street.tsv")) {
         const bool confirmed = GetThoroughfareAddressRecord(object, row[0]);
         EXPECT_EQ(confirmed, !row[6].empty()) << support::ToUtf8(row[0]);
-        const std::vector<std::wstring> expected = {L"",    row[1], row[2], row[3], row[4], row[5], row[6],
-                                                    row[7], L"",    L"",    L"",    row[9].empty() ? L"" : row[9], L""};
+        const std::vector<std::wstring> expected = {
+            L"", row[1], row[2], row[3], row[4], row[5], row[6], row[7], L"", L"", L"", row[9].empty() ? L"" : row[9],
+            L""};
         EXPECT_EQ(Record(), expected) << support::ToUtf8(row[0]);
         found += confirmed ? 1 : 0;
     }

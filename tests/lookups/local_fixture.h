@@ -32,7 +32,8 @@ class LocalTest : public ::testing::Test {
     void CopySampleTo(const std::wstring& folder) {
         for (const wchar_t* name :
              {L"PAF_FULL.dat", L"PAF_THOURGHFARE.dat", L"PAF_POSTZON.dat", L"PAF_SUBSTITUTION.txt"}) {
-            support::WriteFileBytes(folder + L"\\" + name, support::ReadFileBytes(DataFolder(L"sample") + L"\\" + name));
+            support::WriteFileBytes(folder + L"\\" + name,
+                                    support::ReadFileBytes(DataFolder(L"sample") + L"\\" + name));
         }
     }
 

@@ -11,10 +11,10 @@ using quorvex::testing::TsvRow;
 class LocalPostZonTest : public quorvex::testing::LocalTest {
   protected:
     std::vector<std::wstring> Record() const {
-        return {object.PostZon_postcode,    object.PostZon_IntroductionDate, object.PostZon_Gridrefeast,
-                object.PostZon_Gridrefnorth, object.PostZon_County,          object.PostZon_District,
-                object.PostZon_Ward,         object.PostZon_Usertype,        object.PostZon_Gridstatus,
-                object.PostZon_Country,      object.PostZon_Wardstatus,      object.PostZon_NHS_code,
+        return {object.PostZon_postcode,     object.PostZon_IntroductionDate, object.PostZon_Gridrefeast,
+                object.PostZon_Gridrefnorth, object.PostZon_County,           object.PostZon_District,
+                object.PostZon_Ward,         object.PostZon_Usertype,         object.PostZon_Gridstatus,
+                object.PostZon_Country,      object.PostZon_Wardstatus,       object.PostZon_NHS_code,
                 object.PostZon_NHS_region};
     }
 };

@@ -34,7 +34,9 @@ TEST_F(SpoiledDataTest, MissingFilesAreNamedAndShown) {
     for (const wchar_t* name : {L"PAF_FULL.dat", L"PAF_THOURGHFARE.dat", L"PAF_POSTZON.dat"}) {
         support::DeleteFileQuietly(folder.File(name));
     }
-    const auto missing = [&](const wchar_t* name) { return L"Data file does not exist " + folder.Text() + L"\\" + name; };
+    const auto missing = [&](const wchar_t* name) {
+        return L"Data file does not exist " + folder.Text() + L"\\" + name;
+    };
     EXPECT_FALSE(GetFullAddressToList(object, L"CR2 9AA"));
     EXPECT_EQ(object.General_errormessage, missing(L"PAF_FULL.dat"));
     EXPECT_FALSE(GetThoroughfareAddressRecord(object, L"CR2 9AA"));
@@ -141,10 +143,16 @@ TEST_F(SpoiledDataTest, LongPathWithForeignLettersAndTrailingSeparator) {
 }
 
 TEST(Postcode, FormsAndShapes) {
-    const std::pair<const wchar_t*, const wchar_t*> forms[] = {
-        {L"", L""},           {L"AB1 3CD", L"AB1 3CD"}, {L"AB123CD", L"AB123CD"},  {L"AB12 3CD", L"AB123CD"},
-        {L"AB12  3CD", L"AB123CD"}, {L"AB13CD", L"AB1 3CD"}, {L"sw1a 1aa", L"sw1a1aa"}, {L"AB1 !CD", L"AB1 1CD"},
-        {L"AB1 *CD", L"AB1 *CD"}, {L"AB1 3", L"AB1 3"}};
+    const std::pair<const wchar_t*, const wchar_t*> forms[] = {{L"", L""},
+                                                               {L"AB1 3CD", L"AB1 3CD"},
+                                                               {L"AB123CD", L"AB123CD"},
+                                                               {L"AB12 3CD", L"AB123CD"},
+                                                               {L"AB12  3CD", L"AB123CD"},
+                                                               {L"AB13CD", L"AB1 3CD"},
+                                                               {L"sw1a 1aa", L"sw1a1aa"},
+                                                               {L"AB1 !CD", L"AB1 1CD"},
+                                                               {L"AB1 *CD", L"AB1 *CD"},
+                                                               {L"AB1 3", L"AB1 3"}};
     for (const auto& [typed, formatted] : forms) {
         EXPECT_EQ(FormatPostCode(typed), formatted) << support::ToUtf8(typed);
     }

@@ -15,7 +15,7 @@ struct OpenOptions {
     unsigned batch = 1; ///< records per transaction
     std::size_t cachePages = 1024;
     std::size_t spillPages = 4096; ///< changed pages after which an open batch is written out, still undecided
-    Storage* storage = nullptr; ///< null: the system's files
+    Storage* storage = nullptr;    ///< null: the system's files
 };
 
 /// A table of an open database. Cheap to copy; keeps the file open.
@@ -66,7 +66,7 @@ class Database {
     Cursor Select(std::u16string_view query);
 
     /// Adds an empty table. Throws kTableExists, kUsage for an impossible one.
-    Table CreateTable(const TableSpec& spec);
+    Table CreateTable(const TableSpec& wanted);
     /// Writes what the open batch holds; on failure nothing of it is left.
     void Commit() { pager_->Commit(); }
     /// Records per transaction from here on.

@@ -134,15 +134,15 @@ void Database::FillNewCatalog() {
     }
 }
 
-Table Database::CreateTable(const TableSpec& spec) {
-    if (GetCatalog().FindTable(spec.name)) {
-        throw Error(ErrorCode::kTableExists, "The database has a table " + ToUtf8(spec.name) + " already");
+Table Database::CreateTable(const TableSpec& wanted) {
+    if (GetCatalog().FindTable(wanted.name)) {
+        throw Error(ErrorCode::kTableExists, "The database has a table " + ToUtf8(wanted.name) + " already");
     }
     Statement statement(*pager_);
-    const PageNo page = MakeTable(*pager_, *allocator_, spec);
-    RegisterTable(spec.name, page);
+    const PageNo page = MakeTable(*pager_, *allocator_, wanted);
+    RegisterTable(wanted.name, page);
     statement.Done();
-    return OpenTable(spec.name);
+    return OpenTable(wanted.name);
 }
 
 /// Enters a table into the catalog, with the owner of the database and the rights that the container hands down.

@@ -112,6 +112,6 @@ struct TablePlaces {
 };
 
 /// The stored form of a definition, joined (the caller cuts it into pages). Checks names, types and limits: kUsage.
-Bytes BuildTableDef(const TableSpec& spec, const TablePlaces& places);
+Bytes BuildTableDef(const TableSpec& wanted, const TablePlaces& places);
 
 } // namespace quorvex::localdata::jet

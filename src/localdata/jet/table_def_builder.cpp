@@ -23,12 +23,12 @@ void CheckName(std::u16string_view name) {
     }
 }
 
-void CheckSpec(const TableSpec& spec) {
-    CheckName(spec.name);
-    if (spec.columns.empty() || spec.columns.size() > 255) Refuse("it needs 1 to 255 columns");
-    if (spec.indexes.size() > 32) Refuse("it can have 32 indexes");
+void CheckSpec(const TableSpec& wanted) {
+    CheckName(wanted.name);
+    if (wanted.columns.empty() || wanted.columns.size() > 255) Refuse("it needs 1 to 255 columns");
+    if (wanted.indexes.size() > 32) Refuse("it can have 32 indexes");
     std::set<std::u16string> names;
-    for (const ColumnSpec& column : spec.columns) {
+    for (const ColumnSpec& column : wanted.columns) {
         CheckName(column.name);
         if (!names.insert(FoldName(column.name)).second) Refuse("two columns have one name");
         if (column.type == ColumnType::kText && (column.length < 1 || column.length > 255)) {
@@ -41,16 +41,16 @@ void CheckSpec(const TableSpec& spec) {
         if (column.autoNumber && column.type != ColumnType::kLong) Refuse("only whole numbers can be counted on");
     }
     names.clear();
-    for (const IndexSpec& index : spec.indexes) {
+    for (const IndexSpec& index : wanted.indexes) {
         CheckName(index.name);
         if (!names.insert(FoldName(index.name)).second) Refuse("two indexes have one name");
         if (index.columns.empty() || index.columns.size() > 10) Refuse("an index has 1 to 10 columns");
     }
 }
 
-std::size_t ColumnPosition(const TableSpec& spec, std::u16string_view name) {
-    for (std::size_t i = 0; i < spec.columns.size(); ++i) {
-        if (SameName(spec.columns[i].name, name)) return i;
+std::size_t ColumnPosition(const TableSpec& wanted, std::u16string_view name) {
+    for (std::size_t i = 0; i < wanted.columns.size(); ++i) {
+        if (SameName(wanted.columns[i].name, name)) return i;
     }
     Refuse("an index names an unknown column");
 }
@@ -91,12 +91,12 @@ std::uint16_t StoredLength(const ColumnSpec& column) {
 }
 
 /// Places of the variable columns: in column order, but in user tables the long ones after all others.
-std::vector<std::uint16_t> VariableIndexes(const TableSpec& spec, bool system) {
-    std::vector<std::uint16_t> places(spec.columns.size());
+std::vector<std::uint16_t> VariableIndexes(const TableSpec& wanted, bool system) {
+    std::vector<std::uint16_t> places(wanted.columns.size());
     std::uint16_t next = 0;
     for (const bool longs : {false, true}) {
         for (std::size_t i = 0; i < places.size(); ++i) {
-            const ColumnType type = spec.columns[i].type;
+            const ColumnType type = wanted.columns[i].type;
             const bool inThisRun = system ? !longs : IsLongType(type) == longs;
             if (IsVariable(type) && inThisRun) places[i] = next++;
         }
@@ -109,12 +109,12 @@ void AppendName(Bytes& out, std::u16string_view name) {
     for (const char16_t c : name) Append16(out, c);
 }
 
-void AppendColumns(Bytes& out, const TableSpec& spec, bool system) {
-    const std::vector<std::uint16_t> variableIndexes = VariableIndexes(spec, system);
+void AppendColumns(Bytes& out, const TableSpec& wanted, bool system) {
+    const std::vector<std::uint16_t> variableIndexes = VariableIndexes(wanted, system);
     std::uint16_t variablesBefore = 0;
     std::uint16_t fixedOffset = 0;
-    for (std::size_t i = 0; i < spec.columns.size(); ++i) {
-        const ColumnSpec& column = spec.columns[i];
+    for (std::size_t i = 0; i < wanted.columns.size(); ++i) {
+        const ColumnSpec& column = wanted.columns[i];
         const bool variable = IsVariable(column.type);
         Bytes record(kDefColumnSize);
         record[0] = static_cast<Byte>(column.type);
@@ -144,18 +144,18 @@ void AppendColumns(Bytes& out, const TableSpec& spec, bool system) {
         AppendBytes(out, record);
     }
     if (fixedOffset > kMaxRow - 64) Refuse("its columns are too long for a row");
-    for (const ColumnSpec& column : spec.columns) AppendName(out, column.name);
+    for (const ColumnSpec& column : wanted.columns) AppendName(out, column.name);
 }
 
-void AppendIndexes(Bytes& out, const TableSpec& spec, const TablePlaces& places) {
-    for (std::size_t i = 0; i < spec.indexes.size(); ++i) {
-        const IndexSpec& index = spec.indexes[i];
+void AppendIndexes(Bytes& out, const TableSpec& wanted, const TablePlaces& places) {
+    for (std::size_t i = 0; i < wanted.indexes.size(); ++i) {
+        const IndexSpec& index = wanted.indexes[i];
         Bytes record(kDefRealIndexSize);
         Store32(record.data(), kDefIndexMagic);
         for (std::size_t k = 0; k < 10; ++k) {
             Byte* const part = record.data() + 4 + 3 * k;
             const bool used = k < index.columns.size();
-            Store16(part, used ? static_cast<std::uint32_t>(ColumnPosition(spec, index.columns[k])) : 0xFFFFU);
+            Store16(part, used ? static_cast<std::uint32_t>(ColumnPosition(wanted, index.columns[k])) : 0xFFFFU);
             part[2] = used && !index.descending ? 1 : 0;
         }
         Store32(record.data() + 34, places.indexMaps[i]);
@@ -167,7 +167,7 @@ void AppendIndexes(Bytes& out, const TableSpec& spec, const TablePlaces& places)
         record[46] = static_cast<Byte>(flags);
         AppendBytes(out, record);
     }
-    for (std::size_t i = 0; i < spec.indexes.size(); ++i) {
+    for (std::size_t i = 0; i < wanted.indexes.size(); ++i) {
         Bytes record(kDefLogicalIndexSize);
         Store32(record.data(), kDefMagic);
         Store32(record.data() + 4, static_cast<std::uint32_t>(i));
@@ -175,21 +175,21 @@ void AppendIndexes(Bytes& out, const TableSpec& spec, const TablePlaces& places)
         Store32(record.data() + 13, 0xFFFFFFFF);
         record[21] = 4;
         record[22] = 4;
-        record[23] = spec.indexes[i].primary ? 1 : 0;
+        record[23] = wanted.indexes[i].primary ? 1 : 0;
         AppendBytes(out, record);
     }
-    for (const IndexSpec& index : spec.indexes) AppendName(out, index.name);
+    for (const IndexSpec& index : wanted.indexes) AppendName(out, index.name);
 }
 
 } // namespace
 
-Bytes BuildTableDef(const TableSpec& spec, const TablePlaces& places) {
-    CheckSpec(spec);
+Bytes BuildTableDef(const TableSpec& wanted, const TablePlaces& places) {
+    CheckSpec(wanted);
     std::uint16_t variables = 0;
-    for (const ColumnSpec& column : spec.columns)
+    for (const ColumnSpec& column : wanted.columns)
         variables = static_cast<std::uint16_t>(variables + IsVariable(column.type));
-    const auto columns = static_cast<std::uint32_t>(spec.columns.size());
-    const auto indexes = static_cast<std::uint32_t>(spec.indexes.size());
+    const auto columns = static_cast<std::uint32_t>(wanted.columns.size());
+    const auto indexes = static_cast<std::uint32_t>(wanted.indexes.size());
     Bytes out(kDefCounters + kDefCounterSize * indexes);
     Store16(out.data(), kTableDefPage | 0x100U);
     Store32(out.data() + 12, kDefMagic);
@@ -202,11 +202,11 @@ Bytes BuildTableDef(const TableSpec& spec, const TablePlaces& places) {
     Store32(out.data() + kDefRealIndexes, indexes);
     Store32(out.data() + kDefOwnedMap, places.ownedMap);
     Store32(out.data() + kDefFreeMap, places.freeMap);
-    AppendColumns(out, spec, places.system);
-    AppendIndexes(out, spec, places);
+    AppendColumns(out, wanted, places.system);
+    AppendIndexes(out, wanted, places);
     std::size_t nextLong = 0;
     for (std::uint32_t i = 0; i < columns; ++i) {
-        if (!IsLongType(spec.columns[i].type)) continue;
+        if (!IsLongType(wanted.columns[i].type)) continue;
         Append16(out, i);
         Append32(out, places.longMaps[nextLong].first);
         Append32(out, places.longMaps[nextLong].second);

@@ -61,10 +61,10 @@ std::size_t DefinitionPages(std::size_t size) {
     return size <= kPageSize ? 1 : 1 + (size - kPageSize + kPageSize - 9) / (kPageSize - 8);
 }
 
-std::size_t LongColumns(const TableSpec& spec) {
-    return static_cast<std::size_t>(std::count_if(spec.columns.begin(), spec.columns.end(), [](const ColumnSpec& c) {
-        return c.type == ColumnType::kMemo || c.type == ColumnType::kOle;
-    }));
+std::size_t LongColumns(const TableSpec& wanted) {
+    return static_cast<std::size_t>(
+        std::count_if(wanted.columns.begin(), wanted.columns.end(),
+                      [](const ColumnSpec& c) { return c.type == ColumnType::kMemo || c.type == ColumnType::kOle; }));
 }
 
 /// Hands out map rows on pages of their own.
@@ -91,18 +91,18 @@ class MapRows {
 
 } // namespace
 
-PageNo MakeTable(Pager& pager, Allocator& allocator, const TableSpec& spec) {
+PageNo MakeTable(Pager& pager, Allocator& allocator, const TableSpec& wanted) {
     TablePlaces places;
-    places.indexMaps.resize(spec.indexes.size());
-    places.indexRoots.resize(spec.indexes.size());
-    places.longMaps.resize(LongColumns(spec));
-    const std::size_t pageCount = DefinitionPages(BuildTableDef(spec, places).size());
+    places.indexMaps.resize(wanted.indexes.size());
+    places.indexRoots.resize(wanted.indexes.size());
+    places.longMaps.resize(LongColumns(wanted));
+    const std::size_t pageCount = DefinitionPages(BuildTableDef(wanted, places).size());
     std::vector<PageNo> pages;
     for (std::size_t i = 0; i < pageCount; ++i) pages.push_back(allocator.Allocate().number());
     MapRows maps(pager, allocator);
     places.ownedMap = maps.Add(0, true);
     places.freeMap = maps.Add(0);
-    for (std::size_t i = 0; i < spec.indexes.size(); ++i) {
+    for (std::size_t i = 0; i < wanted.indexes.size(); ++i) {
         const PageEdit root = allocator.Allocate();
         StartIndexRoot(root.edit(), pages[0]);
         places.indexRoots[i] = root.number();
@@ -118,7 +118,7 @@ PageNo MakeTable(Pager& pager, Allocator& allocator, const TableSpec& spec) {
         edits.push_back(pager.Edit(page));
         bytes.push_back(edits.back().edit());
     }
-    StoreDefinition(BuildTableDef(spec, places), pages, bytes);
+    StoreDefinition(BuildTableDef(wanted, places), pages, bytes);
     return pages[0];
 }
 
@@ -152,64 +152,64 @@ IndexSpec PlainIndex(const char16_t* name, std::vector<std::u16string> columns) 
 
 TableSpec ObjectsTable() {
     using enum ColumnType;
-    TableSpec spec{u"MSysObjects", {}, {}};
-    spec.columns = {Plain(u"Id", kLong),
-                    Plain(u"ParentId", kLong),
-                    Plain(u"Name", kText),
-                    Plain(u"Type", kInteger),
-                    Plain(u"DateCreate", kDateTime),
-                    Plain(u"DateUpdate", kDateTime),
-                    Plain(u"Owner", kBinary, 510),
-                    Plain(u"Flags", kLong),
-                    Plain(u"Database", kMemo),
-                    Plain(u"Connect", kMemo),
-                    Plain(u"ForeignName", kText),
-                    Plain(u"RmtInfoShort", kBinary, 510),
-                    Plain(u"RmtInfoLong", kOle),
-                    Plain(u"Lv", kOle),
-                    Plain(u"LvProp", kOle),
-                    Plain(u"LvModule", kOle),
-                    Plain(u"LvExtra", kOle)};
-    spec.indexes = {PlainIndex(u"ParentIdName", {u"ParentId", u"Name"}), PlainIndex(u"Id", {u"Id"})};
-    spec.indexes[0].unique = true;
-    spec.indexes[1].primary = true;
-    return spec;
+    TableSpec wanted{u"MSysObjects", {}, {}};
+    wanted.columns = {Plain(u"Id", kLong),
+                      Plain(u"ParentId", kLong),
+                      Plain(u"Name", kText),
+                      Plain(u"Type", kInteger),
+                      Plain(u"DateCreate", kDateTime),
+                      Plain(u"DateUpdate", kDateTime),
+                      Plain(u"Owner", kBinary, 510),
+                      Plain(u"Flags", kLong),
+                      Plain(u"Database", kMemo),
+                      Plain(u"Connect", kMemo),
+                      Plain(u"ForeignName", kText),
+                      Plain(u"RmtInfoShort", kBinary, 510),
+                      Plain(u"RmtInfoLong", kOle),
+                      Plain(u"Lv", kOle),
+                      Plain(u"LvProp", kOle),
+                      Plain(u"LvModule", kOle),
+                      Plain(u"LvExtra", kOle)};
+    wanted.indexes = {PlainIndex(u"ParentIdName", {u"ParentId", u"Name"}), PlainIndex(u"Id", {u"Id"})};
+    wanted.indexes[0].unique = true;
+    wanted.indexes[1].primary = true;
+    return wanted;
 }
 
 TableSpec AccessTable() {
     using enum ColumnType;
-    TableSpec spec{u"MSysACEs", {}, {PlainIndex(u"ObjectId", {u"ObjectId"})}};
-    spec.columns = {Plain(u"ObjectId", kLong), Plain(u"SID", kBinary, 510), Plain(u"ACM", kLong),
-                    Plain(u"FInheritable", kBoolean)};
-    spec.indexes[0].required = true;
-    return spec;
+    TableSpec wanted{u"MSysACEs", {}, {PlainIndex(u"ObjectId", {u"ObjectId"})}};
+    wanted.columns = {Plain(u"ObjectId", kLong), Plain(u"SID", kBinary, 510), Plain(u"ACM", kLong),
+                      Plain(u"FInheritable", kBoolean)};
+    wanted.indexes[0].required = true;
+    return wanted;
 }
 
 TableSpec QueriesTable() {
     using enum ColumnType;
-    TableSpec spec{u"MSysQueries", {}, {PlainIndex(u"ObjectIdAttribute", {u"ObjectId", u"Attribute", u"Order"})}};
-    spec.columns = {Plain(u"ObjectId", kLong), Plain(u"Attribute", kByte), Plain(u"Order", kBinary, 255),
-                    Plain(u"Name1", kText),    Plain(u"Name2", kText),     Plain(u"Expression", kMemo),
-                    Plain(u"Flag", kInteger),  Plain(u"LvExtra", kLong)};
-    spec.indexes[0].primary = true;
-    return spec;
+    TableSpec wanted{u"MSysQueries", {}, {PlainIndex(u"ObjectIdAttribute", {u"ObjectId", u"Attribute", u"Order"})}};
+    wanted.columns = {Plain(u"ObjectId", kLong), Plain(u"Attribute", kByte), Plain(u"Order", kBinary, 255),
+                      Plain(u"Name1", kText),    Plain(u"Name2", kText),     Plain(u"Expression", kMemo),
+                      Plain(u"Flag", kInteger),  Plain(u"LvExtra", kLong)};
+    wanted.indexes[0].primary = true;
+    return wanted;
 }
 
 TableSpec RelationshipsTable() {
     using enum ColumnType;
-    TableSpec spec{u"MSysRelationships", {}, {}};
-    spec.columns = {Plain(u"szRelationship", kText),
-                    Plain(u"grbit", kLong),
-                    Plain(u"ccolumn", kLong),
-                    Plain(u"icolumn", kLong),
-                    Plain(u"szObject", kText),
-                    Plain(u"szColumn", kText),
-                    Plain(u"szReferencedObject", kText),
-                    Plain(u"szReferencedColumn", kText)};
-    spec.indexes = {PlainIndex(u"szRelationship", {u"szRelationship"}), PlainIndex(u"szObject", {u"szObject"}),
-                    PlainIndex(u"szReferencedObject", {u"szReferencedObject"})};
-    for (IndexSpec& index : spec.indexes) index.ignoreNulls = true;
-    return spec;
+    TableSpec wanted{u"MSysRelationships", {}, {}};
+    wanted.columns = {Plain(u"szRelationship", kText),
+                      Plain(u"grbit", kLong),
+                      Plain(u"ccolumn", kLong),
+                      Plain(u"icolumn", kLong),
+                      Plain(u"szObject", kText),
+                      Plain(u"szColumn", kText),
+                      Plain(u"szReferencedObject", kText),
+                      Plain(u"szReferencedColumn", kText)};
+    wanted.indexes = {PlainIndex(u"szRelationship", {u"szRelationship"}), PlainIndex(u"szObject", {u"szObject"}),
+                      PlainIndex(u"szReferencedObject", {u"szReferencedObject"})};
+    for (IndexSpec& index : wanted.indexes) index.ignoreNulls = true;
+    return wanted;
 }
 
 } // namespace

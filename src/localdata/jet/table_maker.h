@@ -7,7 +7,7 @@ namespace quorvex::localdata::jet {
 
 /// Makes an empty table's pages (definition, maps, index roots) inside a statement; returns its definition page. The
 /// catalog does not know it yet.
-PageNo MakeTable(Pager& pager, Allocator& allocator, const TableSpec& spec);
+PageNo MakeTable(Pager& pager, Allocator& allocator, const TableSpec& wanted);
 
 /// The pages of a new database without any row, catalog included; its definitions name them as a finished file does.
 Bytes MakeEmptyDatabase(double date, std::u16string_view password);
