@@ -108,7 +108,8 @@ bool IndexTree::IsAlwaysLast(const IndexPage& page, const std::vector<PageNo>& p
 
 /// The common case: the entry goes behind another one and the page has room, so nothing else changes.
 bool IndexTree::InsertInPlace(const IndexPage& page, std::size_t at, const Bytes& key, RowId row) {
-    const Byte* const old = pager_->Read(page.number()).data();
+    const PageRef held = pager_->Read(page.number());
+    const Byte* const old = held.data();
     const std::size_t prefix = Load16(old + kIndexPrefix);
     std::vector<std::size_t> ends = Ends(old);
     const ByteView first = FirstKey(old, ends[0]);
