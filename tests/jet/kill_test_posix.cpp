@@ -99,8 +99,8 @@ void OpenFromSeveralProcesses(const std::filesystem::path& path) {
 
 /// QUORVEX_KILLS sets the number of kills, for a longer run.
 TEST(KillTest, AKilledWriterLeavesEachRecordOldOrNew) {
-    const char* const wanted = std::getenv("QUORVEX_KILLS");
-    const int kills = wanted ? std::atoi(wanted) : 20;
+    const char* const asked = std::getenv("QUORVEX_KILLS");
+    const int kills = asked ? std::atoi(asked) : 20;
     Folder folder;
     const auto path = folder / "killed.dat";
     {
