@@ -11,6 +11,7 @@ namespace quorvex::localdata::jet {
 namespace {
 
 constexpr int kRecoveryTries = 25;
+constexpr int kLettingGoTries = 3;
 constexpr auto kRecoveryPause = std::chrono::milliseconds(10);
 
 /// Undoes the transaction described by the journal; the file is not open here. False: somebody else has it.
@@ -43,7 +44,9 @@ std::unique_ptr<File> OpenRecovered(Storage& storage, const std::filesystem::pat
             if (!storage.Exists(journalPath) || !Journal::IsHot(storage, journalPath, *file)) return file;
         } catch (const Error& error) {
             // A journal beside a busy file may mean that somebody is undoing an interrupted change this very moment.
-            if (error.code() != ErrorCode::kInUse || tries >= kRecoveryTries || !storage.Exists(journalPath)) throw;
+            // Whoever repairs removes the journal a moment before it lets go of the file.
+            const int most = storage.Exists(journalPath) ? kRecoveryTries : kLettingGoTries;
+            if (error.code() != ErrorCode::kInUse || tries >= most) throw;
             std::this_thread::sleep_for(kRecoveryPause);
             continue;
         }
