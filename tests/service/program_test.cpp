@@ -24,7 +24,6 @@ class Program {
             dup2(ends[1], STDERR_FILENO);
             close(ends[0]);
             close(ends[1]);
-            signal(SIGINT, SIG_DFL); // a test run in the background has it ignored, and a program inherits that
             arguments.insert(arguments.begin(), QUORVEX_SERVICE);
             std::vector<char*> pointers;
             for (std::string& argument : arguments) pointers.push_back(argument.data());
