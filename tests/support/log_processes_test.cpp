@@ -17,11 +17,7 @@
 namespace quorvex::testing {
 namespace {
 
-#ifdef _WIN32
-constexpr int kLines = 1000; // Wine takes milliseconds for each opening; the native run shows the long one
-#else
 constexpr int kLines = 20000;
-#endif
 constexpr std::size_t kRetries = 30;
 
 class WaitingPlatform : public FakePlatform {
