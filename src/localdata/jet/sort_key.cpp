@@ -144,7 +144,7 @@ struct KeyWriter {
     const Column& column;
     bool ascending;
 
-    [[noreturn]] void Mismatch() const { throw Error(ErrorCode::kTypeMismatch, "An indexed value has another type"); }
+    [[noreturn]] static void Mismatch() { throw Error(ErrorCode::kTypeMismatch, "An indexed value has another type"); }
 
     void operator()(std::monostate) const { Mismatch(); }
     void operator()(bool value) const { key.push_back(value == ascending ? 0x00 : 0xFF); }
