@@ -38,16 +38,17 @@ void Service::Misbehave(TestControl::Order order, PageAnswer answer, httplib::Re
     const std::size_t size = body.size();
     switch (order.mode) {
     case Mode::Never:
-        control_.Wait(std::chrono::milliseconds(0));
+        order.time = {};
+        control_.Wait(order);
         response.status = 503;
         return;
     case Mode::Slow:
-        control_.Wait(order.time);
+        control_.Wait(order);
         break;
     case Mode::Dribble:
         response.set_content_provider(size, answer.contentType,
                                       [this, order, body](std::size_t offset, std::size_t, httplib::DataSink& sink) {
-                                          if (order.time.count() > 0 && !control_.Wait(order.time)) return false;
+                                          if (order.time.count() > 0 && !control_.Wait(order)) return false;
                                           return sink.write(body.data() + offset, 1);
                                       });
         return;

@@ -22,6 +22,8 @@ class ServicePlatform : public support::Platform {
                                           bool internetIsAvailable) override;
     void ShowProgress(const std::wstring&, const std::wstring&) override {}
     void HideProgress() override {}
+    void ShowZipStatus(const std::wstring&, const std::wstring&, const std::wstring&) override {}
+    void HideZipStatus() override {}
     void PumpMessages() override {}
 
     std::wstring ComputerName() const override;

@@ -44,14 +44,15 @@ TestControl::Order TestControl::Next(const std::string& target) {
     if (targets_.size() > kKeptTargets) targets_.pop_front();
     if (left_ == 0 || path.find(onlyPath_) == std::string::npos) return {};
     if (left_ != kAlways) --left_;
-    return order_;
+    Order order = order_;
+    order.resets = resets_;
+    return order;
 }
 
-bool TestControl::Wait(std::chrono::milliseconds time) {
+bool TestControl::Wait(const Order& order) {
     std::unique_lock lock(mutex_);
-    const unsigned resets = resets_;
-    const auto over = [&] { return stopped_ || resets_ != resets; };
-    if (time.count() > 0) return !changed_.wait_for(lock, time, over);
+    const auto over = [&] { return stopped_ || resets_ != order.resets; };
+    if (order.time.count() > 0) return !changed_.wait_for(lock, order.time, over);
     changed_.wait(lock, over);
     return false;
 }
@@ -83,7 +84,7 @@ bool TestControl::Give(std::string_view target, std::string& answer) {
                  "count=answers (0: until reset), page=part of the path\n";
         return false;
     }
-    order_ = {mode->second, std::chrono::milliseconds(static_cast<int>(ms))};
+    order_ = {mode->second, std::chrono::milliseconds(static_cast<int>(ms)), 0};
     left_ = count < 1 ? kAlways : static_cast<int>(count);
     onlyPath_ = PathOf(support::ToUtf8(query["page"]));
     answer = "ok\n";

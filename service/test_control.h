@@ -28,12 +28,14 @@ class TestControl {
     struct Order {
         Mode mode = Mode::None;
         std::chrono::milliseconds time{0};
+        unsigned resets = 0; // how many there had been when the order was handed out
     };
 
     // Notes a request and tells how to answer it.
     Order Next(const std::string& target);
-    // Waits; true when the time is over, false when a reset or the end of the service came first. No time: until then.
-    bool Wait(std::chrono::milliseconds time);
+    // Waits the order's time; true when it is over, false when a reset since the order or the end of the service came
+    // first. No time: until then.
+    bool Wait(const Order& order);
     void Stop();
 
     // The pages below "/test/"; false when there is no such page or its query cannot be read (answer then says why).
