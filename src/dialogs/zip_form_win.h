@@ -11,8 +11,10 @@ class ZipForm final : public Form {
   public:
     explicit ZipForm(support::Platform& platform, int dpi = 0) : Form(platform, dpi) {}
 
+    // Does nothing when it stands already.
     void Load();
     void SetCaptions(const std::wstring& title, const std::wstring& text);
+    void SetStatus(const std::wstring& status);
     void Unload() { Destroy(); }
 
   protected:
@@ -24,6 +26,7 @@ class ZipForm final : public Form {
 
   private:
     HWND text_ = nullptr;
+    HWND status_ = nullptr;
 };
 
 } // namespace quorvex::dialogs

@@ -20,12 +20,12 @@ class StatusWindow {
     StatusWindow(const StatusWindow&) = delete;
     StatusWindow& operator=(const StatusWindow&) = delete;
     ~StatusWindow() {
-        if (!title_.empty()) platform_.HideProgress();
+        if (!title_.empty()) platform_.HideZipStatus();
     }
 
     void Show(const std::wstring& status) {
         if (title_.empty()) return;
-        platform_.ShowProgress(title_, text_ + L"\r\n" + status);
+        platform_.ShowZipStatus(title_, text_, status);
         platform_.PumpMessages();
     }
 

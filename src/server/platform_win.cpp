@@ -62,6 +62,16 @@ void WindowsPlatform::HideProgress() {
     progress_.Hide();
 }
 
+void WindowsPlatform::ShowZipStatus(const std::wstring& title, const std::wstring& text, const std::wstring& status) {
+    zipForm_.Load();
+    zipForm_.SetCaptions(title, text);
+    zipForm_.SetStatus(status);
+}
+
+void WindowsPlatform::HideZipStatus() {
+    zipForm_.Unload();
+}
+
 support::MailResult WindowsPlatform::SendMail(const support::MailMessage& message) {
     return mail::Send(message);
 }

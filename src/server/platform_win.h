@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dialogs/progress_window_win.h"
+#include "dialogs/zip_form_win.h"
 #include "support/platform.h"
 #include "web/transport_win.h"
 
@@ -25,6 +26,8 @@ class WindowsPlatform final : public support::Platform {
                                           bool internetIsAvailable) override;
     void ShowProgress(const std::wstring& caption, const std::wstring& text) override;
     void HideProgress() override;
+    void ShowZipStatus(const std::wstring& title, const std::wstring& text, const std::wstring& status) override;
+    void HideZipStatus() override;
     void PumpMessages() override;
     support::MailResult SendMail(const support::MailMessage& message) override;
 
@@ -42,6 +45,7 @@ class WindowsPlatform final : public support::Platform {
     localdata::DatabaseProvider& databases_;
     web::Transport transport_;
     dialogs::ProgressWindow progress_{*this, [this] { StopRequest(); }};
+    dialogs::ZipForm zipForm_{*this};
 };
 
 } // namespace quorvex::server

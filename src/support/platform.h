@@ -82,6 +82,10 @@ class Platform {
     // A small window that says how far a long run is; shown by the first call with a text, gone after HideProgress.
     virtual void ShowProgress(const std::wstring& caption, const std::wstring& text) = 0;
     virtual void HideProgress() = 0;
+    // The status window of an extraction: its caption, its text and a line that says what is being done. Shown by the
+    // first call, gone after HideZipStatus.
+    virtual void ShowZipStatus(const std::wstring& title, const std::wstring& text, const std::wstring& status) = 0;
+    virtual void HideZipStatus() = 0;
     // Lets pending window messages run once.
     virtual void PumpMessages() = 0;
     // Hands the message to the user's mail program; a platform without one sends nothing.

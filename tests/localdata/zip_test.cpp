@@ -285,9 +285,10 @@ TEST_F(UnzipTest, ExtractsEveryFileAndShowsWhatItDoes) {
     EXPECT_EQ(support::ReadFileBytes(folder_.File(L"a.dat")), "first");
     EXPECT_EQ(support::ReadFileBytes(folder_.File(L"b.dat")), "second");
     EXPECT_THAT(Files(), ::testing::UnorderedElementsAre(L"a.dat", L"b.dat"));
-    EXPECT_THAT(platform_.progress, ::testing::ElementsAre(L"Unziping file\r\nOpening UPDATE_F_20260131.zip",
-                                                           L"Unziping file\r\nExtracting UPDATE_F_20260131.zip"));
-    EXPECT_FALSE(platform_.progressShown) << "the window is gone";
+    EXPECT_THAT(platform_.zipStatus,
+                ::testing::ElementsAre(L"Unziping file|Unziping file|Opening UPDATE_F_20260131.zip",
+                                       L"Unziping file|Unziping file|Extracting UPDATE_F_20260131.zip"));
+    EXPECT_FALSE(platform_.zipStatusShown) << "the window is gone";
     EXPECT_EQ(platform_.pumps, 2);
     EXPECT_TRUE(support::FileExists(archive_)) << "the archive is its caller's";
     EXPECT_TRUE(ErrorLog().empty());
@@ -297,7 +298,7 @@ TEST_F(UnzipTest, WithoutATitleItWorksUnseen) {
     ZipBuilder builder;
     builder.Add("a.dat", "first");
     EXPECT_TRUE(Run(builder.Bytes(), true, {}));
-    EXPECT_TRUE(platform_.progress.empty());
+    EXPECT_TRUE(platform_.zipStatus.empty());
 }
 
 TEST_F(UnzipTest, ReplacesAnExistingFileOnlyWhenToldTo) {
@@ -321,7 +322,7 @@ TEST_F(UnzipTest, AFailedExtractionLeavesNothingBehindAndSaysWhy) {
     EXPECT_FALSE(Run(builder.Bytes()));
     EXPECT_THAT(Files(), ::testing::ElementsAre(L"b.dat"));
     EXPECT_EQ(support::ReadFileBytes(folder_.File(L"b.dat")), "old");
-    EXPECT_FALSE(platform_.progressShown);
+    EXPECT_FALSE(platform_.zipStatusShown);
     EXPECT_TRUE(platform_.messages.empty());
     EXPECT_THAT(ErrorLog(), HasSubstr("The checksum of \"b.dat\" is wrong'"));
 }

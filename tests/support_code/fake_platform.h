@@ -53,6 +53,8 @@ class FakePlatform : public support::Platform {
     support::UpdateChoice updateChoice = support::UpdateChoice::Cancel;
     std::vector<std::wstring> progress;
     bool progressShown = false;
+    std::vector<std::wstring> zipStatus; // title, text and status of each change
+    bool zipStatusShown = false;
     int pumps = 0;
 
     int ShowMessage(const std::wstring& text, int style, const std::wstring& title) override {
@@ -72,6 +74,11 @@ class FakePlatform : public support::Platform {
         progressShown = true;
     }
     void HideProgress() override { progressShown = false; }
+    void ShowZipStatus(const std::wstring& title, const std::wstring& text, const std::wstring& status) override {
+        zipStatus.push_back(title + L"|" + text + L"|" + status);
+        zipStatusShown = true;
+    }
+    void HideZipStatus() override { zipStatusShown = false; }
     void PumpMessages() override { ++pumps; }
 
     // --- Machine -----------------------------------------------------------------------------------------------

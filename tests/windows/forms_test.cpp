@@ -183,13 +183,16 @@ TEST(Progress, TheShareIsReadFromTheTextsEnd) {
     }
 }
 
-TEST(Zip, TheStatusWindowShowsItsCaptions) {
+TEST(Zip, TheStatusWindowShowsItsCaptionsAndStatus) {
     DialogPlatform platform;
     std::atomic<bool> end{false};
     HostThread host([&] {
         ZipForm form(platform);
         form.Load();
-        form.SetCaptions(L"Unziping file", L"UPDATE_F_20260331.zip");
+        form.SetCaptions(L"Unziping file", L"Unpacking");
+        form.SetStatus(L"Opening UPDATE_F_20260331.zip");
+        form.Load();
+        form.SetStatus(L"Extracting UPDATE_F_20260331.zip");
         while (!end) {
             support::PumpPendingMessages();
             Sleep(5);
@@ -197,7 +200,9 @@ TEST(Zip, TheStatusWindowShowsItsCaptions) {
         form.Unload();
     });
     const HWND window = WaitForWindow(L"Unziping file");
-    EXPECT_EQ(TextOf(FindWindowExW(window, nullptr, L"STATIC", nullptr)), L"UPDATE_F_20260331.zip");
+    const HWND text = FindWindowExW(window, nullptr, L"STATIC", nullptr);
+    EXPECT_EQ(TextOf(text), L"Unpacking");
+    EXPECT_EQ(TextOf(FindWindowExW(window, text, L"STATIC", nullptr)), L"Extracting UPDATE_F_20260331.zip");
     end = true;
     EXPECT_TRUE(host.WaitDone());
     EXPECT_TRUE(WaitGone(L"Unziping file"));

@@ -163,7 +163,8 @@ TEST_P(LayoutTest, StatusWindows) {
         progress.Open(L"Progress", L"Get file: UPDATE_F_20260331.zip 3,120 of 7,480 Kb 42%");
         ZipForm zip(platform, GetParam());
         zip.Load();
-        zip.SetCaptions(L"Zip", L"UPDATE_F_20260331.zip");
+        zip.SetCaptions(L"Zip", L"Unziping file");
+        zip.SetStatus(L"Extracting UPDATE_F_20260331.zip");
         while (!end) {
             support::PumpPendingMessages();
             Sleep(5);
