@@ -101,9 +101,8 @@ TEST_F(UpdateProcedure, DownloadsThenAppliesAndWritesEveryStep) {
                             L", Files applied:2 ok"));
     EXPECT_THAT(MessageTexts(), ElementsAre(L"\r\nFiles applied:2 ok \r\n"));
     EXPECT_EQ(platform.messages[0].title, L"Quorvex");
-    EXPECT_THAT(Captions(),
-                ElementsAre(L"Apply changes", L"Apply changes:UPDATE_F_20240131.zip 1/2",
-                            L"Apply changes:UPDATE_Z_20240131.zip 2/2"));
+    EXPECT_THAT(Captions(), ElementsAre(L"Apply changes", L"Apply changes:UPDATE_F_20240131.zip 1/2",
+                                        L"Apply changes:UPDATE_Z_20240131.zip 2/2"));
     EXPECT_FALSE(platform.progressShown);
     EXPECT_THAT(platform.zipStatus, ElementsAre(L"Unziping file|Unziping file|Opening UPDATE_F_20240131.zip",
                                                 L"Unziping file|Unziping file|Extracting UPDATE_F_20240131.zip",
