@@ -1,6 +1,6 @@
 #include "localdata/jet_provider.h"
 
-#include "localdata/jet/database.h"
+#include "localdata/jet/change_group.h"
 #include "localdata/jet_translation.h"
 #include "localdata/row_reader.h"
 #include "support/files.h"
@@ -47,6 +47,16 @@ std::wstring Setting(const std::wstring& text, const std::wstring& key, const st
 
 class JetConnection final : public Connection {
   public:
+    explicit JetConnection(unsigned recordsTogether) : recordsTogether_(recordsTogether) {}
+    // After a failure nobody calls Close, but the records merged before it are to stay.
+    ~JetConnection() override {
+        try {
+            CommitChanges();
+        } catch (const std::exception&) {
+            return; // the failure before this one is reported already
+        }
+    }
+
     void SetMode(int mode) override {
         if (database_) ThrowOpen();
         mode_ = mode;
@@ -61,8 +71,13 @@ class JetConnection final : public Connection {
 
     void Close() override {
         if (!database_) ThrowClosed();
+        // Closed in any case.
         std::optional<jet::Database> closing = std::exchange(database_, std::nullopt);
-        Translated(file_, [&] { closing->Close(); });
+        std::optional<jet::ChangeGroup> changes = std::exchange(changes_, std::nullopt);
+        Translated(file_, [&] {
+            if (changes) changes->Commit();
+            closing->Close();
+        });
     }
 
     jet::Database& ForReading() {
@@ -83,6 +98,16 @@ class JetConnection final : public Connection {
         return *database_;
     }
 
+    jet::ChangeGroup& Changes() {
+        ForWriting();
+        return *changes_;
+    }
+
+    // What was changed is in the file from here on.
+    void CommitChanges() {
+        if (changes_) changes_->Commit();
+    }
+
     const std::wstring& File() const { return file_; }
 
   private:
@@ -91,6 +116,7 @@ class JetConnection final : public Connection {
         options.writable = writable;
         Translated(file_, [&] { database_.emplace(jet::Database::Open(support::ToPath(file_), password_, options)); });
         writable_ = writable;
+        if (writable) changes_.emplace(*database_, recordsTogether_);
     }
 
     int mode_ = 0;
@@ -98,6 +124,8 @@ class JetConnection final : public Connection {
     std::wstring file_;
     std::u16string password_;
     std::optional<jet::Database> database_;
+    unsigned recordsTogether_;
+    std::optional<jet::ChangeGroup> changes_; // of a database open for writing
 };
 
 // A value as the column's type wants it: data access converts numbers and their texts into one another.
@@ -150,10 +178,12 @@ class JetRecordset final : public Recordset {
 
     void Close() override {
         RequireOpen();
-        DropChanges();
+        changes_.clear();
+        adding_ = false;
         cursor_.reset();
-        table_.reset();
-        connection_ = nullptr;
+        const bool writable = std::exchange(table_, std::nullopt).has_value();
+        JetConnection* const connection = std::exchange(connection_, nullptr);
+        if (writable) Translated(context_, [&] { connection->CommitChanges(); });
     }
 
     bool AtBeginning() override {
@@ -313,23 +343,18 @@ class JetRecordset final : public Recordset {
         if (!more) place_ = Place::End;
     }
 
-    void DropChanges() {
-        changes_.clear();
-        adding_ = false;
-    }
-
     // Writes what is pending as one record: whole or not at all, and then nothing is pending any more.
     void WriteChanges() {
         if (changes_.empty() && !adding_) return;
-        const std::vector<jet::Assignment> changes = std::exchange(changes_, {});
+        std::vector<jet::Assignment> changes = std::exchange(changes_, {});
         const bool adding = std::exchange(adding_, false);
         Translated(context_, [&] {
             jet::RowId id;
             if (adding) {
-                id = table_->Insert(changes);
+                id = connection_->Changes().Insert(*table_, std::move(changes));
             } else {
                 id = CurrentRow().id();
-                table_->Update(id, changes);
+                connection_->Changes().Update(*table_, id, std::move(changes));
             }
             empty_ = false;
             StandOn(id);
@@ -362,7 +387,7 @@ class JetRecordset final : public Recordset {
 } // namespace
 
 std::unique_ptr<Connection> JetProvider::CreateConnection() {
-    return std::make_unique<JetConnection>();
+    return std::make_unique<JetConnection>(recordsTogether_);
 }
 
 std::unique_ptr<Recordset> JetProvider::CreateRecordset() {

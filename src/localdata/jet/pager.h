@@ -95,6 +95,7 @@ class Pager {
     PageEdit Append();
 
     void SetBatch(unsigned statements) { options_.batch = statements == 0 ? 1 : statements; }
+    bool hasOpenStatements() const { return pending_ > 0; }
     /// Writes the open transaction; what it holds is safe when this returns. On failure nothing of it is left.
     void Commit();
     /// Commits and closes the file; later calls fail with kUsage.
