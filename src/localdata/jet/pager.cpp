@@ -126,6 +126,7 @@ void Pager::Drop(Page* page) noexcept {
     page->number = kMaxPages;
     page->dirty = false;
     page->recent = false;
+    page->ends.reset();
 }
 
 /// Frees a frame by the clock method; false when nothing can go.
@@ -242,6 +243,7 @@ void Pager::UndoStatement() noexcept {
         const auto found = index_.find(number);
         if (found == index_.end()) continue;
         found->second->bytes = image->bytes;
+        found->second->ends.reset();
         found->second->dirty = image->dirty;
     }
     images_.clear();

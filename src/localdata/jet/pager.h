@@ -17,12 +17,16 @@ enum class Durability {
     kPower,   ///< also a power cut; costs two or three flushes per transaction
 };
 
+/// Where the entries of an index page end, in its area; checked (see IndexPage).
+using EntryEnds = std::vector<std::uint16_t>;
+
 /// A page in memory.
 struct Page {
     PageNo number = 0;
     int pins = 0;
     bool dirty = false;
     bool recent = false;
+    std::shared_ptr<const EntryEnds> ends; ///< null: not known, as the page was read or changed since
     std::array<Byte, kPageSize> bytes;
 };
 
@@ -45,6 +49,8 @@ class PageRef {
     const Byte* data() const { return page_->bytes.data(); }
     PageNo number() const { return page_->number; }
     explicit operator bool() const { return page_ != nullptr; }
+    const std::shared_ptr<const EntryEnds>& ends() const { return page_->ends; }
+    void KeepEnds(std::shared_ptr<const EntryEnds> ends) const { page_->ends = std::move(ends); }
 
   protected:
     Page* page_ = nullptr;
@@ -55,7 +61,10 @@ class PageEdit : public PageRef {
   public:
     PageEdit() = default;
     explicit PageEdit(Page* page) : PageRef(page) {}
-    Byte* edit() const { return page_->bytes.data(); }
+    Byte* edit() const {
+        page_->ends.reset();
+        return page_->bytes.data();
+    }
 };
 
 /// All page input and output of one open file: cache, transactions, recovery. One thread at a time.
