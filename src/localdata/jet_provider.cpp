@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -180,6 +181,7 @@ class JetRecordset final : public Recordset {
         RequireOpen();
         changes_.clear();
         adding_ = false;
+        positions_.clear();
         cursor_.reset();
         const bool writable = std::exchange(table_, std::nullopt).has_value();
         JetConnection* const connection = std::exchange(connection_, nullptr);
@@ -361,12 +363,16 @@ class JetRecordset final : public Recordset {
         });
     }
 
+    // A few names are asked for over and over again.
     std::size_t Position(const std::wstring& column) {
+        const auto known = positions_.find(column);
+        if (known != positions_.end()) return known->second;
         const auto position = cursor_->definition().FindColumn(ToUtf16(column));
         if (!position) {
             throw jet::Error(jet::ErrorCode::kNoSuchColumn,
                              "Item cannot be found in the collection corresponding to the requested name or ordinal.");
         }
+        positions_.emplace(column, *position);
         return *position;
     }
 
@@ -380,6 +386,7 @@ class JetRecordset final : public Recordset {
     bool first_ = false; // on the first row of the set
     Place place_ = Place::End;
     jet::Row found_;
+    std::map<std::wstring, std::size_t> positions_; // of columns, by the names they were asked by
     std::vector<jet::Assignment> changes_;
     bool adding_ = false;
 };

@@ -10,6 +10,7 @@
 #include <array>
 #include <memory>
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace quorvex::localdata {
@@ -27,8 +28,12 @@ constexpr std::array<const wchar_t*, 17> kPostZonColumns = {L"PZ_Postcode",    L
                                                             L"PZ_Lat",         L"PZ_OSRef",
                                                             L"PZ_Update"};
 
-void SetStage(const std::wstring& stage) {
-    support::Process().currentOperation = L"Update:UpdateData:" + stage;
+// The stage's name in parts: it is set for every step of every record.
+template <typename... Parts>
+void SetStage(const Parts&... parts) {
+    std::wstring& operation = support::Process().currentOperation;
+    operation = L"Update:UpdateData:";
+    (operation.append(parts), ...);
 }
 
 std::wstring KeyOf(Recordset& records, const wchar_t* column) {
@@ -39,27 +44,27 @@ std::wstring KeyOf(Recordset& records, const wchar_t* column) {
 }
 
 // Moves to the first record of that postcode; false when there is none.
-bool FindRecord(Recordset& records, const wchar_t* column, const std::wstring& key, const std::wstring& operation) {
-    SetStage(operation + L":Stage 1");
+bool FindRecord(Recordset& records, const wchar_t* column, const std::wstring& key, std::wstring_view operation) {
+    SetStage(operation, L":Stage 1");
     if (records.AtBeginning() && records.AtEnd()) return false;
-    SetStage(operation + L":Stage 2");
+    SetStage(operation, L":Stage 2");
     records.MoveFirst();
-    SetStage(operation + L":Stage 3");
+    SetStage(operation, L":Stage 3");
     records.Find(std::wstring(L"[") + column + L"]='" + key + L"'");
     return !records.AtEnd();
 }
 
 void AddOrUpdateRecord(Recordset& update, Recordset& target, std::span<const wchar_t* const> columns,
-                       const std::wstring& operation) {
+                       std::wstring_view operation) {
     const std::wstring key = KeyOf(update, columns.front());
     // Read as a whole first: a record that lacks a column must not leave a half made one behind.
     std::vector<Value> values;
     for (const wchar_t* column : columns) values.push_back(update.Field(column));
     if (FindRecord(target, columns.front(), key, operation)) {
-        SetStage(operation + L":Stage 5 UPDATE " + key);
+        SetStage(operation, L":Stage 5 UPDATE ", key);
         target.Update(); // nothing is pending yet: intended, it starts the record's edit afresh
     } else {
-        SetStage(operation + L":Stage 4 ADD " + key);
+        SetStage(operation, L":Stage 4 ADD ", key);
         target.AddNew();
     }
     for (std::size_t i = 0; i < columns.size(); ++i) target.SetField(columns[i], values[i]);
@@ -95,8 +100,9 @@ long CountRecords(Recordset& records) {
 }
 
 void MergeRecords(Progress& progress, OpenPackage& package, wchar_t kind, long count) {
+    const std::wstring ofAll = L" of " + std::to_wstring(count);
     for (long number = 1; !package.updateRecords->AtEnd(); ++number) {
-        progress.SetText(L"Processing record:" + std::to_wstring(number) + L" of " + std::to_wstring(count));
+        progress.SetText(L"Processing record:" + std::to_wstring(number) + ofAll);
         if (kind == L'Z') {
             AddOrUpdateRecordPostZon(*package.updateRecords, *package.targetRecords);
         } else {

@@ -20,6 +20,14 @@ enum class Durability {
 /// Where the entries of an index page end, in its area; checked (see IndexPage).
 using EntryEnds = std::vector<std::uint16_t>;
 
+using PageBytes = std::array<Byte, kPageSize>;
+
+/// A page as it was before a change.
+struct PageImage {
+    bool dirty;
+    PageBytes bytes;
+};
+
 /// A page in memory.
 struct Page {
     PageNo number = 0;
@@ -27,7 +35,8 @@ struct Page {
     bool dirty = false;
     bool recent = false;
     std::shared_ptr<const EntryEnds> ends; ///< null: not known, as the page was read or changed since
-    std::array<Byte, kPageSize> bytes;
+    std::unique_ptr<PageImage> before; ///< as the open statement found it; null: not changed by it, or new
+    PageBytes bytes;
 };
 
 /// Keeps a page in memory while it lives.
@@ -115,21 +124,17 @@ class Pager {
 
     Pager(Storage& storage, const std::filesystem::path& path, std::unique_ptr<File> file, const Options& options);
     void CheckUsable() const;
-    Page* Find(PageNo page);
+    Page* Load(PageNo page);
     Page* NewFrame(PageNo page);
     void Drop(Page* page) noexcept;
     bool MakeRoom();
     void Remember(Page* page);
+    void ForgetImage(Page* page) noexcept;
     void BeginStatement();
     void EndStatement();
     void UndoStatement() noexcept;
     void WriteOut();
     void UndoTransaction() noexcept;
-
-    struct Image {
-        bool dirty;
-        std::array<Byte, kPageSize> bytes;
-    };
 
     std::unique_ptr<File> file_;
     Options options_;
@@ -148,7 +153,8 @@ class Pager {
     unsigned pending_ = 0;        ///< statements in the open transaction
     PageNo transactionPages_ = 0; ///< page count when it began
     PageNo statementPages_ = 0;
-    std::unordered_map<PageNo, std::unique_ptr<Image>> images_; ///< as the statement found them
+    std::vector<Page*> touched_; ///< pages with an image
+    std::vector<std::unique_ptr<PageImage>> spareImages_;
     std::vector<Page*> dirty_;
     std::unordered_set<PageNo> journaled_;
 };
