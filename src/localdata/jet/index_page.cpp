@@ -23,18 +23,18 @@ std::shared_ptr<const EntryEnds> IndexPage::CheckedEnds() const {
     const Byte* const p = page_.data();
     // A set bit stands where an entry ends. The end of the area itself has a bit too.
     constexpr std::size_t kBitmapBytes = kIndexArea / 8 + 1;
-    constexpr std::size_t kUsualEntries = 256;
-    auto ends = std::make_shared<EntryEnds>();
-    ends->reserve(kUsualEntries);
+    std::array<std::uint16_t, 8 * kBitmapBytes> ends;
+    std::size_t count = 0;
     std::size_t start = 0;
+    std::size_t least = Trailer() + std::max<std::size_t>(prefix_, 1);
     EachBit(ByteView(p + kIndexBitmap, kBitmapBytes), [&](std::size_t end) {
-        const std::size_t least = Trailer() + (ends->empty() ? prefix_ + (prefix_ == 0 ? 1 : 0) : 0);
         if (end > kIndexArea || end - start < least) ThrowCorrupt("an index entry has a wrong length", number());
-        ends->push_back(static_cast<std::uint16_t>(end));
+        ends[count++] = static_cast<std::uint16_t>(end);
         start = end;
+        least = Trailer();
     });
     if (kIndexArea - start != Load16(p + kIndexFree)) ThrowCorrupt("an index page's free space is wrong", number());
-    return ends;
+    return std::make_shared<EntryEnds>(ends.begin(), ends.begin() + count);
 }
 
 RowId IndexPage::Row(std::size_t entry) const {

@@ -250,8 +250,12 @@ Bytes EncodeCell(const Column& column, const Value& given) {
     Mismatch(column);
 }
 
+constexpr std::size_t kUsualRow = 256;
+
 Bytes EncodeRow(const TableDef& def, const std::vector<std::optional<Bytes>>& cells) {
-    Bytes row(2 + def.fixedSize);
+    Bytes row;
+    row.reserve(kUsualRow);
+    row.resize(2 + def.fixedSize);
     Store16(row.data(), def.maxColumns);
     Bytes mask((std::size_t{def.maxColumns} + 7) / 8);
     std::vector<const Bytes*> variables(def.variableColumns);
