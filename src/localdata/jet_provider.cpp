@@ -265,14 +265,14 @@ class JetRecordset final : public Recordset {
                 if (change.column == position) return FromJet(change.value);
             }
             if (adding_) return std::monostate{};
-            return FromJet(CurrentRow().Get(position));
+            return FromJet(CurrentValue(position));
         });
     }
 
     void SetField(const std::wstring& column, const Value& value) override {
         RequireWritable();
         Translated(context_, [&] {
-            if (!adding_) CurrentRow();
+            if (!adding_) CurrentId();
             const std::size_t position = Position(column);
             jet::Value converted = ForColumn(cursor_->definition().columns[position], value);
             for (jet::Assignment& change : changes_) {
@@ -320,20 +320,25 @@ class JetRecordset final : public Recordset {
         if (place_ == Place::Cursor || place_ == Place::End) return;
         cursor_->Rewind();
         bool more = cursor_->Next();
-        while (more && place_ == Place::Found && cursor_->Current().id() != found_.id()) more = cursor_->Next();
+        while (more && place_ == Place::Found && cursor_->Current().id() != found_) more = cursor_->Next();
         place_ = more ? Place::Cursor : Place::End;
     }
 
-    const jet::Row& CurrentRow() {
+    void StandOn(jet::RowId id) {
+        found_ = id;
+        place_ = Place::Found;
+    }
+
+    jet::RowId CurrentId() {
         if (place_ == Place::Found) return found_;
         Settle();
         if (place_ == Place::End) ThrowNoRow();
-        return cursor_->Current();
+        return cursor_->Current().id();
     }
 
-    void StandOn(jet::RowId id) {
-        found_ = table_->Fetch(id);
-        place_ = Place::Found;
+    jet::Value CurrentValue(std::size_t position) {
+        const jet::RowId id = CurrentId();
+        return place_ == Place::Found ? table_->Fetch(id).Get(position) : cursor_->Current().Get(position);
     }
 
     void FindForward(const std::wstring& criterion) {
@@ -357,7 +362,7 @@ class JetRecordset final : public Recordset {
             if (adding) {
                 id = connection_->Changes().Insert(*table_, std::move(changes));
             } else {
-                id = CurrentRow().id();
+                id = CurrentId();
                 connection_->Changes().Update(*table_, id, std::move(changes));
             }
             empty_ = false;
@@ -387,7 +392,7 @@ class JetRecordset final : public Recordset {
     bool empty_ = true;
     bool first_ = false; // on the first row of the set
     Place place_ = Place::End;
-    jet::Row found_;
+    jet::RowId found_;
     std::map<std::wstring, std::size_t> positions_; // of columns, by the names they were asked by
     std::vector<jet::Assignment> changes_;
     bool adding_ = false;

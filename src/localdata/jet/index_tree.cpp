@@ -98,13 +98,17 @@ bool IndexTree::InsertInPlace(const IndexPage& page, std::size_t at, const Bytes
     const PageRef held = pager_->Read(page.number());
     const Byte* const old = held.data();
     const std::size_t prefix = Load16(old + kIndexPrefix);
-    EntryEnds ends = page.ends();
+    EntryEnds ends;
+    ends.reserve(page.size() + 1);
+    ends = page.ends();
     const ByteView first = FirstKey(old, ends[0]);
     if (key.size() < prefix ||
         !std::equal(key.begin(), key.begin() + static_cast<std::ptrdiff_t>(prefix), first.begin())) {
         return false;
     }
-    Bytes entry(key.begin() + static_cast<std::ptrdiff_t>(prefix), key.end());
+    Bytes entry;
+    entry.reserve(key.size() + kLeafTrailer);
+    entry.assign(key.begin() + static_cast<std::ptrdiff_t>(prefix), key.end());
     AppendRow(entry, row);
     if (Load16(old + kIndexFree) < entry.size()) return false;
     const PageEdit edit = pager_->Edit(page.number());
@@ -115,6 +119,7 @@ bool IndexTree::InsertInPlace(const IndexPage& page, std::size_t at, const Bytes
     ends.insert(ends.begin() + static_cast<std::ptrdiff_t>(at), static_cast<std::uint16_t>(start));
     for (std::size_t i = at; i < ends.size(); ++i) ends[i] = static_cast<std::uint16_t>(ends[i] + entry.size());
     StoreEnds(edit.edit(), ends);
+    edit.KeepEnds(std::make_shared<const EntryEnds>(std::move(ends)));
     return true;
 }
 
@@ -156,6 +161,7 @@ bool IndexTree::RemoveInPlace(const IndexPage& page, std::size_t at) {
     ends.erase(ends.begin() + static_cast<std::ptrdiff_t>(at));
     for (std::size_t i = at; i < ends.size(); ++i) ends[i] = static_cast<std::uint16_t>(ends[i] - size);
     StoreEnds(edit.edit(), ends);
+    edit.KeepEnds(std::make_shared<const EntryEnds>(std::move(ends)));
     return true;
 }
 

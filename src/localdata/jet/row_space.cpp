@@ -30,11 +30,10 @@ void StoreFree(Byte* page, std::size_t lowest, unsigned slots) {
 RowId RowSpace::Place(ByteView row, std::uint16_t flags) {
     const std::size_t need = row.size() + 2;
     PageEdit target;
-    PageNo candidate = kMaxPages;
+    PageNo candidate = pager_->pageCount();
     for (int tries = 0; tries < kPagesTried; ++tries) {
         candidate = free_.HighestBelow(candidate);
         if (candidate == 0) break;
-        if (candidate >= pager_->pageCount()) ThrowCorrupt("a table owns a page past the end of the file", candidate);
         const DataPage page = OpenDataPage(*pager_, candidate, owner_);
         if (page.slotCount() >= kMaxSlots || CheckedFree(page) < need) continue;
         target = pager_->Edit(candidate);

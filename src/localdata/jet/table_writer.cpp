@@ -60,6 +60,7 @@ TableWriter::Keys TableWriter::MakeKeys(const std::vector<Value>& values) const 
     Keys keys;
     for (const Index& index : def_->indexes) {
         Bytes key;
+        key.reserve(kUsualKey);
         std::size_t nulls = 0;
         for (const IndexColumn& part : index.columns) {
             const Value& value = values[part.column];
