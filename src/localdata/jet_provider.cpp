@@ -280,6 +280,7 @@ class JetRecordset final : public Recordset {
                 change.value = std::move(converted);
                 return;
             }
+            if (changes_.empty()) changes_.reserve(cursor_->definition().columns.size());
             changes_.push_back({position, std::move(converted)});
         });
     }

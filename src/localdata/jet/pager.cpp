@@ -302,9 +302,23 @@ void Pager::WriteOut() {
     const auto grown = std::find_if(dirty_.begin(), dirty_.end(),
                                     [this](const Page* page) { return page->number >= transactionPages_; });
     std::rotate(dirty_.begin(), grown, dirty_.end());
-    for (const Page* page : dirty_) file_->WriteAt(std::uint64_t{page->number} * kPageSize, page->bytes);
+    WritePages();
     for (Page* page : dirty_) page->dirty = false;
     dirty_.clear();
+}
+
+/// Writes the changed pages, neighbours together.
+void Pager::WritePages() {
+    constexpr std::size_t kMostTogether = 64;
+    Bytes run;
+    for (std::size_t i = 0; i < dirty_.size(); ++i) {
+        AppendBytes(run, dirty_[i]->bytes);
+        const PageNo next = dirty_[i]->number + 1;
+        const bool goesOn = i + 1 < dirty_.size() && dirty_[i + 1]->number == next;
+        if (goesOn && run.size() < kMostTogether * kPageSize) continue;
+        file_->WriteAt(std::uint64_t{next} * kPageSize - run.size(), run);
+        run.clear();
+    }
 }
 
 void Pager::UndoTransaction() noexcept {

@@ -134,6 +134,7 @@ class Pager {
     void EndStatement();
     void UndoStatement() noexcept;
     void WriteOut();
+    void WritePages();
     void UndoTransaction() noexcept;
 
     std::unique_ptr<File> file_;
