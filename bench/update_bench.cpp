@@ -205,7 +205,7 @@ void BM_ApplyPackage(benchmark::State& state) {
     const Files& files = FilesOf(state);
     const std::wstring package = support::FromPath(files.Package("UPDATE_F_20260228.dat"));
     SilentPlatform platform;
-    localdata::JetProvider databases(std::getenv("QG") ? static_cast<unsigned>(std::atoi(std::getenv("QG"))) : 1000U);
+    localdata::JetProvider databases;
     platform.databases = &databases;
     support::Process().dataPath = support::FromPath(files.Run()); // for the log line
     for (auto _ : state) {

@@ -12,7 +12,7 @@ namespace quorvex::localdata {
 class JetProvider final : public DatabaseProvider {
   public:
     // Records of one transaction: each costs less the more there are, and waits longer until it is in the file.
-    static constexpr unsigned kRecordsTogether = 1000;
+    static constexpr unsigned kRecordsTogether = 128;
     explicit JetProvider(unsigned recordsTogether = kRecordsTogether) : recordsTogether_(recordsTogether) {}
 
     std::unique_ptr<Connection> CreateConnection() override;
