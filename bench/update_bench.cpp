@@ -229,7 +229,8 @@ void ApplyBySqlite(benchmark::State& state, bool oneTransaction) {
         state.ResumeTiming();
         Sqlite db(file);
         Sqlite package(packageFile);
-        if (oneTransaction) db.Run("BEGIN");
+        // Each in the mode that is fastest for it.
+        db.Run(oneTransaction ? "BEGIN" : "PRAGMA journal_mode=WAL");
         {
             Statement rows(package, "SELECT postcode, address, updated FROM full");
             Statement upsert(db, "INSERT INTO full VALUES (?, ?, ?) ON CONFLICT (postcode) DO UPDATE SET "
