@@ -9,20 +9,9 @@ namespace quorvex::testing {
 
 using AdoArguments = std::vector<support::Variant>; // in written order, omitted ones at the end left out
 
-[[noreturn]] inline void Refuse(long number, const wchar_t* description) {
-    throw AdoRefusal{number, description};
-}
-[[noreturn]] inline void RefuseClosed() {
-    Refuse(3704, L"Operation is not allowed when the object is closed.");
-}
-[[noreturn]] inline void RefuseOpen() {
-    Refuse(3705, L"Operation is not allowed when the object is open.");
-}
 [[noreturn]] inline void RefuseArguments() {
-    Refuse(3001, L"Arguments are of the wrong type, are out of acceptable range, or are in conflict with one another.");
-}
-[[noreturn]] inline void RefuseItem() {
-    Refuse(3265, L"Item cannot be found in the collection corresponding to the requested name or ordinal.");
+    throw support::Error(
+        3001, L"Arguments are of the wrong type, are out of acceptable range, or are in conflict with one another.");
 }
 
 // A scriptable object made of a table of members. Derived is the class that holds the handlers.
@@ -105,16 +94,14 @@ class AdoObject : public IDispatch {
         try {
             support::Variant answer = (static_cast<Derived*>(this)->*member.run)(arguments);
             return result == nullptr ? S_OK : VariantCopy(result, const_cast<VARIANT*>(&answer.Get()));
-        } catch (const AdoRefusal& refusal) {
+        } catch (const support::Error& refusal) {
             if (exception != nullptr) {
-                exception->scode =
-                    refusal.number < 0 ? refusal.number : MAKE_SCODE(SEVERITY_ERROR, FACILITY_CONTROL, refusal.number);
+                const long number = refusal.Number();
+                exception->scode = number < 0 ? number : MAKE_SCODE(SEVERITY_ERROR, FACILITY_CONTROL, number);
                 exception->bstrSource = SysAllocString(L"ADODB");
-                exception->bstrDescription = SysAllocString(refusal.description.c_str());
+                exception->bstrDescription = SysAllocString(refusal.Description().c_str());
             }
             return DISP_E_EXCEPTION;
-        } catch (const support::Error&) {
-            return DISP_E_TYPEMISMATCH;
         }
     }
 
