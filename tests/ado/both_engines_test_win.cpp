@@ -139,13 +139,13 @@ TEST_F(BothEngines, AnUpdateLeavesTheSameRecords) {
     for (auto call = find + 2; call != calls.end() && names.size() < 5; ++call) {
         names.push_back(call->substr(0, call->find(L" =")));
     }
-    EXPECT_THAT(names, ::testing::AnyOf(
-                           ElementsAreArray({L"Recordset.Update", L"Recordset.Fields(FT_PostCode).Value",
-                                             L"Recordset.Fields(FT_Address).Value", L"Recordset.Fields(FT_Update).Value",
-                                             L"Recordset.UpdateBatch"}),
-                           ElementsAreArray({L"Recordset.AddNew", L"Recordset.Fields(FT_PostCode).Value",
-                                             L"Recordset.Fields(FT_Address).Value", L"Recordset.Fields(FT_Update).Value",
-                                             L"Recordset.UpdateBatch"})));
+    EXPECT_THAT(names,
+                ::testing::AnyOf(ElementsAreArray({L"Recordset.Update", L"Recordset.Fields(FT_PostCode).Value",
+                                                   L"Recordset.Fields(FT_Address).Value",
+                                                   L"Recordset.Fields(FT_Update).Value", L"Recordset.UpdateBatch"}),
+                                 ElementsAreArray({L"Recordset.AddNew", L"Recordset.Fields(FT_PostCode).Value",
+                                                   L"Recordset.Fields(FT_Address).Value",
+                                                   L"Recordset.Fields(FT_Update).Value", L"Recordset.UpdateBatch"})));
 }
 
 } // namespace

@@ -7,8 +7,7 @@ namespace quorvex::testing {
 
 class AdoConnectionObject final : public AdoObject<AdoConnectionObject> {
   public:
-    explicit AdoConnectionObject(AdoStandIn& world)
-        : AdoObject(world), inner_(world.databases.CreateConnection()) {
+    explicit AdoConnectionObject(AdoStandIn& world) : AdoObject(world), inner_(world.databases.CreateConnection()) {
         world_.connections.insert(this);
     }
     ~AdoConnectionObject() { world_.connections.erase(this); }

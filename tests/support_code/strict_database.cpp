@@ -94,9 +94,15 @@ class StrictRecordset final : public localdata::Recordset {
 
     bool AtBeginning() override { return inner_->AtBeginning(); }
     bool AtEnd() override { return inner_->AtEnd(); }
-    void MoveFirst() override { Moving([&] { inner_->MoveFirst(); }); }
-    void MoveLast() override { Moving([&] { inner_->MoveLast(); }); }
-    void MoveNext() override { Moving([&] { inner_->MoveNext(); }); }
+    void MoveFirst() override {
+        Moving([&] { inner_->MoveFirst(); });
+    }
+    void MoveLast() override {
+        Moving([&] { inner_->MoveLast(); });
+    }
+    void MoveNext() override {
+        Moving([&] { inner_->MoveNext(); });
+    }
     long RecordCount() override {
         const long count = inner_->RecordCount();
         return cursorType_ == CursorType::ForwardOnly || cursorType_ == CursorType::Dynamic ? -1 : count;

@@ -38,8 +38,9 @@ TEST(MessageForm, TheMessageStandsAboveTheTopmostWindowOfAnother) {
     HWND foreign = nullptr;
     std::atomic<bool> end{false};
     HostThread other([&] {
-        foreign = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"In the way", WS_POPUP | WS_VISIBLE, 0, 0, 1600, 1200,
-                                  nullptr, nullptr, nullptr, nullptr);
+        foreign = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"In the way", WS_POPUP | WS_VISIBLE, 0, 0,
+                                  GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), nullptr, nullptr,
+                                  nullptr, nullptr);
         SetForegroundWindow(foreign);
         while (!end) {
             support::PumpPendingMessages();
