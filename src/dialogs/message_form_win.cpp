@@ -45,8 +45,8 @@ int CautiousAnswer(int buttons) {
     }
 }
 
-// What fits a screen of a text that somebody else wrote, a server's error page for instance: a box as large as all of it
-// would have its button below the screen's edge.
+// What fits a screen of a text that somebody else wrote, a server's error page for instance: a box as large as all of
+// it would have its button below the screen's edge.
 std::wstring Shown(const std::wstring& prompt) {
     constexpr std::size_t kMostCharacters = 2000;
     constexpr int kMostLines = 40;
@@ -120,8 +120,8 @@ void frmTopMessage::Activate() {
         return;
     }
     const BoxOnTop onTop;
-    pressedButton_ =
-        MessageBoxW(window_, Shown(Prompt).c_str(), Title.c_str(), static_cast<UINT>(Buttons) | MB_TOPMOST | MB_SETFOREGROUND);
+    pressedButton_ = MessageBoxW(window_, Shown(Prompt).c_str(), Title.c_str(),
+                                 static_cast<UINT>(Buttons) | MB_TOPMOST | MB_SETFOREGROUND);
 }
 
 } // namespace quorvex::dialogs
