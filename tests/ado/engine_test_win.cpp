@@ -71,12 +71,13 @@ TEST_F(AdoEngine, MakesTheDocumentedCallsInTheirOrder) {
     EXPECT_TRUE(recordset->AtEnd());
     recordset->Close();
     connection->Close();
-    EXPECT_THAT(ado.calls, ElementsAre(L"Connection.Mode = 8",
-                                       L"Connection.Open " + ConnectionStringTo(L"PAF_FULL.dat") + L"|admin|",
-                                       L"Recordset.CursorType = 3", L"Recordset.LockType = 1",
-                                       L"Recordset.Open SELECT * From [PAF_FULLAddress] WHERE [FT_Postcode]='CR2 9AA';",
-                                       L"Recordset.EOF", L"Recordset.Fields(FT_Postcode).Value", L"Recordset.MoveNext",
-                                       L"Recordset.EOF", L"Recordset.Close", L"Connection.Close"));
+    EXPECT_THAT(ado.calls,
+                ElementsAre(L"Connection.Mode = 8",
+                            L"Connection.Open " + ConnectionStringTo(L"PAF_FULL.dat") + L"|admin|",
+                            L"Recordset.CursorType = 3", L"Recordset.LockType = 1",
+                            L"Recordset.Open SELECT * From [PAF_FULLAddress] WHERE [FT_Postcode]='CR2 9AA';",
+                            L"Recordset.EOF", L"Recordset.Fields", L"Recordset.Fields(FT_Postcode).Value",
+                            L"Recordset.MoveNext", L"Recordset.EOF", L"Recordset.Close", L"Connection.Close"));
 }
 
 TEST_F(AdoEngine, ReadsEveryRowOfTheSample) {
