@@ -36,7 +36,7 @@ quorvex_script_test(vbscript-web web_mode.vbs SERVICE)
 # Web mode beside local mode, early bound: all addresses of the sample data.
 quorvex_sources(modes_sources ${CMAKE_CURRENT_SOURCE_DIR}/modes)
 add_executable(modes_test ${modes_sources} com/host.cpp)
-target_link_libraries(modes_test PRIVATE quorvex_test_support GTest::gtest_main quorvex_com)
+target_link_libraries(modes_test PRIVATE quorvex_test_support GTest::gtest_main quorvex_com crypt32)
 quorvex_warnings(modes_test)
 add_dependencies(modes_test QuorvexLookup)
 quorvex_host_test(modes SERVICE ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:modes_test>)

@@ -22,6 +22,7 @@ constexpr long kErrorNoCurrentRecord = 3021;
 constexpr long kErrorObjectClosed = 3704;
 constexpr long kErrorObjectOpen = 3705;
 constexpr long kErrorFeatureNotAvailable = 3251;
+constexpr long kErrorWrongType = 3421;
 
 [[noreturn]] void ThrowClosed() {
     throw support::Error(kErrorObjectClosed, L"Operation is not allowed when the object is closed.");
@@ -142,6 +143,10 @@ jet::Value ForColumn(const jet::Column& column, const Value& value) {
                        column.type == jet::ColumnType::kLong;
     const bool number = column.type == jet::ColumnType::kSingle || column.type == jet::ColumnType::kDouble;
     if (text != nullptr && (whole || number)) {
+        if (!support::IsNumber(*text)) {
+            throw support::Error(kErrorWrongType,
+                                 L"Application uses a value of the wrong type for the current operation.");
+        }
         const double parsed = support::ParseNumber(*text);
         if (number) return parsed;
         if (std::abs(parsed) > std::numeric_limits<std::int32_t>::max()) {

@@ -1,6 +1,7 @@
 #include "localdata/status.h"
 
 #include "support/error.h"
+#include "support/files.h"
 #include "support/process_state.h"
 #include "support_code/update_world.h"
 
@@ -43,16 +44,19 @@ TEST_F(Status, DatesComeFromEachFilesVersionRow) {
 }
 
 TEST_F(Status, ADateThatCannotBeReadIsEmptyAndLogged) {
-    AdoFile& full = AddFull(L"20260131");
-    full.tables.at(L"VERSION").rows[1][1] = {};
+    const auto version = [this](const std::function<void(TableData & table)>& spoil) {
+        AddFull(L"20260131", [&](FileData& data) { spoil(data.tables.at(L"Version")); });
+    };
+    version([](TableData& table) { table.rows[1][1] = {}; });
     EXPECT_EQ(LMGetLastUpdateDate(object, L"F"), L"") << "NULL";
-    full.tables.at(L"VERSION").rows.pop_back();
+    version([](TableData& table) { table.rows.pop_back(); });
     EXPECT_EQ(LMGetLastUpdateDate(object, L"F"), L"") << "no row 2";
     EXPECT_THAT(ErrorLines(), IsEmpty());
-    full.lockedByAnother = true;
+    AddFull(L"20260131");
+    const auto other = Hold(L"PAF_FULL.dat");
     EXPECT_EQ(LMGetLastUpdateDate(object, L"F"), L"");
     ASSERT_EQ(ErrorLines().size(), 1U);
-    EXPECT_NE(ErrorLines()[0].find(L"already in use"), std::wstring::npos);
+    EXPECT_NE(ErrorLines()[0].find(L"is in use"), std::wstring::npos);
     EXPECT_THAT(platform.messages, IsEmpty());
 }
 
@@ -100,13 +104,16 @@ TEST_F(Status, TheSummaryNamesWhatIsThere) {
 
 TEST_F(Status, TheDetailedSummaryAddsSystemSizesAndCounts) {
     AddFull(L"20260131");
-    AddPostZon(L"20260115").lockedByAnother = true;
+    AddPostZon(L"20260115");
+    const auto other = Hold(L"PAF_POSTZON.dat");
+    const auto bytes = [this](const wchar_t* name) { return std::to_wstring(support::FileSize(folder.File(name))); };
     const std::wstring text = localdata::GetDetailedSummary(platform, folder.Text());
     EXPECT_TRUE(text.starts_with(L"System:\r\n  Component version:" + lookup::GetVersion() + L"\r\n"));
-    for (const wchar_t* part :
-         {L"-bit\r\n", L"  Windows version:10.0\r\n", L"  Computer:COUNTER-1\r\n", L"  User:clerk\r\n",
-          L"  Database engine:memory\r\nData Status:\r\n  Full PAF data present\r\n",
-          L"\r\n  PAF_FULL.dat:9 bytes, 3 records\r\n", L"\r\n  PAF_POSTZON.dat:9 bytes, cannot be read"}) {
+    for (const std::wstring& part : std::vector<std::wstring>{
+             L"-bit\r\n", L"  Windows version:10.0\r\n", L"  Computer:COUNTER-1\r\n", L"  User:clerk\r\n",
+             L"  Database engine:strict\r\nData Status:\r\n  Full PAF data present\r\n",
+             L"\r\n  PAF_FULL.dat:" + bytes(L"PAF_FULL.dat") + L" bytes, 3 records\r\n",
+             L"\r\n  PAF_POSTZON.dat:" + bytes(L"PAF_POSTZON.dat") + L" bytes, cannot be read"}) {
         EXPECT_NE(text.find(part), std::wstring::npos) << ::testing::PrintToString(part);
     }
     EXPECT_EQ(text.find(L"PAF_THOURGHFARE"), std::wstring::npos);

@@ -20,7 +20,6 @@ class UpdateApplier : public ::testing::Test, protected UpdateWorld {
   protected:
     // Applies the unpacked package; the error's words when it fails.
     std::string Apply(const std::wstring& name, wchar_t kind) {
-        support::WriteFileBytes(folder.File(name), "in memory");
         localdata::Progress progress(platform);
         progress.SetCaption(L"Apply changes");
         try {
@@ -37,17 +36,17 @@ class UpdateApplier : public ::testing::Test, protected UpdateWorld {
 
 TEST_F(UpdateApplier, ReplacesWhatIsThereAddsWhatIsNotAndStampsTheDate) {
     AddFull(L"20240101");
-    AddUnpacked(L"UPDATE_F_20240131.dat", L'F', {L"AB1 1AB", L"ZZ9 9ZZ"});
+    AddUnpacked(L"UPDATE_F_20240131.dat", {L"AB1 1AB", L"ZZ9 9ZZ"});
     EXPECT_EQ(Apply(L"UPDATE_F_20240131.dat", L'F'), "");
     EXPECT_EQ(count, 2);
-    const auto& rows = Table(L"PAF_FULL.dat", L"PAF_FULLAddress").rows;
+    const auto rows = Rows(L"PAF_FULL.dat", L"PAF_FULLAddress");
     ASSERT_EQ(rows.size(), 4U);
     EXPECT_EQ(UpdateOf(L"PAF_FULL.dat", L"PAF_FULLAddress", L"AB1 1AA"), L"old");
     EXPECT_EQ(UpdateOf(L"PAF_FULL.dat", L"PAF_FULLAddress", L"AB1 1AB"), L"20240131");
     EXPECT_EQ(std::get<std::wstring>(rows[1][1]), L"FT_Address of AB1 1AB 20240131");
     EXPECT_EQ(UpdateOf(L"PAF_FULL.dat", L"PAF_FULLAddress", L"ZZ9 9ZZ"), L"20240131");
     EXPECT_EQ(VersionOf(L"PAF_FULL.dat"), L"20240131");
-    EXPECT_EQ(std::get<std::wstring>(Table(L"PAF_FULL.dat", L"Version").rows[0][1]), L"Format 2");
+    EXPECT_EQ(std::get<std::wstring>(Rows(L"PAF_FULL.dat", L"Version")[0][1]), L"Format 2");
     EXPECT_THAT(ActivityLines(), ElementsAre(L"Data files contains 2 records"));
     EXPECT_EQ(Stage(), L"Update:UpdateData:Stage 8");
     EXPECT_EQ(databases.openConnections + databases.openRecordsets, 0);
@@ -56,7 +55,7 @@ TEST_F(UpdateApplier, ReplacesWhatIsThereAddsWhatIsNotAndStampsTheDate) {
 // Every call in its order: the data access layer behind it answers to nothing else.
 TEST_F(UpdateApplier, MakesTheDocumentedCallsInOrder) {
     AddFull(L"20240101");
-    AddUnpacked(L"UPDATE_F_20240131.dat", L'F', {L"AB1 1AB", L"ZZ9 9ZZ"});
+    AddUnpacked(L"UPDATE_F_20240131.dat", {L"AB1 1AB", L"ZZ9 9ZZ"});
     ASSERT_EQ(Apply(L"UPDATE_F_20240131.dat", L'F'), "");
     const auto opened = [this](const wchar_t* name) {
         return L"Open " + localdata::ConnectionString(folder.File(name));
@@ -77,7 +76,7 @@ TEST_F(UpdateApplier, MakesTheDocumentedCallsInOrder) {
 
 TEST_F(UpdateApplier, SaysWhatItIsDoing) {
     AddFull(L"20240101");
-    AddUnpacked(L"UPDATE_F_20240131.dat", L'F', {L"AB1 1AB", L"ZZ9 9ZZ"});
+    AddUnpacked(L"UPDATE_F_20240131.dat", {L"AB1 1AB", L"ZZ9 9ZZ"});
     std::vector<std::wstring> stages;
     databases.onCall = [&](const std::wstring&) {
         if (stages.empty() || stages.back() != Stage()) stages.push_back(Stage());
@@ -101,36 +100,43 @@ TEST_F(UpdateApplier, SaysWhatItIsDoing) {
 
 TEST_F(UpdateApplier, CopiesEveryPostZonColumnAsItStands) {
     AddPostZon(L"20240101");
-    AddUnpacked(L"UPDATE_Z_20240131.dat", L'Z', {L"AB1 1AB", L"ZZ9 9ZZ"});
-    AdoTable& package = databases.FileAt(folder.File(L"UPDATE_Z_20240131.dat")).tables.at(L"PAF_POSTZON");
-    package.rows[0][5] = {};   // NULL stays NULL
-    package.rows[0][13] = 0.0; // and a point at zero stays there
+    AddUnpacked(L"UPDATE_Z_20240131.dat", {L"AB1 1AB", L"ZZ9 9ZZ"}, [](FileData& data) {
+        auto& row = data.tables.at(L"PAF_PostZon").rows[0];
+        row[5] = {};   // NULL stays NULL
+        row[13] = 0.0; // and a point at zero stays there
+    });
+    const auto package = Rows(L"UPDATE_Z_20240131.dat", L"PAF_PostZon");
     EXPECT_EQ(Apply(L"UPDATE_Z_20240131.dat", L'Z'), "");
-    const auto& rows = Table(L"PAF_POSTZON.dat", L"PAF_PostZon").rows;
+    const auto rows = Rows(L"PAF_POSTZON.dat", L"PAF_PostZon");
     ASSERT_EQ(rows.size(), 3U);
-    EXPECT_EQ(rows[1], package.rows[0]);
-    EXPECT_EQ(rows[2], package.rows[1]);
+    EXPECT_EQ(rows[1], package[0]);
+    EXPECT_EQ(rows[2], package[1]);
     EXPECT_THAT(databases.calls, ::testing::Contains(L"Find [PZ_Postcode]='AB1 1AB'"));
     EXPECT_EQ(VersionOf(L"PAF_POSTZON.dat"), L"20240131");
 }
 
 TEST_F(UpdateApplier, AddsEverythingToAnEmptyTableAndChangesOnlyTheFirstOfDuplicates) {
-    AddStreet(L"20240101").tables.at(L"PAF_STREETADDRESS").rows.clear();
-    AddUnpacked(L"UPDATE_T_20240131.dat", L'T', {L"AB1 1AB", L"AB1 1AB", L"ZZ9 9ZZ"});
+    AddStreet(L"20240101", [](FileData& data) { data.tables.at(L"PAF_StreetAddress").rows.clear(); });
+    AddUnpacked(L"UPDATE_T_20240131.dat", {L"AB1 1AB", L"AB1 1AB", L"ZZ9 9ZZ"});
     EXPECT_EQ(Apply(L"UPDATE_T_20240131.dat", L'T'), "");
     EXPECT_EQ(count, 3);
-    EXPECT_EQ(Table(L"PAF_THOURGHFARE.dat", L"PAF_StreetAddress").rows.size(), 2U) << "the second one found the first";
+    EXPECT_EQ(Rows(L"PAF_THOURGHFARE.dat", L"PAF_StreetAddress").size(), 2U) << "the second one found the first";
 
-    auto& rows = Table(L"PAF_THOURGHFARE.dat", L"PAF_StreetAddress").rows;
-    rows = {{L"AB1 1AB", L"first", L"old"}, {L"AB1 1AB", L"second", L"old"}};
-    AddUnpacked(L"UPDATE_T_20240229.dat", L'T', {L"AB1 1AB"});
+    AddStreet(L"20240101", [](FileData& data) {
+        data.tables.at(L"PAF_StreetAddress").rows = {{L"AB1 1AB", L"first", L"old"}, {L"AB1 1AB", L"second", L"old"}};
+    });
+    AddUnpacked(L"UPDATE_T_20240229.dat", {L"AB1 1AB"});
     EXPECT_EQ(Apply(L"UPDATE_T_20240229.dat", L'T'), "");
     EXPECT_EQ(UpdateOf(L"PAF_THOURGHFARE.dat", L"PAF_StreetAddress", L"AB1 1AB"), L"20240229,old");
 }
 
 TEST_F(UpdateApplier, AFailureNamesItsStageAndLeavesTheStampAndWhatWasMerged) {
-    AddFull(L"20240101").writesUntilFull = 1;
-    AddUnpacked(L"UPDATE_F_20240131.dat", L'F', {L"AB1 1AB", L"ZZ9 9ZZ", L"AB1 1AC"});
+    AddFull(L"20240101");
+    int writes = 0;
+    databases.onCall = [&writes](const std::wstring& call) {
+        if (call == L"UpdateBatch" && ++writes == 2) throw support::Error(support::kErrorDiskFull, L"The disk is full");
+    };
+    AddUnpacked(L"UPDATE_F_20240131.dat", {L"AB1 1AB", L"ZZ9 9ZZ", L"AB1 1AC"});
     EXPECT_THAT(Apply(L"UPDATE_F_20240131.dat", L'F'), HasSubstr("disk is full"));
     EXPECT_EQ(Stage(), L"Update:UpdateData:AddOrUpdateRecordAddress:Stage 4 ADD ZZ9 9ZZ");
     EXPECT_EQ(UpdateOf(L"PAF_FULL.dat", L"PAF_FULLAddress", L"AB1 1AB"), L"20240131");
@@ -143,33 +149,34 @@ TEST_F(UpdateApplier, AFailureNamesItsStageAndLeavesTheStampAndWhatWasMerged) {
 
 TEST_F(UpdateApplier, EveryKindOfBadPackageOrDataFileFails) {
     const std::wstring name = L"UPDATE_F_20240131.dat";
-    const auto outcome = [&](const std::function<void(AdoFile & data, AdoFile & package)>& spoil) {
-        AdoFile& data = AddFull(L"20240101");
-        AddUnpacked(name, L'F', {L"AB1 1AB"});
-        spoil(data, databases.FileAt(folder.File(name)));
+    const auto outcome = [&](const Spoil& spoilData, const Spoil& spoilPackage) {
+        AddFull(L"20240101", spoilData);
+        AddUnpacked(name, {L"AB1 1AB"}, spoilPackage);
         const std::string error = Apply(name, L'F');
-        // Where there is a stamp, it is the old one.
-        const auto version = data.tables.find(L"VERSION");
-        if (version != data.tables.end() && version->second.rows.size() > 1) {
-            EXPECT_EQ(std::get<std::wstring>(version->second.rows[1][1]), L"20240101") << error;
+        if (!spoilData) {
+            EXPECT_EQ(VersionOf(L"PAF_FULL.dat"), L"20240101") << error;
         }
         return error;
     };
-    EXPECT_THAT(outcome([](AdoFile&, AdoFile& p) { p.tables.at(L"PAF_FULLADDRESS").rows.clear(); }),
-                HasSubstr("no records"));
-    EXPECT_THAT(outcome([](AdoFile&, AdoFile& p) { p.password = L"other"; }), HasSubstr("password"));
-    EXPECT_THAT(outcome([](AdoFile&, AdoFile& p) { p.tables.clear(); }), HasSubstr("cannot find"));
-    EXPECT_THAT(outcome([](AdoFile&, AdoFile& p) { p.tables.at(L"PAF_FULLADDRESS").columns[2].name = L"X"; }),
-                HasSubstr("Item cannot be found"));
-    EXPECT_THAT(outcome([](AdoFile&, AdoFile& p) { p.tables.at(L"PAF_FULLADDRESS").rows[0][0] = {}; }),
-                HasSubstr("no postcode"));
-    EXPECT_THAT(outcome([](AdoFile&, AdoFile& p) { p.tables.at(L"PAF_FULLADDRESS").rows[0][0] = L"O'N 1AA"; }),
-                HasSubstr("Arguments"))
+    const auto package = [&](const std::function<void(TableData & table)>& spoil) {
+        return outcome({}, [&](FileData& data) { spoil(data.tables.at(L"PAF_FULLAddress")); });
+    };
+    const auto version = [&](const std::function<void(TableData & table)>& spoil) {
+        return outcome([&](FileData& data) { spoil(data.tables.at(L"Version")); }, {});
+    };
+    EXPECT_THAT(package([](TableData& table) { table.rows.clear(); }), HasSubstr("no records"));
+    EXPECT_THAT(outcome({}, [](FileData& data) { data.password = L"other"; }), HasSubstr("password"));
+    EXPECT_THAT(outcome({}, [](FileData& data) { data.tables.clear(); }), HasSubstr("has no table"));
+    EXPECT_THAT(package([](TableData& table) { table.columns[2].name = u"X"; }), HasSubstr("Item cannot be found"));
+    EXPECT_THAT(package([](TableData& table) { table.rows[0][0] = {}; }), HasSubstr("no postcode"));
+    EXPECT_THAT(package([](TableData& table) { table.rows[0][0] = L"O'N 1AA"; }), HasSubstr("yntax"))
         << "a quote is not escaped: the record is bad";
-    EXPECT_THAT(outcome([](AdoFile& d, AdoFile&) { d.lockedByAnother = true; }), HasSubstr("already in use"));
-    EXPECT_THAT(outcome([](AdoFile& d, AdoFile&) { d.tables.at(L"VERSION").rows.pop_back(); }), HasSubstr("row 2"));
-    EXPECT_THAT(outcome([](AdoFile& d, AdoFile&) { d.tables.at(L"VERSION").rows.clear(); }), HasSubstr("row 2"));
-    EXPECT_THAT(outcome([](AdoFile& d, AdoFile&) { d.tables.erase(L"VERSION"); }), HasSubstr("cannot find"));
+    EXPECT_THAT(version([](TableData& table) { table.rows.pop_back(); }), HasSubstr("row 2"));
+    EXPECT_THAT(version([](TableData& table) { table.rows.clear(); }), HasSubstr("row 2"));
+    EXPECT_THAT(outcome([](FileData& data) { data.tables.erase(L"Version"); }, {}), HasSubstr("has no table"));
+    AddFull(L"20240101");
+    const auto other = Hold(L"PAF_FULL.dat");
+    EXPECT_THAT(Apply(name, L'F'), HasSubstr("is in use"));
     EXPECT_EQ(databases.openConnections + databases.openRecordsets, 0);
 }
 
@@ -177,7 +184,7 @@ TEST_F(UpdateApplier, EveryKindOfBadPackageOrDataFileFails) {
 TEST_F(UpdateApplier, NothingIsTouchedForADateOrKindThatIsNone) {
     AddFull(L"20240101");
     for (const wchar_t* name : {L"UPDATE_F_20241301.dat", L"UPDATE_F_2024ABCD.dat", L"UPDATE_F_20230229.dat"}) {
-        AddUnpacked(name, L'F', {L"AB1 1AB"});
+        AddUnpacked(name, {L"AB1 1AB"});
         EXPECT_THAT(Apply(name, L'F'), HasSubstr("not a date"));
     }
     EXPECT_THAT(Apply(L"UPDATE_Q_20240131.dat", L'Q'), HasSubstr("no data of this kind"));

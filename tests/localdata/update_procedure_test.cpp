@@ -201,8 +201,7 @@ TEST_F(UpdateProcedure, PackagesOfAKindAreAppliedOldestFirst) {
 }
 
 TEST_F(UpdateProcedure, APackageThatFailsKeepsItsUnpackedFileAndIsCounted) {
-    AddPackage(L"UPDATE_F_20240131.zip", {L"AB1 1AB"});
-    databases.FileAt(folder.File(L"UPDATE_F_20240131.dat")).password = L"other";
+    AddPackage(L"UPDATE_F_20240131.zip", {L"AB1 1AB"}, [](FileData& data) { data.password = L"other"; });
     AddPackage(L"UPDATE_T_20240131.zip", {L"AB1 1AA"});
     support::WriteFileBytes(folder.File(L"UPDATE_Z_20240131.zip"), "damaged");
     EXPECT_FALSE(RunUnattended());
@@ -215,16 +214,16 @@ TEST_F(UpdateProcedure, APackageThatFailsKeepsItsUnpackedFileAndIsCounted) {
     EXPECT_FALSE(HasFile(L"UPDATE_F_20240131.zip"));
     EXPECT_FALSE(HasFile(L"UPDATE_Z_20240131.zip"));
     ASSERT_EQ(ErrorLines().size(), 2U);
-    EXPECT_EQ(ErrorLines()[0], L"Update:UpdateData:Stage 3 Opening update file with ADO|Error:|-2147217843|"
-                               L"Not a valid password.'|UPDATE_F_20240131.zip|Full PAF");
+    EXPECT_EQ(ErrorLines()[0], L"Update:UpdateData:Stage 3 Opening update file with ADO|Error:|-2147217843|" +
+                                   folder.File(L"UPDATE_F_20240131.dat") +
+                                   L": The database password is wrong'|UPDATE_F_20240131.zip|Full PAF");
     EXPECT_TRUE(ErrorLines()[1].starts_with(L"Update:Stage 10 unzip date file UPDATE_Z_20240131.zip|Error:|321|"
                                             L"The file is not a zip archive'"));
 }
 
 // An unpacked file that an earlier run left behind is not this package.
 TEST_F(UpdateProcedure, ADamagedPackageNeverAppliesAnOlderUnpackedFile) {
-    AddPackage(L"UPDATE_F_20240131.zip", {L"AB1 1AB"});
-    support::WriteFileBytes(folder.File(L"UPDATE_F_20240131.dat"), "in memory");
+    AddUnpacked(L"UPDATE_F_20240131.dat", {L"AB1 1AB"});
     support::WriteFileBytes(folder.File(L"UPDATE_F_20240131.zip"), "damaged");
     EXPECT_FALSE(RunUnattended());
     EXPECT_EQ(UpdateOf(L"PAF_FULL.dat", L"PAF_FULLAddress", L"AB1 1AB"), L"old");

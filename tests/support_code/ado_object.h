@@ -9,23 +9,13 @@ namespace quorvex::testing {
 
 using AdoArguments = std::vector<support::Variant>; // in written order, omitted ones at the end left out
 
-[[noreturn]] inline void Refuse(long number, const wchar_t* description) {
-    throw AdoRefusal{number, description};
-}
-[[noreturn]] inline void RefuseClosed() {
-    Refuse(3704, L"Operation is not allowed when the object is closed.");
-}
-[[noreturn]] inline void RefuseOpen() {
-    Refuse(3705, L"Operation is not allowed when the object is open.");
-}
 [[noreturn]] inline void RefuseArguments() {
-    Refuse(3001, L"Arguments are of the wrong type, are out of acceptable range, or are in conflict with one another.");
-}
-[[noreturn]] inline void RefuseItem() {
-    Refuse(3265, L"Item cannot be found in the collection corresponding to the requested name or ordinal.");
+    throw support::Error(
+        3001, L"Arguments are of the wrong type, are out of acceptable range, or are in conflict with one another.");
 }
 
-// A scriptable object made of a table of members. Derived is the class that holds the handlers.
+// A scriptable object made of a table of members. Derived is the class that holds the handlers, and Name(), by which
+// its calls are noted; without a name they are not.
 template <typename Derived>
 struct AdoMember {
     const wchar_t* name;
@@ -88,11 +78,23 @@ class AdoObject : public IDispatch {
   protected:
     ~AdoObject() { --world_.liveObjects; } // Release deletes the derived class itself
 
-    void Note(const std::wstring& call) { world_.calls.push_back(call); }
-
     AdoStandIn& world_;
 
   private:
+    // "Recordset.Find [ID]=2", "Connection.Mode = 8"; arguments that are objects are left out.
+    void Note(const AdoMember<Derived>& member, const AdoArguments& arguments) {
+        const std::wstring name = static_cast<Derived*>(this)->Name();
+        if (name.empty()) return;
+        std::wstring call = name + L"." + member.name;
+        const wchar_t* separator = member.kind == DISPATCH_PROPERTYPUT ? L" = " : L" ";
+        for (const support::Variant& argument : arguments) {
+            if (argument.Type() == VT_DISPATCH) continue;
+            call += separator + (argument.IsNull() ? L"Null" : argument.Text());
+            separator = L"|";
+        }
+        world_.calls.push_back(call);
+    }
+
     HRESULT Run(const AdoMember<Derived>& member, const DISPPARAMS& parameters, VARIANT* result, EXCEPINFO* exception) {
         AdoArguments arguments;
         for (UINT i = parameters.cArgs; i > 0; --i) {
@@ -103,18 +105,17 @@ class AdoObject : public IDispatch {
         while (!arguments.empty() && arguments.back().Type() == VT_ERROR) arguments.pop_back();
         if (arguments.size() < member.least || arguments.size() > member.most) return DISP_E_BADPARAMCOUNT;
         try {
+            Note(member, arguments);
             support::Variant answer = (static_cast<Derived*>(this)->*member.run)(arguments);
             return result == nullptr ? S_OK : VariantCopy(result, const_cast<VARIANT*>(&answer.Get()));
-        } catch (const AdoRefusal& refusal) {
+        } catch (const support::Error& refusal) {
             if (exception != nullptr) {
-                exception->scode =
-                    refusal.number < 0 ? refusal.number : MAKE_SCODE(SEVERITY_ERROR, FACILITY_CONTROL, refusal.number);
+                const long number = refusal.Number();
+                exception->scode = number < 0 ? number : MAKE_SCODE(SEVERITY_ERROR, FACILITY_CONTROL, number);
                 exception->bstrSource = SysAllocString(L"ADODB");
-                exception->bstrDescription = SysAllocString(refusal.description.c_str());
+                exception->bstrDescription = SysAllocString(refusal.Description().c_str());
             }
             return DISP_E_EXCEPTION;
-        } catch (const support::Error&) {
-            return DISP_E_TYPEMISMATCH;
         }
     }
 

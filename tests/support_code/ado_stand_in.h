@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support_code/ado_data.h"
+#include "support_code/strict_database.h"
 
 #include <set>
 #include <string>
@@ -14,16 +14,16 @@ namespace quorvex::testing {
 class AdoConnectionObject;
 
 // Stands in for the installed data access layer: while it lives, "ADODB.Connection", "ADODB.Recordset" and the
-// provider's class are objects of this one in the apartment of the thread that made it. They answer from files in
-// memory, note every call, and refuse what the real ones refuse, with the same numbers.
+// provider's class are objects of this one in the apartment of the thread that made it. They answer from real data
+// files, note every call, and refuse what the real ones refuse, with the same numbers.
 class AdoStandIn {
   public:
-    explicit AdoStandIn(AdoFiles contents = {});
+    AdoStandIn();
     AdoStandIn(const AdoStandIn&) = delete;
     AdoStandIn& operator=(const AdoStandIn&) = delete;
     ~AdoStandIn();
 
-    AdoFiles files;
+    StrictDatabases databases;
     // "Connection.Mode = 8", "Recordset.Open SELECT ...", in order. Reading and writing of values is noted, too.
     std::vector<std::wstring> calls;
     int liveObjects = 0;

@@ -45,7 +45,7 @@ class Factory final : public IClassFactory {
 
 } // namespace
 
-AdoStandIn::AdoStandIn(AdoFiles contents) : files(std::move(contents)) {
+AdoStandIn::AdoStandIn() {
     initialised_ = SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     Register(L"ADODB.Connection", new Factory<AdoConnectionObject>(*this));
     Register(L"ADODB.Recordset", new Factory<AdoRecordsetObject>(*this));

@@ -1,5 +1,7 @@
 #include "support_code/update_world.h"
 
+#include "localdata/connection_string.h"
+#include "localdata/jet_translation.h"
 #include "support/files.h"
 #include "support/process_state.h"
 #include "support/text.h"
@@ -10,55 +12,56 @@ namespace {
 
 constexpr std::size_t kFixedLogColumns = 4; // time, title, computer, user
 
-const std::vector<AdoColumn>& AddressColumns() {
-    static const std::vector<AdoColumn> columns = {{L"FT_Postcode"}, {L"FT_Address"}, {L"FT_Update"}};
-    return columns;
+using localdata::Value;
+using localdata::jet::ColumnSpec;
+using localdata::jet::ColumnType;
+
+constexpr std::size_t kKindPosition = 7;
+constexpr std::size_t kDatePosition = 9;
+constexpr std::size_t kDateLength = 8;
+
+std::vector<ColumnSpec> AddressColumns() {
+    return {{.name = u"FT_Postcode", .length = 10},
+            {.name = u"FT_Address", .type = ColumnType::kMemo},
+            {.name = u"FT_Update", .length = 10}};
 }
 
-const std::vector<AdoColumn>& PostZonColumns() {
-    static const std::vector<AdoColumn> columns = {{L"PZ_Postcode"},
-                                                   {L"PZ_IntroductionDate"},
-                                                   {L"PZ_GridRefEast"},
-                                                   {L"PZ_GridRefNorth"},
-                                                   {L"PZ_County"},
-                                                   {L"PZ_District"},
-                                                   {L"PZ_Ward"},
-                                                   {L"PZ_UserType"},
-                                                   {L"PZ_GridStatus"},
-                                                   {L"PZ_Country"},
-                                                   {L"PZ_WardStatus"},
-                                                   {L"PZ_NHS_Code"},
-                                                   {L"PZ_NHS_Region"},
-                                                   {L"PZ_Lat", ColumnType::Double},
-                                                   {L"PZ_Long", ColumnType::Double},
-                                                   {L"PZ_OSRef"},
-                                                   {L"PZ_Update"}};
+std::vector<ColumnSpec> PostZonColumns() {
+    std::vector<ColumnSpec> columns;
+    for (const char16_t* name :
+         {u"PZ_Postcode", u"PZ_IntroductionDate", u"PZ_GridRefEast", u"PZ_GridRefNorth", u"PZ_County", u"PZ_District",
+          u"PZ_Ward", u"PZ_UserType", u"PZ_GridStatus", u"PZ_Country", u"PZ_WardStatus", u"PZ_NHS_Code",
+          u"PZ_NHS_Region", u"PZ_Lat", u"PZ_Long", u"PZ_OSRef", u"PZ_Update"}) {
+        columns.push_back({.name = name, .length = 50});
+    }
+    columns[13].type = columns[14].type = ColumnType::kDouble;
     return columns;
 }
 
 // A row whose every column says which row and column it is; the last one is the update column.
-AdoRow RowFor(const std::vector<AdoColumn>& columns, const std::wstring& postcode, const std::wstring& update) {
-    AdoRow row{postcode};
+std::vector<Value> RowFor(const std::vector<ColumnSpec>& columns, const std::wstring& postcode,
+                          const std::wstring& update) {
+    std::vector<Value> row{postcode};
     for (std::size_t i = 1; i + 1 < columns.size(); ++i) {
-        if (columns[i].type == ColumnType::Double) {
+        if (columns[i].type == ColumnType::kDouble) {
             row.emplace_back(static_cast<double>(i) + 0.25);
         } else {
-            row.emplace_back(columns[i].name + L" of " + postcode + L" " + update);
+            row.emplace_back(localdata::FromUtf16(columns[i].name) + L" of " + postcode + L" " + update);
         }
     }
     row.emplace_back(update);
     return row;
 }
 
-void AddRows(AdoFile& file, const std::wstring& table, const std::vector<AdoColumn>& columns,
-             const std::vector<std::wstring>& postcodes, const std::wstring& update) {
-    AdoTable& added = file.Add(table, columns);
-    for (const std::wstring& postcode : postcodes) added.rows.push_back(RowFor(columns, postcode, update));
-}
-
-void AddVersion(AdoFile& file, const std::wstring& date) {
-    AdoTable& version = file.Add(L"Version", {{L"ID", ColumnType::Long}, {L"Text", ColumnType::Text}});
-    version.rows = {{1, L"Format 2"}, {2, date}};
+FileData RecordsFor(wchar_t kind, const std::vector<std::wstring>& postcodes, const std::wstring& update) {
+    const wchar_t* const name = kind == L'Z'   ? L"PAF_PostZon"
+                                : kind == L'T' ? L"PAF_StreetAddress"
+                                               : L"PAF_FULLAddress";
+    FileData data;
+    TableData& table = data.tables[name];
+    table.columns = kind == L'Z' ? PostZonColumns() : AddressColumns();
+    for (const std::wstring& postcode : postcodes) table.rows.push_back(RowFor(table.columns, postcode, update));
+    return data;
 }
 
 std::vector<std::wstring> LogLines(const std::wstring& log) {
@@ -86,61 +89,69 @@ UpdateWorld::~UpdateWorld() {
     support::Process() = {};
 }
 
-AdoFile& UpdateWorld::AddFull(const std::wstring& date) {
-    AdoFile& file = databases.AddFile(folder.File(L"PAF_FULL.dat"));
-    AddRows(file, L"PAF_FULLAddress", AddressColumns(), {L"AB1 1AA", L"AB1 1AB", L"AB1 1AC"}, L"old");
-    AddVersion(file, date);
-    return file;
+void UpdateWorld::AddData(const wchar_t* fileName, FileData data, const std::wstring& date, const Spoil& spoil) {
+    data.tables[L"Version"] = {{{.name = u"ID", .type = ColumnType::kLong}, {.name = u"Text"}},
+                               {{1, L"Format 2"}, {2, date}}};
+    if (spoil) spoil(data);
+    WriteJetFile(folder.File(fileName), data);
 }
 
-AdoFile& UpdateWorld::AddStreet(const std::wstring& date) {
-    AdoFile& file = databases.AddFile(folder.File(L"PAF_THOURGHFARE.dat"));
-    AddRows(file, L"PAF_StreetAddress", AddressColumns(), {L"AB1 1AA"}, L"old");
-    AddVersion(file, date);
-    return file;
+void UpdateWorld::AddFull(const std::wstring& date, const Spoil& spoil) {
+    AddData(L"PAF_FULL.dat", RecordsFor(L'F', {L"AB1 1AA", L"AB1 1AB", L"AB1 1AC"}, L"old"), date, spoil);
 }
 
-AdoFile& UpdateWorld::AddPostZon(const std::wstring& date) {
-    AdoFile& file = databases.AddFile(folder.File(L"PAF_POSTZON.dat"));
-    AddRows(file, L"PAF_PostZon", PostZonColumns(), {L"AB1 1AA", L"AB1 1AB"}, L"old");
-    AddVersion(file, date);
-    return file;
+void UpdateWorld::AddStreet(const std::wstring& date, const Spoil& spoil) {
+    AddData(L"PAF_THOURGHFARE.dat", RecordsFor(L'T', {L"AB1 1AA"}, L"old"), date, spoil);
 }
 
-void UpdateWorld::AddUnpacked(const std::wstring& name, wchar_t kind, const std::vector<std::wstring>& postcodes) {
-    AdoFile file;
-    const std::wstring date = name.substr(9, 8);
-    if (kind == L'Z') {
-        AddRows(file, L"PAF_PostZon", PostZonColumns(), postcodes, date);
-    } else {
-        AddRows(file, kind == L'T' ? L"PAF_StreetAddress" : L"PAF_FULLAddress", AddressColumns(), postcodes, date);
-    }
-    databases.files[support::UpperCase(folder.File(name))] = file;
+void UpdateWorld::AddPostZon(const std::wstring& date, const Spoil& spoil) {
+    AddData(L"PAF_POSTZON.dat", RecordsFor(L'Z', {L"AB1 1AA", L"AB1 1AB"}, L"old"), date, spoil);
 }
 
-void UpdateWorld::AddPackage(const std::wstring& name, const std::vector<std::wstring>& postcodes) {
+void UpdateWorld::AddUnpacked(const std::wstring& name, const std::vector<std::wstring>& postcodes,
+                              const Spoil& spoil) {
+    const std::wstring date = name.size() > kDatePosition ? name.substr(kDatePosition, kDateLength) : std::wstring();
+    FileData data = RecordsFor(name.at(kKindPosition), postcodes, date);
+    if (spoil) spoil(data);
+    WriteJetFile(folder.File(name), data);
+}
+
+void UpdateWorld::AddPackage(const std::wstring& name, const std::vector<std::wstring>& postcodes, const Spoil& spoil) {
     const std::wstring unpacked = name.substr(0, name.size() - 4) + L".dat";
-    AddUnpacked(unpacked, name.at(7), postcodes);
+    AddUnpacked(unpacked, postcodes, spoil);
     ZipBuilder zip;
-    zip.Add(support::ToUtf8(unpacked), "in memory");
+    zip.Add(support::ToUtf8(unpacked), support::ReadFileBytes(folder.File(unpacked)));
     support::WriteFileBytes(folder.File(name), zip.Bytes());
+    support::DeleteFileQuietly(folder.File(unpacked));
 }
 
-AdoTable& UpdateWorld::Table(const std::wstring& fileName, const std::wstring& table) {
-    return databases.FileAt(folder.File(fileName)).tables.at(support::UpperCase(table));
+std::vector<std::vector<Value>> UpdateWorld::Rows(const std::wstring& fileName, const std::wstring& table) const {
+    return ReadJetRows(folder.File(fileName), table);
 }
 
-std::wstring UpdateWorld::VersionOf(const std::wstring& fileName) {
-    return std::get<std::wstring>(Table(fileName, L"Version").rows.at(1).at(1));
+std::wstring UpdateWorld::VersionOf(const std::wstring& fileName) const {
+    return std::get<std::wstring>(Rows(fileName, L"Version").at(1).at(1));
 }
 
-std::wstring UpdateWorld::UpdateOf(const std::wstring& fileName, const std::wstring& table, const std::wstring& key) {
+std::wstring UpdateWorld::UpdateOf(const std::wstring& fileName, const std::wstring& table,
+                                   const std::wstring& key) const {
     std::wstring found;
-    for (const AdoRow& row : Table(fileName, table).rows) {
+    for (const std::vector<Value>& row : Rows(fileName, table)) {
         if (std::get<std::wstring>(row.front()) != key) continue;
         found += (found.empty() ? L"" : L",") + std::get<std::wstring>(row.back());
     }
     return found;
+}
+
+std::unique_ptr<localdata::Connection> UpdateWorld::Hold(const std::wstring& fileName) {
+    localdata::JetProvider engine;
+    auto connection = engine.CreateConnection();
+    connection->Open(localdata::ConnectionString(folder.File(fileName)), L"admin", {});
+    const auto writer = engine.CreateRecordset();
+    writer->SetLockType(localdata::LockType::Optimistic);
+    writer->Open(L"SELECT * From [Version]", *connection);
+    writer->Close();
+    return connection;
 }
 
 bool UpdateWorld::HasFile(const std::wstring& name) const {

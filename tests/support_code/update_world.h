@@ -1,34 +1,42 @@
 #pragma once
 
 #include "lookup/quorvex.h"
-#include "support_code/memory_database.h"
+#include "support_code/jet_file.h"
+#include "support_code/strict_database.h"
 #include "support_code/temp_folder.h"
 #include "support_code/update_platform.h"
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace quorvex::testing {
 
-// A data folder with small data files in memory, and packages for it.
+// A data folder with small data files, and packages for it.
 class UpdateWorld {
   public:
+    using Spoil = std::function<void(FileData& data)>;
+
     UpdateWorld();
     ~UpdateWorld();
 
-    // Data files of a few records; the date is that of their version row.
-    AdoFile& AddFull(const std::wstring& date);
-    AdoFile& AddStreet(const std::wstring& date);
-    AdoFile& AddPostZon(const std::wstring& date);
-    // The unpacked form of a package, with these postcodes and the package's date in the update column.
-    void AddUnpacked(const std::wstring& name, wchar_t kind, const std::vector<std::wstring>& postcodes);
-    // A zip of that name in the folder that unpacks to a file under which the database in memory lies.
-    void AddPackage(const std::wstring& name, const std::vector<std::wstring>& postcodes);
+    // Data files of a few records, changed by "spoil" before they are written; the date is that of their version row.
+    void AddFull(const std::wstring& date, const Spoil& spoil = {});
+    void AddStreet(const std::wstring& date, const Spoil& spoil = {});
+    void AddPostZon(const std::wstring& date, const Spoil& spoil = {});
+    // The unpacked form of a package, with these postcodes and the package's date in the update column; the kind is
+    // read from its name.
+    void AddUnpacked(const std::wstring& name, const std::vector<std::wstring>& postcodes, const Spoil& spoil = {});
+    // A zip of that name in the folder that holds the unpacked form.
+    void AddPackage(const std::wstring& name, const std::vector<std::wstring>& postcodes, const Spoil& spoil = {});
 
-    AdoTable& Table(const std::wstring& fileName, const std::wstring& table);
-    std::wstring VersionOf(const std::wstring& fileName);
-    // The third column ("update") of the row with this key, all rows' values joined by commas when several have it.
-    std::wstring UpdateOf(const std::wstring& fileName, const std::wstring& table, const std::wstring& key);
+    std::vector<std::vector<localdata::Value>> Rows(const std::wstring& fileName, const std::wstring& table) const;
+    std::wstring VersionOf(const std::wstring& fileName) const;
+    // The last column ("update") of the row with this key, all rows' values joined by commas when several have it.
+    std::wstring UpdateOf(const std::wstring& fileName, const std::wstring& table, const std::wstring& key) const;
+    // Another program that has the file open until the result is gone.
+    std::unique_ptr<localdata::Connection> Hold(const std::wstring& fileName);
 
     bool HasFile(const std::wstring& name) const;
     // Message and extras of each line of the activity log, empty extras dropped, joined by bars.
@@ -38,9 +46,12 @@ class UpdateWorld {
     std::vector<std::wstring> MessageTexts() const;
 
     TempFolder folder;
-    MemoryDatabases databases;
+    StrictDatabases databases;
     UpdatePlatform platform;
     lookup::Quorvex object{platform};
+
+  private:
+    void AddData(const wchar_t* fileName, FileData data, const std::wstring& date, const Spoil& spoil);
 };
 
 } // namespace quorvex::testing

@@ -38,8 +38,9 @@ TEST(MessageForm, TheMessageStandsAboveTheTopmostWindowOfAnother) {
     HWND foreign = nullptr;
     std::atomic<bool> end{false};
     HostThread other([&] {
-        foreign = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"In the way", WS_POPUP | WS_VISIBLE, 0, 0, 1600, 1200,
-                                  nullptr, nullptr, nullptr, nullptr);
+        foreign = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"In the way", WS_POPUP | WS_VISIBLE, 0, 0,
+                                  GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), nullptr, nullptr,
+                                  nullptr, nullptr);
         SetForegroundWindow(foreign);
         while (!end) {
             support::PumpPendingMessages();
@@ -76,6 +77,23 @@ TEST(MessageForm, AHostWindowIsDisabledDuringTheMessageAndEnabledAfterIt) {
     ClickId(box, IDOK);
     ASSERT_TRUE(host.WaitDone());
     EXPECT_TRUE(enabledAfter);
+}
+
+TEST(MessageForm, ATextOfAnySizeLeavesItsButtonOnTheScreen) {
+    DialogPlatform platform;
+    std::wstring lines;
+    while (lines.size() < 1000000) lines += L"An error page of a server.\r\n";
+    for (const std::wstring& text : {lines, std::wstring(1000000, L'x')}) {
+        HostThread host([&] { TopMostMessageBox(platform, text, MB_OK, L"Long"); });
+        const HWND box = WaitForWindow(L"Long");
+        RECT place{};
+        GetWindowRect(box, &place);
+        EXPECT_LE(place.bottom, GetSystemMetrics(SM_CYSCREEN));
+        EXPECT_GT(TextOf(GetDlgItem(box, 0xFFFF)).size(), 500U);
+        ClickId(box, IDOK);
+        ASSERT_TRUE(host.WaitDone());
+        EXPECT_TRUE(WaitGone(L"Long"));
+    }
 }
 
 TEST(MessageForm, InputModeGivesTheTypedTextOrNothing) {

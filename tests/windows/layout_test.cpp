@@ -175,7 +175,7 @@ TEST_P(LayoutTest, StatusWindows) {
     end = true;
 }
 
-INSTANTIATE_TEST_SUITE_P(Dpi, LayoutTest, ::testing::Values(96, 120, 144, 192));
+INSTANTIATE_TEST_SUITE_P(Dpi, LayoutTest, ::testing::Values(96, 120, 144, 192, 288));
 
 } // namespace
 } // namespace quorvex::testing
