@@ -16,25 +16,9 @@ void Copy(const std::wstring& from, const std::wstring& to) {
                                std::filesystem::copy_options::overwrite_existing);
 }
 
-const std::vector<std::wstring>& PostZonColumns() {
-    static const std::vector<std::wstring> columns = {L"PZ_IntroductionDate",
-                                                      L"PZ_GridRefEast",
-                                                      L"PZ_GridRefNorth",
-                                                      L"PZ_County",
-                                                      L"PZ_District",
-                                                      L"PZ_Ward",
-                                                      L"PZ_UserType",
-                                                      L"PZ_GridStatus",
-                                                      L"PZ_Country",
-                                                      L"PZ_WardStatus",
-                                                      L"PZ_NHS_Code",
-                                                      L"PZ_NHS_Region",
-                                                      L"PZ_Lat",
-                                                      L"PZ_Long",
-                                                      L"PZ_OSRef",
-                                                      L"PZ_Update"};
-    return columns;
-}
+constexpr wchar_t kPostZonColumns[] =
+    L"PZ_IntroductionDate, PZ_GridRefEast, PZ_GridRefNorth, PZ_County, PZ_District, PZ_Ward, PZ_UserType, "
+    L"PZ_GridStatus, PZ_Country, PZ_WardStatus, PZ_NHS_Code, PZ_NHS_Region, PZ_Lat, PZ_Long, PZ_OSRef, PZ_Update";
 
 // Calls visit(reader) on every row.
 template <typename Visitor>
@@ -85,10 +69,11 @@ SampleRows AddressRows(const std::wstring& file, const std::wstring& table) {
 }
 
 SampleRows PostZonRows(const std::wstring& file) {
+    const std::vector<std::wstring> columns = Items(kPostZonColumns);
     SampleRows rows;
-    ForEachRow(file, L"PAF_PostZon", [&rows](localdata::RowReader& row) {
+    ForEachRow(file, L"PAF_PostZon", [&](localdata::RowReader& row) {
         std::vector<std::wstring> values;
-        for (const std::wstring& column : PostZonColumns()) values.push_back(row.Text(column));
+        for (const std::wstring& column : columns) values.push_back(row.Text(column));
         AddOnce(rows, row.Text(L"PZ_Postcode"), std::move(values));
     });
     return rows;
