@@ -81,18 +81,6 @@ TEST_F(Settings, TheDataPathIsSharedAndChoosesTheMode) {
     EXPECT_TRUE(object.LocalMode());
 }
 
-TEST_F(Settings, AnEmptyServiceAddressRestoresTheDefault) {
-    const std::wstring builtIn = object.EnsureServerURL();
-    EXPECT_TRUE(builtIn.starts_with(L"http://"));
-    EXPECT_FALSE(builtIn.ends_with(L"/"));
-    object.SetServiceURL(L"http://other");
-    EXPECT_EQ(object.EnsureServerURL(), L"http://other");
-    object.SetServiceURL(L"");
-    EXPECT_EQ(object.ServerURL, L"");
-    EXPECT_EQ(object.EnsureServerURL(), builtIn);
-    EXPECT_EQ(object.ServerURL, builtIn);
-}
-
 // An internal key in local mode is logged under the name that the host set, in whichever order it set them.
 TEST_F(Settings, TheOverrideNameIsForInternalKeysInLocalMode) {
     object.LMSetOverideComputerName(L"till 4");
@@ -109,10 +97,6 @@ TEST_F(Settings, TheOverrideNameIsForInternalKeysInLocalMode) {
     object.LMSetDataPath(L"C:\\data");
     object.SetDataKey(L"W1");
     EXPECT_EQ(platform.logUserName, L"");
-}
-
-TEST_F(Settings, TheVersionHasThreeNumbers) {
-    EXPECT_EQ(GetVersion(), L"2.4.0");
 }
 
 } // namespace

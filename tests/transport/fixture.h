@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support_code/after.h"
 #include "support_code/fake_platform.h"
 #include "support_code/temp_folder.h"
 #include "web/transport_win.h"
@@ -49,8 +50,8 @@ double Milliseconds(Action action) {
 // Each test in a current directory of its own, empty and gone afterwards: the proxy file is looked for there.
 class TransportTest : public ::testing::Test {
   protected:
-    TransportTest();
-    ~TransportTest() override;
+    TransportTest() { std::filesystem::current_path(folder_.Path()); }
+    ~TransportTest() override { std::filesystem::current_path(before_); }
 
     std::wstring Path(const std::wstring& name) const { return folder_.File(name); }
     std::wstring Get(const std::wstring& url, double limit = kLongLimit) { return transport_.GetURL(url, limit); }
@@ -60,25 +61,7 @@ class TransportTest : public ::testing::Test {
 
   private:
     const TempFolder folder_;
-    const std::filesystem::path before_;
-};
-
-// Calls the action from the thread's message loop after some milliseconds, once.
-class After {
-  public:
-    After(unsigned milliseconds, std::function<void()> action);
-    ~After();
-    After(const After&) = delete;
-    After& operator=(const After&) = delete;
-
-    bool Fired() const { return fired_; }
-
-  private:
-    static void CALLBACK OnTimer(HWND, UINT, UINT_PTR id, DWORD);
-
-    std::function<void()> action_;
-    UINT_PTR id_;
-    bool fired_ = false;
+    const std::filesystem::path before_ = std::filesystem::current_path();
 };
 
 } // namespace quorvex::testing

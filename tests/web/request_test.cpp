@@ -22,25 +22,6 @@ class Web : public ::testing::Test {
     lookup::Quorvex object{platform};
 };
 
-TEST_F(Web, AddressesAreBuiltAsTheServiceExpectsThem) {
-    const AdvancedCriteria criteria{L"A & B", L"1", L"High St", L"March", L"Cambs", L"PE"};
-    EXPECT_EQ(SearchForAddressUrl(object, L"PE13 2QL"),
-              L"http://s/xmlservice/SearchForAddress.aspx?datakey=W1&2&postcode=PE13 2QL&COM=1");
-    EXPECT_EQ(SearchForAddressAdvUrl(object, criteria),
-              L"http://s/xmlservice/SearchForAddressAdv.aspx?datakey=W1&2&COM=1&company=A & B&house=1&street=High St"
-              L"&town=March&county=Cambs&postcodearea=PE");
-    EXPECT_EQ(SearchForThoroughfareAddressUrl(object, L"x\u00e9%"),
-              L"http://s/xmlservice/SearchForThoroughfareAddress.aspx?datakey=W1&2&postcode=x\u00e9%&COM=1");
-    EXPECT_EQ(GetAddressRecordUrl(object, L"PE132QL_1_F"),
-              L"http://s/xmlservice/GetAddressRecord.aspx?datakey=W1&2&id=PE132QL_1_F&COM=1");
-    EXPECT_EQ(SearchForPostZonDataUrl(object, L"AB1 3CD"),
-              L"http://s/xmlservice/SearchForPostZonData.aspx?datakey=W1&2&postcode=AB1 3CD&COM=1");
-    EXPECT_EQ(GetUrlforPrefuredMapUrl(object, L"PE13 2QL", L"Street"),
-              L"http://s/xmlservice/GetUrlforPrefuredMap.aspx?postcode=PE13 2QL&zoomlevel=Street&COM=1");
-    EXPECT_EQ(GetLookupsUrl(object), L"http://s/XMLService/GetLookups.aspx?datatype=1");
-    EXPECT_EQ(UpdateDataListUrl(object, L"1", L"", L"3"), L"http://s/xmlservice/UpdateDataList.aspx?f=1&t=&z=3");
-}
-
 TEST_F(Web, InternalKeysNameTheComputer) {
     object.SetDataKey(L"i5");
     object.LMSetOverideComputerName(L"not sent");
@@ -52,6 +33,7 @@ TEST_F(Web, InternalKeysNameTheComputer) {
     EXPECT_TRUE(
         SearchForPostZonDataUrl(object, L"x").ends_with(L"&postcode=x&COM=1&username=COUNTER-1&homepostcode=pe13 2ql"));
     EXPECT_TRUE(GetUrlforPrefuredMapUrl(object, L"x", L"y").ends_with(L"&COM=1"));
+    EXPECT_EQ(UpdateDataListUrl(object, L"1", L"", L"3"), L"http://s/xmlservice/UpdateDataList.aspx?f=1&t=&z=3");
 }
 
 TEST_F(Web, EachAddressFillsInTheDefaultService) {
@@ -116,51 +98,6 @@ TEST_F(Web, TheHeaderFillsTheProperties) {
     EXPECT_FALSE(object.General_confirm) << "not trimmed";
     EXPECT_FALSE(object.General_credits_display_showbutton);
     EXPECT_EQ(object.General_errormessage, L"") << "nothing of the earlier reply stays";
-}
-
-TEST_F(Web, EveryElementReachesItsProperty) {
-    const std::pair<const wchar_t*, std::wstring lookup::Quorvex::*> elements[] = {
-        {L"id", &lookup::Quorvex::Address_Id},
-        {L"organisation", &lookup::Quorvex::Address_Organisation},
-        {L"line1", &lookup::Quorvex::Address_Line1},
-        {L"line2", &lookup::Quorvex::Address_Line2},
-        {L"line3", &lookup::Quorvex::Address_Line3},
-        {L"town", &lookup::Quorvex::Address_Town},
-        {L"county", &lookup::Quorvex::Address_County},
-        {L"postcode", &lookup::Quorvex::Address_Postcode},
-        {L"country", &lookup::Quorvex::Address_Country},
-        {L"deliverypointsuffix", &lookup::Quorvex::Address_Deliverypointsuffix},
-        {L"nohouseholds", &lookup::Quorvex::Address_NoHouseHolds},
-        {L"smallorg", &lookup::Quorvex::Address_Smallorg},
-        {L"pz_mailsort", &lookup::Quorvex::Address_Mailsort},
-        {L"spare", &lookup::Quorvex::Address_Spare},
-        {L"pz_postcode", &lookup::Quorvex::PostZon_postcode},
-        {L"pz_introductiondate", &lookup::Quorvex::PostZon_IntroductionDate},
-        {L"pz_gridrefeast", &lookup::Quorvex::PostZon_Gridrefeast},
-        {L"pz_gridrefnorth", &lookup::Quorvex::PostZon_Gridrefnorth},
-        {L"pz_county", &lookup::Quorvex::PostZon_County},
-        {L"pz_district", &lookup::Quorvex::PostZon_District},
-        {L"pz_ward", &lookup::Quorvex::PostZon_Ward},
-        {L"pz_usertype", &lookup::Quorvex::PostZon_Usertype},
-        {L"pz_gridstatus", &lookup::Quorvex::PostZon_Gridstatus},
-        {L"pz_country", &lookup::Quorvex::PostZon_Country},
-        {L"pz_wardstatus", &lookup::Quorvex::PostZon_Wardstatus},
-        {L"pz_nhs_code", &lookup::Quorvex::PostZon_NHS_code},
-        {L"pz_nhs_region", &lookup::Quorvex::PostZon_NHS_region},
-        {L"pz_latitude_wgs84", &lookup::Quorvex::PostZon_Latitude_wgs84},
-        {L"pz_longitude_wgs84", &lookup::Quorvex::PostZon_Longitude_wgs84},
-        {L"pz_osreference", &lookup::Quorvex::PostZon_OSreference},
-        {L"pz_geodistancetohomepostcode", &lookup::Quorvex::PostZon_DistanceToHomePostcode},
-    };
-    std::wstring reply = L"<confirm>YES</confirm>";
-    for (const auto& [name, property] : elements) {
-        reply += L"<" + std::wstring(name) + L"> value of " + name + L" </" + name + L">\r\n";
-    }
-    ReadReplyHeader(object, reply, true);
-    EXPECT_TRUE(object.General_confirm);
-    for (const auto& [name, property] : elements) EXPECT_EQ(object.*property, L"value of " + std::wstring(name));
-    ReadReplyHeader(object, L"<confirm>YES</confirm>", true);
-    EXPECT_EQ(object.Address_Line1, L"") << "nothing of the earlier reply stays";
 }
 
 TEST_F(Web, ARequiredRecordNeedsAPostcode) {
