@@ -85,6 +85,21 @@ std::vector<std::wstring> KeysInOrder(const std::wstring& file, const std::wstri
     return keys;
 }
 
+std::wstring RecordOf(const lookup::Quorvex& object) {
+    return object.PostZon_postcode + L"|" + object.Address_Id + L"|" + object.Address_Organisation + L"|" +
+           object.Address_Line1 + L"|" + object.Address_Line2 + L"|" + object.Address_Line3 + L"|" +
+           object.Address_Town + L"|" + object.Address_County + L"|" + object.Address_Postcode + L"|" +
+           object.Address_Country + L"|" + object.Address_Deliverypointsuffix + L"|" + object.Address_NoHouseHolds +
+           L"|" + object.Address_Smallorg + L"|" + object.Address_PoBox + L"|" + object.Address_Rawpostcode + L"|" +
+           object.Address_Mailsort + L"|" + object.Address_Unique + L"|" + object.Address_UDPRN + L"|" +
+           object.Address_Spare + L"|" + object.PostZon_IntroductionDate + L"|" + object.PostZon_Gridrefeast + L"|" +
+           object.PostZon_Gridrefnorth + L"|" + object.PostZon_County + L"|" + object.PostZon_District + L"|" +
+           object.PostZon_Ward + L"|" + object.PostZon_Usertype + L"|" + object.PostZon_Gridstatus + L"|" +
+           object.PostZon_Country + L"|" + object.PostZon_Wardstatus + L"|" + object.PostZon_NHS_code + L"|" +
+           object.PostZon_NHS_region + L"|" + object.PostZon_Latitude_wgs84 + L"|" + object.PostZon_Longitude_wgs84 +
+           L"|" + object.PostZon_OSreference + L"|" + object.PostZon_DistanceToHomePostcode;
+}
+
 std::string IntegrityErrors(const std::wstring& file) {
     namespace jet = localdata::jet;
     jet::Database database = jet::Database::Open(support::ToPath(file), u"lanternfox");
