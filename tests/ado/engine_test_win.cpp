@@ -6,7 +6,6 @@
 #include "support_code/sample_data.h"
 #include "support_code/temp_folder.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace quorvex::localdata::ado {
@@ -16,7 +15,6 @@ using quorvex::testing::AdoStandIn;
 using quorvex::testing::TempFolder;
 using support::Error;
 using support::Variant;
-using ::testing::ElementsAre;
 
 template <typename Call>
 long NumberThrownBy(const Call& call) {
@@ -55,23 +53,6 @@ class AdoEngine : public ::testing::Test {
     std::unique_ptr<Connection> connection;
     std::unique_ptr<Recordset> recordset;
 };
-
-TEST_F(AdoEngine, MakesTheDocumentedCallsInTheirOrder) {
-    Connect();
-    Ask(L"SELECT * From [PAF_FULLAddress] WHERE [FT_Postcode]='CR2 9AA';");
-    ASSERT_FALSE(recordset->AtEnd());
-    EXPECT_EQ(recordset->Field(L"FT_Postcode"), Value(L"CR2 9AA"));
-    recordset->MoveNext();
-    EXPECT_TRUE(recordset->AtEnd());
-    recordset->Close();
-    connection->Close();
-    EXPECT_THAT(ado.calls, ElementsAre(L"Connection.Mode = 8",
-                                       L"Connection.Open " + ConnectionStringTo(L"PAF_FULL.dat") + L"|admin|",
-                                       L"Recordset.CursorType = 3", L"Recordset.LockType = 1",
-                                       L"Recordset.Open SELECT * From [PAF_FULLAddress] WHERE [FT_Postcode]='CR2 9AA';",
-                                       L"Recordset.EOF", L"Recordset.Fields(FT_Postcode).Value", L"Recordset.MoveNext",
-                                       L"Recordset.EOF", L"Recordset.Close", L"Connection.Close"));
-}
 
 // Each call's refusal by the data access layer arrives with the number and the words that the layer gave.
 TEST_F(AdoEngine, PassesRefusalsOn) {

