@@ -125,13 +125,6 @@ TEST_F(CatalogueTest, TheLibraryNamesItselfAndItsClass) {
     ASSERT_EQ(info->GetContainingTypeLib(&containing, &index), S_OK);
     const Ptr<ITypeLib> library(containing);
 
-    TLIBATTR* attributes = nullptr;
-    ASSERT_EQ(library->GetLibAttr(&attributes), S_OK);
-    EXPECT_TRUE(IsEqualGUID(attributes->guid, LIBID_QuorvexLookup));
-    EXPECT_EQ(attributes->wMajorVerNum, 2);
-    EXPECT_EQ(attributes->wMinorVerNum, 4);
-    library->ReleaseTLibAttr(attributes);
-
     ASSERT_EQ(library->GetTypeInfoCount(), 2U);
     const std::pair<GUID, const wchar_t*> types[] = {{IID__Quorvex, L"_Quorvex"}, {CLSID_Quorvex, L"Quorvex"}};
     for (const auto& [id, name] : types) {

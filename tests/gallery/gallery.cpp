@@ -20,22 +20,6 @@ using namespace quorvex::dialogs;
 
 constexpr wchar_t kCaption[] = L"Find address";
 
-std::wstring Houses(const wchar_t* street, int from, int to) {
-    std::wstring records;
-    for (int n = from; n <= to; ++n) {
-        records += L"<record><id>ZZ99_" + std::to_wstring(n) + L"_F</id><line>" + std::to_wstring(n) + L" " + street +
-                   L"</line></record>";
-    }
-    return records;
-}
-
-std::wstring ListPage() {
-    return L"<x><confirm>Yes</confirm><credits_display_showbutton>1</credits_display_showbutton><recordcount>22</"
-           L"recordcount>"
-           L"<addressdata>" +
-           Houses(L"Victoria Road The East Side Demo Data Wisbech", 1, 22) + L"</addressdata></x>";
-}
-
 std::wstring TreePage() {
     std::wstring items;
     for (const wchar_t* street :
@@ -53,7 +37,9 @@ std::wstring Answer(const std::wstring& url) {
         return L"<x><LookupListVersion>1</LookupListVersion><A>AB,BA,CB,PE</A><T>Bath,Cambridge,Canterbury,Wisbech</T>"
                L"<O>Cambridgeshire,Kent,Somerset</O></x>";
     }
-    return url.find(L"Adv.aspx") != std::wstring::npos ? TreePage() : ListPage();
+    if (url.find(L"Adv.aspx") != std::wstring::npos) return TreePage();
+    return ListReply(22, L"<credits_display_showbutton>1</credits_display_showbutton>",
+                     L"Victoria Road The East Side Demo Data Wisbech");
 }
 
 void FillCriteria(HWND dialog) {
