@@ -45,6 +45,18 @@ int CautiousAnswer(int buttons) {
     }
 }
 
+// What fits a screen of a text that somebody else wrote, a server's error page for instance: a box as large as all of
+// it would have its button below the screen's edge.
+std::wstring Shown(const std::wstring& prompt) {
+    constexpr std::size_t kMostCharacters = 2000;
+    constexpr int kMostLines = 40;
+    std::size_t end = 0;
+    for (int lines = 1; end < prompt.size() && end < kMostCharacters; ++end) {
+        if (prompt[end] == L'\n' && ++lines > kMostLines) break;
+    }
+    return end == prompt.size() ? prompt : prompt.substr(0, end) + L"\x2026";
+}
+
 const std::wstring& TitleOrDefault(const std::wstring& title) {
     return title.empty() ? support::Process().messageTitle : title;
 }
@@ -108,8 +120,8 @@ void frmTopMessage::Activate() {
         return;
     }
     const BoxOnTop onTop;
-    pressedButton_ =
-        MessageBoxW(window_, Prompt.c_str(), Title.c_str(), static_cast<UINT>(Buttons) | MB_TOPMOST | MB_SETFOREGROUND);
+    pressedButton_ = MessageBoxW(window_, Shown(Prompt).c_str(), Title.c_str(),
+                                 static_cast<UINT>(Buttons) | MB_TOPMOST | MB_SETFOREGROUND);
 }
 
 } // namespace quorvex::dialogs

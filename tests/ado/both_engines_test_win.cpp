@@ -130,7 +130,7 @@ TEST_F(BothEngines, AnUpdateLeavesTheSameRecords) {
     EXPECT_EQ(*(find + 1), L"Recordset.EOF");
     std::vector<std::wstring> names;
     for (auto call = find + 2; call != calls.end() && names.size() < 5; ++call) {
-        names.push_back(call->substr(0, call->find(L" =")));
+        if (*call != L"Recordset.Fields") names.push_back(call->substr(0, call->find(L" =")));
     }
     EXPECT_THAT(names.at(0), ::testing::AnyOf(L"Recordset.Update", L"Recordset.AddNew"));
     names.erase(names.begin());

@@ -6,6 +6,7 @@
 #include "dialogs/address_form_win.h"
 #include "dialogs/progress_window_win.h"
 #include "dialogs/update_choice_win.h"
+#include "dialogs/zip_form_win.h"
 #include "windows/dialog_platform.h"
 #include "windows/driver.h"
 
@@ -62,6 +63,12 @@ void Play(const std::wstring& scene, HWND dialog) {
     if (scene == L"results") WaitUntil([&] { return IsWindowVisible(GetDlgItem(dialog, kBuyMoreButton)) != FALSE; });
 }
 
+// For windows that leave this to their caller; until the end of the program.
+void RunMessages() {
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
+}
+
 int Run(const std::wstring& scene, int dpi) {
     DialogPlatform platform;
     lookup::Quorvex object(platform);
@@ -84,8 +91,13 @@ int Run(const std::wstring& scene, int dpi) {
         } else if (scene == L"progress") {
             frmInternetAccessForm form(platform, {}, dpi);
             form.Open(kCaption, L"Get file: UPDATE_F_20260331.zip 3,120 of 7,480 Kb  42%");
-            MSG message;
-            while (GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
+            RunMessages();
+        } else if (scene == L"unzip") {
+            ZipForm form(platform, dpi);
+            form.Load();
+            form.SetCaptions(kCaption, L"Unziping file");
+            form.SetStatus(L"Extracting UPDATE_F_20260331.zip");
+            RunMessages();
         } else {
             AddressFormSettings settings;
             settings.caption = kCaption;

@@ -14,7 +14,8 @@ using AdoArguments = std::vector<support::Variant>; // in written order, omitted
         3001, L"Arguments are of the wrong type, are out of acceptable range, or are in conflict with one another.");
 }
 
-// A scriptable object made of a table of members. Derived is the class that holds the handlers.
+// A scriptable object made of a table of members. Derived is the class that holds the handlers, and Name(), by which
+// its calls are noted; without a name they are not.
 template <typename Derived>
 struct AdoMember {
     const wchar_t* name;
@@ -77,11 +78,23 @@ class AdoObject : public IDispatch {
   protected:
     ~AdoObject() { --world_.liveObjects; } // Release deletes the derived class itself
 
-    void Note(const std::wstring& call) { world_.calls.push_back(call); }
-
     AdoStandIn& world_;
 
   private:
+    // "Recordset.Find [ID]=2", "Connection.Mode = 8"; arguments that are objects are left out.
+    void Note(const AdoMember<Derived>& member, const AdoArguments& arguments) {
+        const std::wstring name = static_cast<Derived*>(this)->Name();
+        if (name.empty()) return;
+        std::wstring call = name + L"." + member.name;
+        const wchar_t* separator = member.kind == DISPATCH_PROPERTYPUT ? L" = " : L" ";
+        for (const support::Variant& argument : arguments) {
+            if (argument.Type() == VT_DISPATCH) continue;
+            call += separator + (argument.IsNull() ? L"Null" : argument.Text());
+            separator = L"|";
+        }
+        world_.calls.push_back(call);
+    }
+
     HRESULT Run(const AdoMember<Derived>& member, const DISPPARAMS& parameters, VARIANT* result, EXCEPINFO* exception) {
         AdoArguments arguments;
         for (UINT i = parameters.cArgs; i > 0; --i) {
@@ -92,6 +105,7 @@ class AdoObject : public IDispatch {
         while (!arguments.empty() && arguments.back().Type() == VT_ERROR) arguments.pop_back();
         if (arguments.size() < member.least || arguments.size() > member.most) return DISP_E_BADPARAMCOUNT;
         try {
+            Note(member, arguments);
             support::Variant answer = (static_cast<Derived*>(this)->*member.run)(arguments);
             return result == nullptr ? S_OK : VariantCopy(result, const_cast<VARIANT*>(&answer.Get()));
         } catch (const support::Error& refusal) {

@@ -12,6 +12,7 @@ class AdoConnectionObject final : public AdoObject<AdoConnectionObject> {
     }
     ~AdoConnectionObject() { world_.connections.erase(this); }
     static std::span<const AdoMember<AdoConnectionObject>> Members();
+    static std::wstring Name() { return L"Connection"; }
 
     localdata::Connection& Inner() { return *inner_; }
 
@@ -19,7 +20,10 @@ class AdoConnectionObject final : public AdoObject<AdoConnectionObject> {
     using Variant = support::Variant;
     Variant PutMode(const AdoArguments& arguments);
     Variant Open(const AdoArguments& arguments);
-    Variant Close(const AdoArguments&);
+    Variant Close(const AdoArguments&) {
+        inner_->Close();
+        return {};
+    }
 
     std::unique_ptr<localdata::Connection> inner_;
 };
@@ -29,6 +33,7 @@ class AdoRecordsetObject final : public AdoObject<AdoRecordsetObject> {
     explicit AdoRecordsetObject(AdoStandIn& world) : AdoObject(world), inner_(world.databases.CreateRecordset()) {}
     ~AdoRecordsetObject();
     static std::span<const AdoMember<AdoRecordsetObject>> Members();
+    static std::wstring Name() { return L"Recordset"; }
 
     localdata::Recordset& Inner() { return *inner_; }
 
@@ -38,17 +43,16 @@ class AdoRecordsetObject final : public AdoObject<AdoRecordsetObject> {
     Variant PutLockType(const AdoArguments& arguments);
     Variant Open(const AdoArguments& arguments);
     Variant Close(const AdoArguments&);
-    Variant GetBof(const AdoArguments&);
-    Variant GetEof(const AdoArguments&);
-    Variant MoveFirst(const AdoArguments&);
-    Variant MoveLast(const AdoArguments&);
-    Variant MoveNext(const AdoArguments&);
-    Variant RecordCount(const AdoArguments&);
+    Variant GetBof(const AdoArguments&) { return inner_->AtBeginning(); }
+    Variant GetEof(const AdoArguments&) { return inner_->AtEnd(); }
+    Variant RecordCount(const AdoArguments&) { return static_cast<std::int32_t>(inner_->RecordCount()); }
     Variant Find(const AdoArguments& arguments);
     Variant Fields(const AdoArguments&);
-    Variant AddNew(const AdoArguments&);
-    Variant Update(const AdoArguments&);
-    Variant UpdateBatch(const AdoArguments&);
+    template <void (localdata::Recordset::*Method)()>
+    Variant Forward(const AdoArguments&) {
+        (*inner_.*Method)();
+        return {};
+    }
     void LetGo();
 
     std::unique_ptr<localdata::Recordset> inner_;

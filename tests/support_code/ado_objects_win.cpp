@@ -16,6 +16,7 @@ class AdoFieldObject final : public AdoObject<AdoFieldObject> {
     }
     ~AdoFieldObject() { recordset_.Release(); }
 
+    std::wstring Name() const { return L"Recordset.Fields(" + name_ + L")"; }
     static std::span<const AdoMember<AdoFieldObject>> Members() {
         static const std::array<AdoMember<AdoFieldObject>, 2> members = {{
             {L"Value", DISPATCH_PROPERTYGET, 0, 0, &AdoFieldObject::GetValue},
@@ -25,12 +26,8 @@ class AdoFieldObject final : public AdoObject<AdoFieldObject> {
     }
 
   private:
-    Variant GetValue(const AdoArguments&) {
-        Note(L"Recordset.Fields(" + name_ + L").Value");
-        return localdata::ado::ToVariant(recordset_.Inner().Field(name_));
-    }
+    Variant GetValue(const AdoArguments&) { return localdata::ado::ToVariant(recordset_.Inner().Field(name_)); }
     Variant PutValue(const AdoArguments& arguments) {
-        Note(L"Recordset.Fields(" + name_ + L").Value = " + (arguments[0].IsNull() ? L"Null" : arguments[0].Text()));
         recordset_.Inner().SetField(name_, localdata::ado::FromVariant(arguments[0]));
         return {};
     }
@@ -46,6 +43,7 @@ class AdoFieldsObject final : public AdoObject<AdoFieldsObject> {
     }
     ~AdoFieldsObject() { recordset_.Release(); }
 
+    static std::wstring Name() { return {}; } // each field notes its own calls
     static std::span<const AdoMember<AdoFieldsObject>> Members() {
         static const std::array<AdoMember<AdoFieldsObject>, 1> members = {
             {{L"Item", DISPATCH_PROPERTYGET, 1, 1, &AdoFieldsObject::Item}}};
@@ -77,7 +75,6 @@ std::span<const AdoMember<AdoConnectionObject>> AdoConnectionObject::Members() {
 }
 
 Variant AdoConnectionObject::PutMode(const AdoArguments& arguments) {
-    Note(L"Connection.Mode = " + arguments[0].Text());
     const std::int32_t mode = arguments[0].Int();
     if (mode < 0 || mode > 16) RefuseArguments();
     inner_->SetMode(mode);
@@ -86,14 +83,7 @@ Variant AdoConnectionObject::PutMode(const AdoArguments& arguments) {
 
 Variant AdoConnectionObject::Open(const AdoArguments& arguments) {
     const auto text = [&](std::size_t i) { return i < arguments.size() ? arguments[i].Text() : std::wstring(); };
-    Note(L"Connection.Open " + text(0) + L"|" + text(1) + L"|" + text(2));
     inner_->Open(text(0), text(1), text(2));
-    return {};
-}
-
-Variant AdoConnectionObject::Close(const AdoArguments&) {
-    Note(L"Connection.Close");
-    inner_->Close();
     return {};
 }
 
@@ -115,21 +105,20 @@ std::span<const AdoMember<AdoRecordsetObject>> AdoRecordsetObject::Members() {
         {L"Close", DISPATCH_METHOD, 0, 0, &Me::Close},
         {L"BOF", DISPATCH_PROPERTYGET, 0, 0, &Me::GetBof},
         {L"EOF", DISPATCH_PROPERTYGET, 0, 0, &Me::GetEof},
-        {L"MoveFirst", DISPATCH_METHOD, 0, 0, &Me::MoveFirst},
-        {L"MoveLast", DISPATCH_METHOD, 0, 0, &Me::MoveLast},
-        {L"MoveNext", DISPATCH_METHOD, 0, 0, &Me::MoveNext},
+        {L"MoveFirst", DISPATCH_METHOD, 0, 0, &Me::Forward<&localdata::Recordset::MoveFirst>},
+        {L"MoveLast", DISPATCH_METHOD, 0, 0, &Me::Forward<&localdata::Recordset::MoveLast>},
+        {L"MoveNext", DISPATCH_METHOD, 0, 0, &Me::Forward<&localdata::Recordset::MoveNext>},
         {L"RecordCount", DISPATCH_PROPERTYGET, 0, 0, &Me::RecordCount},
         {L"Find", DISPATCH_METHOD, 1, 4, &Me::Find},
         {L"Fields", DISPATCH_PROPERTYGET, 0, 0, &Me::Fields},
-        {L"AddNew", DISPATCH_METHOD, 0, 2, &Me::AddNew},
-        {L"Update", DISPATCH_METHOD, 0, 2, &Me::Update},
-        {L"UpdateBatch", DISPATCH_METHOD, 0, 1, &Me::UpdateBatch},
+        {L"AddNew", DISPATCH_METHOD, 0, 2, &Me::Forward<&localdata::Recordset::AddNew>},
+        {L"Update", DISPATCH_METHOD, 0, 2, &Me::Forward<&localdata::Recordset::Update>},
+        {L"UpdateBatch", DISPATCH_METHOD, 0, 1, &Me::Forward<&localdata::Recordset::UpdateBatch>},
     }};
     return members;
 }
 
 Variant AdoRecordsetObject::PutCursorType(const AdoArguments& arguments) {
-    Note(L"Recordset.CursorType = " + arguments[0].Text());
     const std::int32_t type = arguments[0].Int();
     if (type < 0 || type > 3) RefuseArguments();
     inner_->SetCursorType(static_cast<localdata::CursorType>(type));
@@ -137,7 +126,6 @@ Variant AdoRecordsetObject::PutCursorType(const AdoArguments& arguments) {
 }
 
 Variant AdoRecordsetObject::PutLockType(const AdoArguments& arguments) {
-    Note(L"Recordset.LockType = " + arguments[0].Text());
     const std::int32_t type = arguments[0].Int();
     if (type < 1 || type > 4) RefuseArguments();
     inner_->SetLockType(static_cast<localdata::LockType>(type));
@@ -146,7 +134,6 @@ Variant AdoRecordsetObject::PutLockType(const AdoArguments& arguments) {
 
 Variant AdoRecordsetObject::Open(const AdoArguments& arguments) {
     if (arguments.size() < 2 || arguments[1].Type() != VT_DISPATCH) RefuseArguments();
-    Note(L"Recordset.Open " + arguments[0].Text());
     for (AdoConnectionObject* const connection : world_.connections) {
         if (static_cast<IDispatch*>(connection) != arguments[1].Get().pdispVal) continue;
         inner_->Open(arguments[0].Text(), connection->Inner());
@@ -159,47 +146,12 @@ Variant AdoRecordsetObject::Open(const AdoArguments& arguments) {
 }
 
 Variant AdoRecordsetObject::Close(const AdoArguments&) {
-    Note(L"Recordset.Close");
     inner_->Close();
     LetGo();
     return {};
 }
 
-Variant AdoRecordsetObject::GetBof(const AdoArguments&) {
-    Note(L"Recordset.BOF");
-    return inner_->AtBeginning();
-}
-
-Variant AdoRecordsetObject::GetEof(const AdoArguments&) {
-    Note(L"Recordset.EOF");
-    return inner_->AtEnd();
-}
-
-Variant AdoRecordsetObject::MoveFirst(const AdoArguments&) {
-    Note(L"Recordset.MoveFirst");
-    inner_->MoveFirst();
-    return {};
-}
-
-Variant AdoRecordsetObject::MoveLast(const AdoArguments&) {
-    Note(L"Recordset.MoveLast");
-    inner_->MoveLast();
-    return {};
-}
-
-Variant AdoRecordsetObject::MoveNext(const AdoArguments&) {
-    Note(L"Recordset.MoveNext");
-    inner_->MoveNext();
-    return {};
-}
-
-Variant AdoRecordsetObject::RecordCount(const AdoArguments&) {
-    Note(L"Recordset.RecordCount");
-    return static_cast<std::int32_t>(inner_->RecordCount());
-}
-
 Variant AdoRecordsetObject::Find(const AdoArguments& arguments) {
-    Note(L"Recordset.Find " + arguments[0].Text());
     inner_->Find(arguments[0].Text());
     return {};
 }
@@ -209,24 +161,6 @@ Variant AdoRecordsetObject::Fields(const AdoArguments&) {
     Variant result(fields);
     fields->Release();
     return result;
-}
-
-Variant AdoRecordsetObject::AddNew(const AdoArguments&) {
-    Note(L"Recordset.AddNew");
-    inner_->AddNew();
-    return {};
-}
-
-Variant AdoRecordsetObject::Update(const AdoArguments&) {
-    Note(L"Recordset.Update");
-    inner_->Update();
-    return {};
-}
-
-Variant AdoRecordsetObject::UpdateBatch(const AdoArguments&) {
-    Note(L"Recordset.UpdateBatch");
-    inner_->UpdateBatch();
-    return {};
 }
 
 } // namespace quorvex::testing

@@ -74,6 +74,23 @@ TEST(MessageForm, AHostWindowIsDisabledDuringTheMessageAndEnabledAfterIt) {
     EXPECT_TRUE(enabledAfter);
 }
 
+TEST(MessageForm, ATextOfAnySizeLeavesItsButtonOnTheScreen) {
+    DialogPlatform platform;
+    std::wstring lines;
+    while (lines.size() < 1000000) lines += L"An error page of a server.\r\n";
+    for (const std::wstring& text : {lines, std::wstring(1000000, L'x')}) {
+        HostThread host([&] { TopMostMessageBox(platform, text, MB_OK, L"Long"); });
+        const HWND box = WaitForWindow(L"Long");
+        RECT place{};
+        GetWindowRect(box, &place);
+        EXPECT_LE(place.bottom, GetSystemMetrics(SM_CYSCREEN));
+        EXPECT_GT(TextOf(GetDlgItem(box, 0xFFFF)).size(), 500U);
+        ClickId(box, IDOK);
+        ASSERT_TRUE(host.WaitDone());
+        EXPECT_TRUE(WaitGone(L"Long"));
+    }
+}
+
 TEST(MessageForm, InputModeGivesTheTypedTextOrNothing) {
     DialogPlatform platform;
     for (const bool confirmed : {true, false}) {

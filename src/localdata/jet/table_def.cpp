@@ -55,30 +55,6 @@ class Definition {
     Bytes bytes_;
 };
 
-std::size_t FixedSize(ColumnType type, std::size_t length) {
-    switch (type) {
-    case ColumnType::kBoolean:
-        return 0;
-    case ColumnType::kByte:
-        return 1;
-    case ColumnType::kInteger:
-        return 2;
-    case ColumnType::kLong:
-    case ColumnType::kSingle:
-        return 4;
-    case ColumnType::kCurrency:
-    case ColumnType::kDouble:
-    case ColumnType::kDateTime:
-        return 8;
-    case ColumnType::kGuid:
-        return 16;
-    case ColumnType::kNumeric:
-        return 17;
-    default:
-        return length;
-    }
-}
-
 Column ReadColumn(const Byte* record) {
     Column column;
     column.type = static_cast<ColumnType>(record[0]);
@@ -165,6 +141,30 @@ void ReadLongMaps(TableDef& def, const Definition& definition, std::size_t offse
 }
 
 } // namespace
+
+std::size_t FixedSize(ColumnType type, std::size_t length) {
+    switch (type) {
+    case ColumnType::kBoolean:
+        return 0;
+    case ColumnType::kByte:
+        return 1;
+    case ColumnType::kInteger:
+        return 2;
+    case ColumnType::kLong:
+    case ColumnType::kSingle:
+        return 4;
+    case ColumnType::kCurrency:
+    case ColumnType::kDouble:
+    case ColumnType::kDateTime:
+        return 8;
+    case ColumnType::kGuid:
+        return 16;
+    case ColumnType::kNumeric:
+        return 17;
+    default:
+        return length;
+    }
+}
 
 std::optional<std::size_t> TableDef::FindColumn(std::u16string_view columnName) const {
     for (std::size_t i = 0; i < columns.size(); ++i) {

@@ -69,6 +69,9 @@ struct TableDef {
 /// Reads and checks a definition. Throws kCorrupt.
 TableDef ReadTableDef(Pager& pager, PageNo page);
 
+/// Bytes that a value of the type takes in a row's fixed part; "length" for types of any length.
+std::size_t FixedSize(ColumnType type, std::size_t length);
+
 /// Whether two names are the same object's: case-blind.
 bool SameName(std::u16string_view a, std::u16string_view b);
 /// A name in the form by which SameName compares.

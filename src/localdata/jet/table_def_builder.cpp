@@ -64,30 +64,10 @@ bool IsVariable(ColumnType type) {
 
 /// Bytes in a fixed column, or the most in a variable one.
 std::uint16_t StoredLength(const ColumnSpec& column) {
-    switch (column.type) {
-    case ColumnType::kBoolean:
-    case ColumnType::kByte:
-        return 1;
-    case ColumnType::kInteger:
-        return 2;
-    case ColumnType::kLong:
-    case ColumnType::kSingle:
-        return 4;
-    case ColumnType::kCurrency:
-    case ColumnType::kDouble:
-    case ColumnType::kDateTime:
-        return 8;
-    case ColumnType::kGuid:
-        return 16;
-    case ColumnType::kNumeric:
-        return 17;
-    case ColumnType::kText:
-        return static_cast<std::uint16_t>(2 * column.length);
-    case ColumnType::kBinary:
-        return column.length;
-    default:
-        return 0;
-    }
+    if (column.type == ColumnType::kBoolean) return 1;
+    if (column.type == ColumnType::kText) return static_cast<std::uint16_t>(2 * column.length);
+    if (IsLongType(column.type)) return 0;
+    return static_cast<std::uint16_t>(FixedSize(column.type, column.length));
 }
 
 /// Places of the variable columns: in column order, but in user tables the long ones after all others.
