@@ -63,12 +63,6 @@ void Play(const std::wstring& scene, HWND dialog) {
     if (scene == L"results") WaitUntil([&] { return IsWindowVisible(GetDlgItem(dialog, kBuyMoreButton)) != FALSE; });
 }
 
-// For windows that leave this to their caller; until the end of the program.
-void RunMessages() {
-    MSG message;
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
-}
-
 int Run(const std::wstring& scene, int dpi) {
     DialogPlatform platform;
     lookup::Quorvex object(platform);
@@ -91,13 +85,13 @@ int Run(const std::wstring& scene, int dpi) {
         } else if (scene == L"progress") {
             frmInternetAccessForm form(platform, {}, dpi);
             form.Open(kCaption, L"Get file: UPDATE_F_20260331.zip 3,120 of 7,480 Kb  42%");
-            RunMessages();
+            PumpWhile([] { return true; });
         } else if (scene == L"unzip") {
             ZipForm form(platform, dpi);
             form.Load();
             form.SetCaptions(kCaption, L"Unziping file");
             form.SetStatus(L"Extracting UPDATE_F_20260331.zip");
-            RunMessages();
+            PumpWhile([] { return true; });
         } else {
             AddressFormSettings settings;
             settings.caption = kCaption;
