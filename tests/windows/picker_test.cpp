@@ -121,6 +121,10 @@ TEST_F(PickerTest, ErrorsAreShownWithTheAccountsTextWhenAskedFor) {
     EXPECT_EQ(platform.Messages()[0].text, L"3 credits left\r\nPostcode not known");
     EXPECT_EQ(platform.Messages()[0].style, support::kStyleCritical);
     EXPECT_EQ(platform.Messages()[0].title, L"Quorvex Lookup");
+    list = L"<x><confirm>Yes</confirm><recordcount>0</recordcount></x>";
+    ClickId(dialog, kCommand2);
+    EXPECT_TRUE(WaitUntil([this] { return platform.Messages().size() == 2; }));
+    EXPECT_EQ(platform.Messages().back().text, L"Nothing found!"); // never an empty box
 }
 
 TEST_F(PickerTest, StopGivesTheSearchUpAndSaysWhy) {
