@@ -22,6 +22,25 @@ class Web : public ::testing::Test {
     lookup::Quorvex object{platform};
 };
 
+TEST_F(Web, AddressesAreBuiltAsTheServiceExpectsThem) {
+    const AdvancedCriteria criteria{L"A & B", L"1", L"High St", L"March", L"Cambs", L"PE"};
+    EXPECT_EQ(SearchForAddressUrl(object, L"PE13 2QL"),
+              L"http://s/xmlservice/SearchForAddress.aspx?datakey=W1&2&postcode=PE13 2QL&COM=1");
+    EXPECT_EQ(SearchForAddressAdvUrl(object, criteria),
+              L"http://s/xmlservice/SearchForAddressAdv.aspx?datakey=W1&2&COM=1&company=A & B&house=1&street=High St"
+              L"&town=March&county=Cambs&postcodearea=PE");
+    EXPECT_EQ(SearchForThoroughfareAddressUrl(object, L"x\u00e9%"),
+              L"http://s/xmlservice/SearchForThoroughfareAddress.aspx?datakey=W1&2&postcode=x\u00e9%&COM=1");
+    EXPECT_EQ(GetAddressRecordUrl(object, L"PE132QL_1_F"),
+              L"http://s/xmlservice/GetAddressRecord.aspx?datakey=W1&2&id=PE132QL_1_F&COM=1");
+    EXPECT_EQ(SearchForPostZonDataUrl(object, L"AB1 3CD"),
+              L"http://s/xmlservice/SearchForPostZonData.aspx?datakey=W1&2&postcode=AB1 3CD&COM=1");
+    EXPECT_EQ(GetUrlforPrefuredMapUrl(object, L"PE13 2QL", L"Street"),
+              L"http://s/xmlservice/GetUrlforPrefuredMap.aspx?postcode=PE13 2QL&zoomlevel=Street&COM=1");
+    EXPECT_EQ(GetLookupsUrl(object), L"http://s/XMLService/GetLookups.aspx?datatype=1");
+    EXPECT_EQ(UpdateDataListUrl(object, L"1", L"", L"3"), L"http://s/xmlservice/UpdateDataList.aspx?f=1&t=&z=3");
+}
+
 TEST_F(Web, InternalKeysNameTheComputer) {
     object.SetDataKey(L"i5");
     object.LMSetOverideComputerName(L"not sent");
@@ -33,7 +52,6 @@ TEST_F(Web, InternalKeysNameTheComputer) {
     EXPECT_TRUE(
         SearchForPostZonDataUrl(object, L"x").ends_with(L"&postcode=x&COM=1&username=COUNTER-1&homepostcode=pe13 2ql"));
     EXPECT_TRUE(GetUrlforPrefuredMapUrl(object, L"x", L"y").ends_with(L"&COM=1"));
-    EXPECT_EQ(UpdateDataListUrl(object, L"1", L"", L"3"), L"http://s/xmlservice/UpdateDataList.aspx?f=1&t=&z=3");
 }
 
 TEST_F(Web, EachAddressFillsInTheDefaultService) {
