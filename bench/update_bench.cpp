@@ -1,5 +1,6 @@
-// Applying a package of 10,000 records to a data file of 200,000 rows, through the applier and the embedded engine,
-// beside SQLite doing the same to the same rows: as one transaction, and record by record as the applier does it.
+// Applying a package of 10,000 records to data files of 10,000, 50,000 and 200,000 rows, through the applier and the
+// embedded engine, beside SQLite doing the same: reading the package from a file of its own, replacing or adding each
+// record by one prepared statement, stamping the date; as one transaction, and with one per record.
 // Neither waits for the disk (SQLite: synchronous off): both survive the end of the process at any instant.
 
 #include "localdata/jet/database.h"
@@ -15,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <random>
 #include <string>
 
@@ -23,30 +25,37 @@ namespace {
 namespace fs = std::filesystem;
 namespace jet = quorvex::localdata::jet;
 
-constexpr int kRows = 200000;
-constexpr int kRecords = 10000; // half of them new
-constexpr int kStride = 611953; // prime: spreads keys over the table
-constexpr int kNewFrom = kRows; // numbers of the new ones
+constexpr int kRecords = 10000;   // of a package, half of them new
+constexpr int kStride = 611953;   // prime: spreads keys over the table
+constexpr int kCachePages = 4096; // pages SQLite may keep in memory, as many as the engine
 constexpr std::u16string_view kPassword = u"lanternfox";
+
+struct Record {
+    std::string key;
+    std::string address;
+    std::string update;
+};
 
 std::u16string Wide(const std::string& text) {
     return std::u16string(text.begin(), text.end());
 }
 
-std::string KeyText(int number) {
-    char text[16];
-    std::snprintf(text, sizeof text, "AB%d %04d", 10 + number / 10000, number % 10000);
-    return text;
-}
-
 // Lengths as real address texts have them; the package's are others than the data's.
-std::string AddressText(int number, bool update) {
+Record MakeRecord(int number, bool update) {
+    char key[16];
+    std::snprintf(key, sizeof key, "AB%d %04d", 10 + number / 10000, number % 10000);
     const auto mixed = static_cast<unsigned>(number) * 2654435761U + (update ? 12345U : 0U);
-    return std::string(80 + mixed % 300, update ? 'B' : 'A');
+    return {key, std::string(80 + mixed % 300, update ? 'B' : 'A'), update ? "20260228" : "20260131"};
 }
 
-int PackageNumber(int record) {
-    return record % 2 == 0 ? static_cast<int>(std::int64_t{record} * kStride % kRows) : kNewFrom + record;
+// The data holds the even numbers.
+Record DataRecord(int i, int rows) {
+    return MakeRecord(static_cast<int>(std::int64_t{i} * kStride % rows) * 2, false);
+}
+
+// Every second record is one of the data's, the others lie between them.
+Record PackageRecord(int i, int rows) {
+    return MakeRecord(static_cast<int>(std::int64_t{i} * kStride % rows) * 2 + i % 2, true);
 }
 
 void Check(int code, const char* what) {
@@ -55,18 +64,51 @@ void Check(int code, const char* what) {
     std::exit(1);
 }
 
+class Sqlite {
+  public:
+    explicit Sqlite(const fs::path& file) {
+        Check(sqlite3_open(file.c_str(), &db_), "open");
+        Run("PRAGMA synchronous=OFF");
+        Run("PRAGMA cache_size=" + std::to_string(kCachePages));
+    }
+    Sqlite(const Sqlite&) = delete;
+    Sqlite& operator=(const Sqlite&) = delete;
+    ~Sqlite() { sqlite3_close(db_); }
+
+    void Run(const std::string& text) {
+        Check(sqlite3_exec(db_, text.c_str(), nullptr, nullptr, nullptr), text.c_str());
+    }
+    sqlite3* Get() { return db_; }
+
+  private:
+    sqlite3* db_ = nullptr;
+};
+
 class Statement {
   public:
-    Statement(sqlite3* db, const char* text) { Check(sqlite3_prepare_v2(db, text, -1, &statement_, nullptr), text); }
+    Statement(Sqlite& db, const char* text) {
+        Check(sqlite3_prepare_v2(db.Get(), text, -1, &statement_, nullptr), text);
+    }
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
     ~Statement() { sqlite3_finalize(statement_); }
 
-    void Run(const std::string& key, const std::string& address, const char* update) {
-        sqlite3_bind_text(statement_, 1, key.c_str(), -1, SQLITE_STATIC);
-        sqlite3_bind_text(statement_, 2, address.c_str(), -1, SQLITE_STATIC);
-        sqlite3_bind_text(statement_, 3, update, -1, SQLITE_STATIC);
-        Check(sqlite3_step(statement_), "step");
+    // The texts stay where they are until the statement was run.
+    void Bind(int place, const char* text, int size) {
+        sqlite3_bind_text(statement_, place, text, size, SQLITE_STATIC);
+    }
+    void Bind(int place, const std::string& text) { Bind(place, text.data(), static_cast<int>(text.size())); }
+    void CopyFrom(const Statement& row, int column) {
+        const void* const text = sqlite3_column_text(row.statement_, column);
+        Bind(column + 1, static_cast<const char*>(text), sqlite3_column_bytes(row.statement_, column));
+    }
+    bool Step() {
+        const int code = sqlite3_step(statement_);
+        if (code != SQLITE_ROW) Check(code, "step");
+        return code == SQLITE_ROW;
+    }
+    void Run() {
+        Step();
         sqlite3_reset(statement_);
     }
 
@@ -74,48 +116,22 @@ class Statement {
     sqlite3_stmt* statement_ = nullptr;
 };
 
-class Sqlite {
-  public:
-    explicit Sqlite(const fs::path& file) {
-        Check(sqlite3_open(file.c_str(), &db_), "open");
-        Run("PRAGMA synchronous=OFF");
-    }
-    Sqlite(const Sqlite&) = delete;
-    Sqlite& operator=(const Sqlite&) = delete;
-    ~Sqlite() { sqlite3_close(db_); }
-
-    void Run(const char* text) { Check(sqlite3_exec(db_, text, nullptr, nullptr, nullptr), text); }
-    sqlite3* Get() { return db_; }
-
-  private:
-    sqlite3* db_ = nullptr;
-};
-
-// The data and the package in both forms, made once.
+// Data of so many rows and a package for it in both forms, made once.
 class Files {
   public:
-    Files() {
+    explicit Files(int rows) : rows_(rows) {
         folder_ = fs::temp_directory_path() / ("quorvex-update-bench-" + std::to_string(std::random_device{}()));
         fs::create_directories(folder_ / "run");
-        jet::Database full = jet::Database::Create(folder_ / "PAF_FULL.dat", kPassword);
-        full.SetBatch(2000);
-        FillAddresses(full, kRows, false);
-        jet::Table version = full.CreateTable({u"Version",
-                                               {{.name = u"ID", .type = jet::ColumnType::kLong}, {.name = u"Text"}},
-                                               {{.name = u"PrimaryKey", .columns = {u"ID"}, .primary = true}}});
-        version.Insert({{jet::Assignment{0, std::int32_t{2}}, jet::Assignment{1, u"20260131"}}});
-        full.Close();
-        jet::Database package = jet::Database::Create(folder_ / "UPDATE_F_20260228.dat", kPassword);
-        package.SetBatch(2000);
-        FillAddresses(package, kRecords, true);
-        package.Close();
-        FillSqlite();
+        MakeJet("PAF_FULL.dat", rows, DataRecord);
+        MakeJet("UPDATE_F_20260228.dat", kRecords, PackageRecord);
+        MakeSqlite("full.sqlite", rows, DataRecord);
+        MakeSqlite("package.sqlite", kRecords, PackageRecord);
     }
     ~Files() { fs::remove_all(folder_); }
     Files(const Files&) = delete;
     Files& operator=(const Files&) = delete;
 
-    fs::path Package() const { return folder_ / "UPDATE_F_20260228.dat"; }
+    fs::path Package(const char* name) const { return folder_ / name; }
     fs::path Run() const { return folder_ / "run"; }
     fs::path Fresh(const char* name) const {
         fs::copy_file(folder_ / name, Run() / name, fs::copy_options::overwrite_existing);
@@ -123,7 +139,11 @@ class Files {
     }
 
   private:
-    static void FillAddresses(jet::Database& database, int count, bool update) {
+    using Source = Record(int i, int rows);
+
+    void MakeJet(const char* name, int count, Source source) {
+        jet::Database database = jet::Database::Create(folder_ / name, kPassword);
+        database.SetBatch(2000);
         jet::Table table =
             database.CreateTable({u"PAF_FULLAddress",
                                   {{.name = u"FT_Postcode", .length = 10},
@@ -131,31 +151,47 @@ class Files {
                                    {.name = u"FT_Update", .length = 8}},
                                   {{.name = u"PrimaryKey", .columns = {u"FT_Postcode"}, .primary = true}}});
         for (int i = 0; i < count; ++i) {
-            const int number = update ? PackageNumber(i) : static_cast<int>(std::int64_t{i} * kStride % kRows);
-            table.Insert(
-                {{jet::Assignment{0, Wide(KeyText(number))}, jet::Assignment{1, Wide(AddressText(number, update))},
-                  jet::Assignment{2, std::u16string(update ? u"20260228" : u"20260131")}}});
+            const Record record = source(i, rows_);
+            table.Insert({{jet::Assignment{0, Wide(record.key)}, jet::Assignment{1, Wide(record.address)},
+                           jet::Assignment{2, Wide(record.update)}}});
         }
+        jet::Table version = database.CreateTable({u"Version",
+                                                   {{.name = u"ID", .type = jet::ColumnType::kLong}, {.name = u"Text"}},
+                                                   {{.name = u"PrimaryKey", .columns = {u"ID"}, .primary = true}}});
+        version.Insert({{jet::Assignment{0, std::int32_t{2}}, jet::Assignment{1, u"20260131"}}});
+        database.Close();
     }
 
-    void FillSqlite() {
-        Sqlite db(folder_ / "full.sqlite");
+    void MakeSqlite(const char* name, int count, Source source) {
+        Sqlite db(folder_ / name);
         db.Run("CREATE TABLE full (postcode TEXT COLLATE NOCASE PRIMARY KEY, address TEXT, updated TEXT)");
+        db.Run("CREATE TABLE version (id INTEGER PRIMARY KEY, text TEXT)");
         db.Run("BEGIN");
-        Statement insert(db.Get(), "INSERT INTO full VALUES (?, ?, ?)");
-        for (int i = 0; i < kRows; ++i) {
-            const int number = static_cast<int>(std::int64_t{i} * kStride % kRows);
-            insert.Run(KeyText(number), AddressText(number, false), "20260131");
+        db.Run("INSERT INTO version VALUES (2, '20260131')");
+        Statement insert(db, "INSERT INTO full VALUES (?, ?, ?)");
+        for (int i = 0; i < count; ++i) {
+            const Record record = source(i, rows_);
+            insert.Bind(1, record.key);
+            insert.Bind(2, record.address);
+            insert.Bind(3, record.update);
+            insert.Run();
         }
         db.Run("COMMIT");
     }
 
+    int rows_;
     fs::path folder_;
 };
 
-const Files& TheFiles() {
-    static const Files files;
-    return files;
+const Files& FilesOf(const benchmark::State& state) {
+    static std::map<std::int64_t, Files> files;
+    const std::int64_t rows = state.range(0);
+    return files.try_emplace(rows, static_cast<int>(rows)).first->second;
+}
+
+void CountRecords(benchmark::State& state) {
+    using benchmark::Counter;
+    state.counters["per_record"] = Counter(kRecords, Counter::kIsIterationInvariantRate | Counter::kInvert);
 }
 
 // Windows that nobody sees.
@@ -166,7 +202,8 @@ class SilentPlatform final : public quorvex::testing::FakePlatform {
 
 void BM_ApplyPackage(benchmark::State& state) {
     using namespace quorvex;
-    const Files& files = TheFiles();
+    const Files& files = FilesOf(state);
+    const std::wstring package = support::FromPath(files.Package("UPDATE_F_20260228.dat"));
     SilentPlatform platform;
     localdata::JetProvider databases;
     platform.databases = &databases;
@@ -177,44 +214,52 @@ void BM_ApplyPackage(benchmark::State& state) {
         state.ResumeTiming();
         localdata::Progress progress(platform);
         long count = 0;
-        localdata::UpdateData(platform, progress, support::FromPath(files.Run()), support::FromPath(files.Package()),
-                              L'F', L"20260228", count);
+        localdata::UpdateData(platform, progress, support::FromPath(files.Run()), package, L'F', L"20260228", count);
         if (count != kRecords) state.SkipWithError("not all records");
     }
-    state.SetItemsProcessed(state.iterations() * kRecords);
+    CountRecords(state);
 }
-BENCHMARK(BM_ApplyPackage)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 void ApplyBySqlite(benchmark::State& state, bool oneTransaction) {
-    const Files& files = TheFiles();
+    const Files& files = FilesOf(state);
+    const fs::path packageFile = files.Package("package.sqlite");
     for (auto _ : state) {
         state.PauseTiming();
         const fs::path file = files.Fresh("full.sqlite");
         state.ResumeTiming();
         Sqlite db(file);
-        if (oneTransaction) db.Run("BEGIN");
+        Sqlite package(packageFile);
+        // Each in the mode that is fastest for it.
+        db.Run(oneTransaction ? "BEGIN" : "PRAGMA journal_mode=WAL");
         {
-            Statement upsert(db.Get(), "INSERT INTO full VALUES (?, ?, ?) ON CONFLICT (postcode) DO UPDATE SET "
-                                       "address = excluded.address, updated = excluded.updated");
-            for (int i = 0; i < kRecords; ++i) {
-                const int number = PackageNumber(i);
-                upsert.Run(KeyText(number), AddressText(number, true), "20260228");
+            Statement rows(package, "SELECT postcode, address, updated FROM full");
+            Statement upsert(db, "INSERT INTO full VALUES (?, ?, ?) ON CONFLICT (postcode) DO UPDATE SET "
+                                 "address = excluded.address, updated = excluded.updated");
+            while (rows.Step()) {
+                for (int column = 0; column < 3; ++column) upsert.CopyFrom(rows, column);
+                upsert.Run();
             }
         }
+        db.Run("UPDATE version SET text = '20260228' WHERE id = 2");
         if (oneTransaction) db.Run("COMMIT");
     }
-    state.SetItemsProcessed(state.iterations() * kRecords);
+    CountRecords(state);
 }
 
 void BM_SqliteOneTransaction(benchmark::State& state) {
     ApplyBySqlite(state, true);
 }
-BENCHMARK(BM_SqliteOneTransaction)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 void BM_SqlitePerRecord(benchmark::State& state) {
     ApplyBySqlite(state, false);
 }
-BENCHMARK(BM_SqlitePerRecord)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
+
+void AllSizes(benchmark::internal::Benchmark* bench) {
+    bench->Arg(10000)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
+}
+BENCHMARK(BM_ApplyPackage)->Apply(AllSizes);
+BENCHMARK(BM_SqliteOneTransaction)->Apply(AllSizes);
+BENCHMARK(BM_SqlitePerRecord)->Apply(AllSizes);
 
 } // namespace
 

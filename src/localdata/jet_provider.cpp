@@ -1,6 +1,6 @@
 #include "localdata/jet_provider.h"
 
-#include "localdata/jet/database.h"
+#include "localdata/jet/change_group.h"
 #include "localdata/jet_translation.h"
 #include "localdata/row_reader.h"
 #include "support/files.h"
@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -48,6 +49,17 @@ std::wstring Setting(const std::wstring& text, const std::wstring& key, const st
 
 class JetConnection final : public Connection {
   public:
+    explicit JetConnection(unsigned recordsTogether) : recordsTogether_(recordsTogether) {}
+    // After a failure nobody calls Close, but the records merged before it are to stay, also where they cannot be written
+    // as a group.
+    ~JetConnection() override {
+        try {
+            CommitChanges();
+        } catch (const std::exception&) {
+            return; // the failure before this one is reported already
+        }
+    }
+
     void SetMode(int mode) override {
         if (database_) ThrowOpen();
         mode_ = mode;
@@ -62,8 +74,13 @@ class JetConnection final : public Connection {
 
     void Close() override {
         if (!database_) ThrowClosed();
+        // Closed in any case.
         std::optional<jet::Database> closing = std::exchange(database_, std::nullopt);
-        Translated(file_, [&] { closing->Close(); });
+        std::optional<jet::ChangeGroup> changes = std::exchange(changes_, std::nullopt);
+        Translated(file_, [&] {
+            if (changes) changes->Commit();
+            closing->Close();
+        });
     }
 
     jet::Database& ForReading() {
@@ -84,14 +101,27 @@ class JetConnection final : public Connection {
         return *database_;
     }
 
+    jet::ChangeGroup& Changes() {
+        ForWriting();
+        return *changes_;
+    }
+
+    // What was changed is in the file from here on.
+    void CommitChanges() {
+        if (changes_) changes_->Commit();
+    }
+
     const std::wstring& File() const { return file_; }
 
   private:
     void OpenDatabase(bool writable) {
         jet::OpenOptions options;
         options.writable = writable;
+        // The records of a package lie all over the file; 16 MiB hold the indexes of the largest ones and much more.
+        if (writable) options.cachePages = 4096;
         Translated(file_, [&] { database_.emplace(jet::Database::Open(support::ToPath(file_), password_, options)); });
         writable_ = writable;
+        if (writable) changes_.emplace(*database_, recordsTogether_);
     }
 
     int mode_ = 0;
@@ -99,6 +129,8 @@ class JetConnection final : public Connection {
     std::wstring file_;
     std::u16string password_;
     std::optional<jet::Database> database_;
+    unsigned recordsTogether_;
+    std::optional<jet::ChangeGroup> changes_; // of a database open for writing
 };
 
 // A value as the column's type wants it: data access converts numbers and their texts into one another.
@@ -155,10 +187,13 @@ class JetRecordset final : public Recordset {
 
     void Close() override {
         RequireOpen();
-        DropChanges();
+        changes_.clear();
+        adding_ = false;
+        positions_.clear();
         cursor_.reset();
-        table_.reset();
-        connection_ = nullptr;
+        const bool writable = std::exchange(table_, std::nullopt).has_value();
+        JetConnection* const connection = std::exchange(connection_, nullptr);
+        if (writable) Translated(context_, [&] { connection->CommitChanges(); });
     }
 
     bool AtBeginning() override {
@@ -236,14 +271,14 @@ class JetRecordset final : public Recordset {
                 if (change.column == position) return FromJet(change.value);
             }
             if (adding_) return std::monostate{};
-            return FromJet(CurrentRow().Get(position));
+            return FromJet(CurrentValue(position));
         });
     }
 
     void SetField(const std::wstring& column, const Value& value) override {
         RequireWritable();
         Translated(context_, [&] {
-            if (!adding_) CurrentRow();
+            if (!adding_) CurrentId();
             const std::size_t position = Position(column);
             jet::Value converted = ForColumn(cursor_->definition().columns[position], value);
             for (jet::Assignment& change : changes_) {
@@ -251,6 +286,7 @@ class JetRecordset final : public Recordset {
                 change.value = std::move(converted);
                 return;
             }
+            if (changes_.empty()) changes_.reserve(cursor_->definition().columns.size());
             changes_.push_back({position, std::move(converted)});
         });
     }
@@ -291,20 +327,25 @@ class JetRecordset final : public Recordset {
         if (place_ == Place::Cursor || place_ == Place::End) return;
         cursor_->Rewind();
         bool more = cursor_->Next();
-        while (more && place_ == Place::Found && cursor_->Current().id() != found_.id()) more = cursor_->Next();
+        while (more && place_ == Place::Found && cursor_->Current().id() != found_) more = cursor_->Next();
         place_ = more ? Place::Cursor : Place::End;
     }
 
-    const jet::Row& CurrentRow() {
+    void StandOn(jet::RowId id) {
+        found_ = id;
+        place_ = Place::Found;
+    }
+
+    jet::RowId CurrentId() {
         if (place_ == Place::Found) return found_;
         Settle();
         if (place_ == Place::End) ThrowNoRow();
-        return cursor_->Current();
+        return cursor_->Current().id();
     }
 
-    void StandOn(jet::RowId id) {
-        found_ = table_->Fetch(id);
-        place_ = Place::Found;
+    jet::Value CurrentValue(std::size_t position) {
+        const jet::RowId id = CurrentId();
+        return place_ == Place::Found ? table_->Fetch(id).Get(position) : cursor_->Current().Get(position);
     }
 
     void FindForward(const std::wstring& criterion) {
@@ -318,35 +359,34 @@ class JetRecordset final : public Recordset {
         if (!more) place_ = Place::End;
     }
 
-    void DropChanges() {
-        changes_.clear();
-        adding_ = false;
-    }
-
     // Writes what is pending as one record: whole or not at all, and then nothing is pending any more.
     void WriteChanges() {
         if (changes_.empty() && !adding_) return;
-        const std::vector<jet::Assignment> changes = std::exchange(changes_, {});
+        std::vector<jet::Assignment> changes = std::exchange(changes_, {});
         const bool adding = std::exchange(adding_, false);
         Translated(context_, [&] {
             jet::RowId id;
             if (adding) {
-                id = table_->Insert(changes);
+                id = connection_->Changes().Insert(*table_, std::move(changes));
             } else {
-                id = CurrentRow().id();
-                table_->Update(id, changes);
+                id = CurrentId();
+                connection_->Changes().Update(*table_, id, std::move(changes));
             }
             empty_ = false;
             StandOn(id);
         });
     }
 
+    // A few names are asked for over and over again.
     std::size_t Position(const std::wstring& column) {
+        const auto known = positions_.find(column);
+        if (known != positions_.end()) return known->second;
         const auto position = cursor_->definition().FindColumn(ToUtf16(column));
         if (!position) {
             throw jet::Error(jet::ErrorCode::kNoSuchColumn,
                              "Item cannot be found in the collection corresponding to the requested name or ordinal.");
         }
+        positions_.emplace(column, *position);
         return *position;
     }
 
@@ -359,7 +399,8 @@ class JetRecordset final : public Recordset {
     bool empty_ = true;
     bool first_ = false; // on the first row of the set
     Place place_ = Place::End;
-    jet::Row found_;
+    jet::RowId found_;
+    std::map<std::wstring, std::size_t> positions_; // of columns, by the names they were asked by
     std::vector<jet::Assignment> changes_;
     bool adding_ = false;
 };
@@ -367,7 +408,7 @@ class JetRecordset final : public Recordset {
 } // namespace
 
 std::unique_ptr<Connection> JetProvider::CreateConnection() {
-    return std::make_unique<JetConnection>();
+    return std::make_unique<JetConnection>(recordsTogether_);
 }
 
 std::unique_ptr<Recordset> JetProvider::CreateRecordset() {

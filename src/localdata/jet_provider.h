@@ -11,9 +11,16 @@ namespace quorvex::localdata {
 // set that may change rows is opened on it; then it excludes everybody else.
 class JetProvider final : public DatabaseProvider {
   public:
+    // Records of one transaction: each costs less the more there are, and waits longer until it is in the file.
+    static constexpr unsigned kRecordsTogether = 128;
+    explicit JetProvider(unsigned recordsTogether = kRecordsTogether) : recordsTogether_(recordsTogether) {}
+
     std::unique_ptr<Connection> CreateConnection() override;
     std::unique_ptr<Recordset> CreateRecordset() override;
     std::wstring Name() const override;
+
+  private:
+    unsigned recordsTogether_;
 };
 
 } // namespace quorvex::localdata

@@ -2,6 +2,7 @@
 
 #include "support/text.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace quorvex::localdata {
@@ -58,12 +59,18 @@ struct Converter {
 
 } // namespace
 
+// Most texts have no characters beyond the 16-bit ones; those are converted in one go.
 std::u16string ToUtf16(std::wstring_view text) {
+    const auto isLong = [](wchar_t c) { return sizeof(wchar_t) > 2 && static_cast<char32_t>(c) > 0xFFFF; };
+    if (std::none_of(text.begin(), text.end(), isLong)) {
+        std::u16string units(text.size(), u'\0');
+        std::transform(text.begin(), text.end(), units.begin(), [](wchar_t c) { return static_cast<char16_t>(c); });
+        return units;
+    }
     std::u16string units;
-    units.reserve(text.size());
     for (const wchar_t c : text) {
         const auto code = static_cast<char32_t>(c);
-        if (sizeof(wchar_t) > 2 && code > 0xFFFF) {
+        if (isLong(c)) {
             units.push_back(static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10)));
             units.push_back(static_cast<char16_t>(0xDC00 + ((code - 0x10000) & 0x3FF)));
         } else {
@@ -74,12 +81,14 @@ std::u16string ToUtf16(std::wstring_view text) {
 }
 
 std::wstring FromUtf16(std::u16string_view units) {
+    const auto isHalf = [](char16_t unit) { return (unit & 0xF800) == 0xD800; };
+    if (sizeof(wchar_t) == 2 || std::none_of(units.begin(), units.end(), isHalf)) {
+        return std::wstring(units.begin(), units.end());
+    }
     std::wstring text;
-    text.reserve(units.size());
     for (std::size_t i = 0; i < units.size(); ++i) {
         const char32_t unit = units[i];
-        const bool pair = sizeof(wchar_t) > 2 && (unit & 0xFC00) == 0xD800 && i + 1 < units.size() &&
-                          (units[i + 1] & 0xFC00) == 0xDC00;
+        const bool pair = (unit & 0xFC00) == 0xD800 && i + 1 < units.size() && (units[i + 1] & 0xFC00) == 0xDC00;
         if (pair) {
             text.push_back(static_cast<wchar_t>(0x10000 + ((unit - 0xD800) << 10) + (units[++i] - 0xDC00U)));
         } else {

@@ -7,59 +7,71 @@
 #include "support/log.h"
 #include "support/process_state.h"
 
-#include <array>
 #include <memory>
-#include <span>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorvex::localdata {
 namespace {
 
 // The columns in the order in which they are written; the first is the key.
-constexpr std::array<const wchar_t*, 3> kAddressColumns = {L"FT_PostCode", L"FT_Address", L"FT_Update"};
-constexpr std::array<const wchar_t*, 17> kPostZonColumns = {L"PZ_Postcode",    L"PZ_IntroductionDate",
-                                                            L"PZ_GridRefEast", L"PZ_GridRefNorth",
-                                                            L"PZ_County",      L"PZ_District",
-                                                            L"PZ_Ward",        L"PZ_UserType",
-                                                            L"PZ_GridStatus",  L"PZ_Country",
-                                                            L"PZ_WardStatus",  L"PZ_NHS_Code",
-                                                            L"PZ_NHS_Region",  L"PZ_Long",
-                                                            L"PZ_Lat",         L"PZ_OSRef",
-                                                            L"PZ_Update"};
+using Columns = std::vector<std::wstring>;
 
-void SetStage(const std::wstring& stage) {
-    support::Process().currentOperation = L"Update:UpdateData:" + stage;
+const Columns& AddressColumns() {
+    static const Columns columns = {L"FT_PostCode", L"FT_Address", L"FT_Update"};
+    return columns;
 }
 
-std::wstring KeyOf(Recordset& records, const wchar_t* column) {
-    const Value value = records.Field(column);
+const Columns& PostZonColumns() {
+    static const Columns columns = {L"PZ_Postcode",    L"PZ_IntroductionDate",
+                                    L"PZ_GridRefEast", L"PZ_GridRefNorth",
+                                    L"PZ_County",      L"PZ_District",
+                                    L"PZ_Ward",        L"PZ_UserType",
+                                    L"PZ_GridStatus",  L"PZ_Country",
+                                    L"PZ_WardStatus",  L"PZ_NHS_Code",
+                                    L"PZ_NHS_Region",  L"PZ_Long",
+                                    L"PZ_Lat",         L"PZ_OSRef",
+                                    L"PZ_Update"};
+    return columns;
+}
+
+// The stage's name in parts: it is set for every step of every record.
+template <typename... Parts>
+void SetStage(const Parts&... parts) {
+    std::wstring& operation = support::Process().currentOperation;
+    operation = L"Update:UpdateData:";
+    (operation.append(parts), ...);
+}
+
+const std::wstring& KeyOf(const Value& value) {
     const auto* key = std::get_if<std::wstring>(&value);
     if (key == nullptr) throw support::Error(support::kErrorTypeMismatch, L"A record of the package has no postcode");
     return *key;
 }
 
 // Moves to the first record of that postcode; false when there is none.
-bool FindRecord(Recordset& records, const wchar_t* column, const std::wstring& key, const std::wstring& operation) {
-    SetStage(operation + L":Stage 1");
+bool FindRecord(Recordset& records, const std::wstring& column, const std::wstring& key, std::wstring_view operation) {
+    SetStage(operation, L":Stage 1");
     if (records.AtBeginning() && records.AtEnd()) return false;
-    SetStage(operation + L":Stage 2");
+    SetStage(operation, L":Stage 2");
     records.MoveFirst();
-    SetStage(operation + L":Stage 3");
-    records.Find(std::wstring(L"[") + column + L"]='" + key + L"'");
+    SetStage(operation, L":Stage 3");
+    records.Find(L"[" + column + L"]='" + key + L"'");
     return !records.AtEnd();
 }
 
-void AddOrUpdateRecord(Recordset& update, Recordset& target, std::span<const wchar_t* const> columns,
-                       const std::wstring& operation) {
-    const std::wstring key = KeyOf(update, columns.front());
+void AddOrUpdateRecord(Recordset& update, Recordset& target, const Columns& columns, std::wstring_view operation) {
     // Read as a whole first: a record that lacks a column must not leave a half made one behind.
     std::vector<Value> values;
-    for (const wchar_t* column : columns) values.push_back(update.Field(column));
+    values.reserve(columns.size());
+    for (const std::wstring& column : columns) values.push_back(update.Field(column));
+    const std::wstring& key = KeyOf(values.front());
     if (FindRecord(target, columns.front(), key, operation)) {
-        SetStage(operation + L":Stage 5 UPDATE " + key);
+        SetStage(operation, L":Stage 5 UPDATE ", key);
         target.Update(); // nothing is pending yet: intended, it starts the record's edit afresh
     } else {
-        SetStage(operation + L":Stage 4 ADD " + key);
+        SetStage(operation, L":Stage 4 ADD ", key);
         target.AddNew();
     }
     for (std::size_t i = 0; i < columns.size(); ++i) target.SetField(columns[i], values[i]);
@@ -95,8 +107,9 @@ long CountRecords(Recordset& records) {
 }
 
 void MergeRecords(Progress& progress, OpenPackage& package, wchar_t kind, long count) {
+    const std::wstring ofAll = L" of " + std::to_wstring(count);
     for (long number = 1; !package.updateRecords->AtEnd(); ++number) {
-        progress.SetText(L"Processing record:" + std::to_wstring(number) + L" of " + std::to_wstring(count));
+        progress.SetText(L"Processing record:" + std::to_wstring(number) + ofAll);
         if (kind == L'Z') {
             AddOrUpdateRecordPostZon(*package.updateRecords, *package.targetRecords);
         } else {
@@ -126,11 +139,11 @@ void StampVersion(DatabaseProvider& databases, Connection& target, const std::ws
 } // namespace
 
 void AddOrUpdateRecordAddress(Recordset& updateRecords, Recordset& targetRecords) {
-    AddOrUpdateRecord(updateRecords, targetRecords, kAddressColumns, L"AddOrUpdateRecordAddress");
+    AddOrUpdateRecord(updateRecords, targetRecords, AddressColumns(), L"AddOrUpdateRecordAddress");
 }
 
 void AddOrUpdateRecordPostZon(Recordset& updateRecords, Recordset& targetRecords) {
-    AddOrUpdateRecord(updateRecords, targetRecords, kPostZonColumns, L"AddOrUpdateRecordPostZon");
+    AddOrUpdateRecord(updateRecords, targetRecords, PostZonColumns(), L"AddOrUpdateRecordPostZon");
 }
 
 void UpdateData(support::Platform& platform, Progress& progress, const std::wstring& dataFolder,

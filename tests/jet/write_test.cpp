@@ -221,6 +221,30 @@ TEST(WriteTest, RefusedChangesLeaveNoTrace) {
               ErrorCode::kReadOnly);
 }
 
+TEST(WriteTest, AnIndexThatIsDamagedLeavesTheOthersAsTheyWere) {
+    MemoryStorage storage;
+    PageNo root = 0;
+    {
+        Database db = Database::Create("db", kPassword, InMemory(storage));
+        Table table = db.CreateTable({u"T",
+                                      {{.name = u"A", .length = 10}, {.name = u"B", .length = 10}},
+                                      {{.name = u"A", .columns = {u"A"}}, {.name = u"B", .columns = {u"B"}}}});
+        for (const char16_t* key : {u"a", u"c", u"e"}) table.Insert({{Assignment{0, key}, Assignment{1, key}}});
+        root = table.definition().indexes[1].root;
+    }
+    Bytes bytes = storage.Get("db");
+    bytes[root * kPageSize] = kDataPage;
+    storage.Put("db", bytes);
+    Database db = OpenMemory(storage, true);
+    Table table = db.OpenTable(u"T");
+    EXPECT_EQ(CodeOf([&] { table.Insert({{Assignment{0, u"b"}, Assignment{1, u"b"}}}); }), ErrorCode::kCorrupt);
+    EXPECT_FALSE(table.FindFirst(u"A='b'"));
+    for (const char16_t* key : {u"a", u"c", u"e"}) EXPECT_TRUE(table.FindFirst(Equals(u"A", key)));
+    EXPECT_EQ(table.CountRows(), 3U);
+    db.Close();
+    EXPECT_EQ(storage.Get("db"), bytes);
+}
+
 TEST(WriteTest, FilesGrowPastTheInlineMaps) {
     MemoryStorage storage;
     Database db = Database::Create("db", kPassword, InMemory(storage));

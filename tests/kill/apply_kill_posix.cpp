@@ -1,4 +1,5 @@
 #include "kill/kill_count.h"
+#include "localdata/jet/journal.h"
 #include "localdata/jet_provider.h"
 #include "localdata/status.h"
 #include "localdata/unzip.h"
@@ -12,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <iostream>
 #include <random>
 #include <sys/wait.h>
@@ -20,9 +22,13 @@
 namespace quorvex::testing {
 namespace {
 
+namespace jet = localdata::jet;
+
 constexpr wchar_t kPackage[] = L"UPDATE_F_20260331";
 constexpr wchar_t kTable[] = L"PAF_FULLAddress";
 constexpr int kRecords = 300;
+// As the product does it, and in small groups, so that many kills meet a file that is being written.
+constexpr std::array<unsigned, 3> kTogether = {localdata::JetProvider::kRecordsTogether, 7, 1};
 constexpr int kKillsInARow = 4; // of the same file, before a new one is begun
 
 // Tells another process of every record that is about to be merged.
@@ -55,9 +61,9 @@ class ApplyKill : public ::testing::Test {
         for (const auto& [key, values] : package_) expected_[key] = values;
     }
 
-    [[noreturn]] void ApplyInChild(int pipe) {
+    [[noreturn]] void ApplyInChild(int pipe, unsigned recordsTogether) {
         ReportingPlatform platform(pipe);
-        localdata::JetProvider databases;
+        localdata::JetProvider databases(recordsTogether);
         platform.databases = &databases;
         int result = 0;
         try {
@@ -73,13 +79,13 @@ class ApplyKill : public ::testing::Test {
 
     // Applies in a process of its own that is ended a moment after it began the given record (0: while it opens the
     // files). True when it was ended before it was done.
-    bool ApplyAndKill(int record, useconds_t moment) {
+    bool ApplyAndKill(int record, useconds_t moment, unsigned recordsTogether) {
         int ends[2];
         if (pipe(ends) != 0) return false;
         const pid_t child = fork();
         if (child == 0) {
             close(ends[0]);
-            ApplyInChild(ends[1]);
+            ApplyInChild(ends[1], recordsTogether);
         }
         close(ends[1]);
         char beat = 0;
@@ -93,6 +99,15 @@ class ApplyKill : public ::testing::Test {
             EXPECT_EQ(WEXITSTATUS(status), 0) << "the applier itself failed";
         }
         return WIFSIGNALED(status);
+    }
+
+    // Whether whoever opens the file next has something to undo.
+    bool IsHalfWritten() const {
+        jet::Storage& storage = jet::SystemStorage();
+        const auto path = support::ToPath(target_);
+        const auto journal = jet::Journal::PathFor(path);
+        return storage.Exists(journal) &&
+               jet::Journal::IsHot(storage, journal, *storage.Open(path, jet::OpenMode::kReadDenyWrite));
     }
 
     // Opens the file as the next reader would and checks every record: old or new, and the new ones are the package's
@@ -138,7 +153,7 @@ class ApplyKill : public ::testing::Test {
 
     // The next run after a kill applies the same package again, to its end.
     void FinishAndCompare() {
-        ASSERT_FALSE(ApplyAndKill(kRecords * 10, 0)) << "nobody ended this one";
+        ASSERT_FALSE(ApplyAndKill(kRecords * 10, 0, kTogether.front())) << "nobody ended this one";
         EXPECT_EQ(AddressRows(target_, kTable), expected_);
         EXPECT_EQ(Version(), L"20260331");
         EXPECT_EQ(IntegrityErrors(target_), "");
@@ -158,12 +173,15 @@ TEST_F(ApplyKill, AtAnyInstantEveryRecordIsOldOrNew) {
     std::mt19937 random(20260331);
     int killed = 0;
     int withinMerge = 0;
+    int halfWritten = 0;
     while (killed < KillCount() && !HasFailure()) {
         support::WriteFileBytes(target_, originalBytes_);
         for (int i = 0; i < kKillsInARow && !HasFailure(); ++i) {
             const int record = static_cast<int>(random() % (kRecords + 1));
-            if (!ApplyAndKill(record, static_cast<useconds_t>(random() % 1500))) break;
+            const unsigned together = kTogether.at(random() % kTogether.size());
+            if (!ApplyAndKill(record, static_cast<useconds_t>(random() % 1500), together)) break;
             ++killed;
+            if (IsHalfWritten()) ++halfWritten;
             SCOPED_TRACE("kill " + std::to_string(killed) + " at record " + std::to_string(record));
             std::size_t merged = 0;
             CheckAfterKill(merged);
@@ -172,7 +190,8 @@ TEST_F(ApplyKill, AtAnyInstantEveryRecordIsOldOrNew) {
         FinishAndCompare();
     }
     RecordProperty("kills", killed);
-    std::cout << killed << " kills, " << withinMerge << " of them with the package partly merged\n";
+    std::cout << killed << " kills, " << withinMerge << " of them with the package partly merged, " << halfWritten
+              << " with a transaction half written\n";
     EXPECT_GE(withinMerge, killed / 3) << "the kills must fall into the work, not beside it";
 }
 

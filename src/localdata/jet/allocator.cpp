@@ -98,8 +98,7 @@ void Allocator::Free(PageNo number) {
         const PageEdit page = pager_->Edit(number);
         page.edit()[0] = static_cast<Byte>(page.edit()[0] | kFreedPageBit);
     }
-    MarkFree(number);
-    free_->insert(number);
+    if (MarkFree(number)) free_->insert(number);
 }
 
 /// A reference of 0 makes a whole range free; its bitmap is appended when the file grows into it, past the allocator.
@@ -156,20 +155,20 @@ void Allocator::MarkUsed(PageNo page) {
     ChangeBit(bitmap.edit() + kBitmapStart, page % kBitmapPageBits, false);
 }
 
-/// A page that the map does not cover stays unused for ever, which harms nobody.
-void Allocator::MarkFree(PageNo page) {
+/// False for a page that the map does not cover: it stays unused for ever, which harms nobody.
+bool Allocator::MarkFree(PageNo page) {
     const GlobalMap map(*pager_);
     if (map.IsInline()) {
-        if (map.Covers(page)) {
-            ChangeBit(pager_->Edit(kGlobalMapPage).edit() + map.start + 5, page - map.Base(), true);
-        }
-        return;
+        if (!map.Covers(page)) return false;
+        ChangeBit(pager_->Edit(kGlobalMapPage).edit() + map.start + 5, page - map.Base(), true);
+        return true;
     }
     const std::size_t range = page / kBitmapPageBits;
-    if (range >= map.Ranges() || map.Reference(range) == 0) return;
+    if (range >= map.Ranges() || map.Reference(range) == 0) return false;
     const PageEdit bitmap = pager_->Edit(map.Reference(range));
     if (bitmap.data()[0] != kBitmapPage) ThrowCorrupt("a map's bitmap page has another type", bitmap.number());
     ChangeBit(bitmap.edit() + kBitmapStart, page % kBitmapPageBits, true);
+    return true;
 }
 
 } // namespace quorvex::localdata::jet

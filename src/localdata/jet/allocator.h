@@ -28,7 +28,7 @@ class Allocator {
   private:
     void LoadFreePages();
     void MarkUsed(PageNo page);
-    void MarkFree(PageNo page);
+    bool MarkFree(PageNo page);
     void ConvertMap();
     PageNo AddBitmap(std::size_t range);
 

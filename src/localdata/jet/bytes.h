@@ -1,5 +1,7 @@
 #pragma once
 
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -67,6 +69,22 @@ inline void Append32(Bytes& out, std::uint32_t v) {
 }
 inline void AppendBytes(Bytes& out, ByteView v) {
     out.insert(out.end(), v.begin(), v.end());
+}
+
+/// Calls `action` with the place of every set bit, ascending.
+template <typename Action>
+void EachBit(ByteView bitmap, const Action& action) {
+    std::size_t i = 0;
+    for (; i + 8 <= bitmap.size(); i += 8) {
+        for (std::uint64_t word = Load64(bitmap.data() + i); word != 0; word &= word - 1) {
+            action(8 * i + static_cast<std::size_t>(std::countr_zero(word)));
+        }
+    }
+    for (; i < bitmap.size(); ++i) {
+        for (unsigned byte = bitmap[i]; byte != 0; byte &= byte - 1) {
+            action(8 * i + static_cast<std::size_t>(std::countr_zero(byte)));
+        }
+    }
 }
 
 } // namespace quorvex::localdata::jet

@@ -24,6 +24,17 @@ DataPage::Slot DataPage::Get(unsigned slot) const {
     return {static_cast<std::uint16_t>(word & ~kSlotStart), ByteView(p + start, end - start)};
 }
 
+std::size_t DataPage::CheckedLowest() const {
+    std::size_t lowest = kPageSize;
+    for (unsigned slot = 0; slot < slotCount_; ++slot) {
+        const std::size_t start = Load16(page_.data() + kDataSlots + 2 * slot) & kSlotStart;
+        if (start > lowest) ThrowCorrupt("a row lies outside its page", page_.number());
+        lowest = start;
+    }
+    if (lowest < kDataSlots + 2 * slotCount_) ThrowCorrupt("a row lies outside its page", page_.number());
+    return lowest;
+}
+
 DataPage OpenDataPage(Pager& pager, PageNo number, std::uint32_t owner) {
     return DataPage(pager.Read(number), owner);
 }

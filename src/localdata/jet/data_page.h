@@ -20,6 +20,8 @@ class DataPage {
     };
     /// Throws kCorrupt for a slot that does not exist or is out of bounds.
     Slot Get(unsigned slot) const;
+    /// Where the lowest row begins. Checks all slots, as is due before a page is changed. Throws kCorrupt.
+    std::size_t CheckedLowest() const;
 
   private:
     PageRef page_;

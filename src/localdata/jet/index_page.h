@@ -23,7 +23,8 @@ class IndexPage {
     IndexPage(PageRef page, PageNo owner);
 
     bool isLeaf() const { return leaf_; }
-    std::size_t size() const { return count_; }
+    std::size_t size() const { return ends_->size(); }
+    const EntryEnds& ends() const { return *ends_; }
     PageNo number() const { return page_.number(); }
     PageNo previous() const { return Load32(page_.data() + kIndexPrevious); }
     PageNo next() const { return Load32(page_.data() + kIndexNext); }
@@ -40,14 +41,14 @@ class IndexPage {
 
   private:
     const Byte* Area() const { return page_.data() + kIndexEntries; }
-    std::size_t Start(std::size_t entry) const { return entry == 0 ? 0 : ends_[entry - 1]; }
+    std::shared_ptr<const EntryEnds> CheckedEnds() const;
+    std::size_t Start(std::size_t entry) const { return entry == 0 ? 0 : (*ends_)[entry - 1]; }
     std::size_t Trailer() const { return leaf_ ? 4 : 8; }
 
     PageRef page_;
     bool leaf_ = true;
     std::size_t prefix_ = 0;
-    std::size_t count_ = 0;
-    std::array<std::uint16_t, kIndexArea / 4 + 1> ends_; ///< filled up to count_
+    std::shared_ptr<const EntryEnds> ends_;
 };
 
 } // namespace quorvex::localdata::jet

@@ -29,20 +29,7 @@ ByteView FirstKey(const Byte* page, std::size_t firstEnd) {
     return ByteView(page + kIndexEntries, firstEnd - kLeafTrailer);
 }
 
-/// Ends of a page's entries, from its bitmap.
-std::vector<std::size_t> Ends(const Byte* page) {
-    std::vector<std::size_t> ends;
-    for (std::size_t bit = 1; bit <= kIndexArea; ++bit) {
-        if (bit % 8 == 0 && page[kIndexBitmap + bit / 8] == 0) {
-            bit += 7;
-            continue;
-        }
-        if ((page[kIndexBitmap + bit / 8] >> (bit % 8) & 1) != 0) ends.push_back(bit);
-    }
-    return ends;
-}
-
-void StoreEnds(Byte* page, const std::vector<std::size_t>& ends) {
+void StoreEnds(Byte* page, const EntryEnds& ends) {
     std::fill(page + kIndexBitmap, page + kIndexEntries, Byte{0});
     for (const std::size_t end : ends) {
         Byte& byte = page[kIndexBitmap + end / 8];
@@ -111,13 +98,17 @@ bool IndexTree::InsertInPlace(const IndexPage& page, std::size_t at, const Bytes
     const PageRef held = pager_->Read(page.number());
     const Byte* const old = held.data();
     const std::size_t prefix = Load16(old + kIndexPrefix);
-    std::vector<std::size_t> ends = Ends(old);
+    EntryEnds ends;
+    ends.reserve(page.size() + 1);
+    ends = page.ends();
     const ByteView first = FirstKey(old, ends[0]);
     if (key.size() < prefix ||
         !std::equal(key.begin(), key.begin() + static_cast<std::ptrdiff_t>(prefix), first.begin())) {
         return false;
     }
-    Bytes entry(key.begin() + static_cast<std::ptrdiff_t>(prefix), key.end());
+    Bytes entry;
+    entry.reserve(key.size() + kLeafTrailer);
+    entry.assign(key.begin() + static_cast<std::ptrdiff_t>(prefix), key.end());
     AppendRow(entry, row);
     if (Load16(old + kIndexFree) < entry.size()) return false;
     const PageEdit edit = pager_->Edit(page.number());
@@ -125,9 +116,10 @@ bool IndexTree::InsertInPlace(const IndexPage& page, std::size_t at, const Bytes
     const std::size_t start = ends[at - 1];
     std::memmove(area + start + entry.size(), area + start, ends.back() - start);
     std::copy(entry.begin(), entry.end(), area + start);
-    ends.insert(ends.begin() + static_cast<std::ptrdiff_t>(at), start);
-    for (std::size_t i = at; i < ends.size(); ++i) ends[i] += entry.size();
+    ends.insert(ends.begin() + static_cast<std::ptrdiff_t>(at), static_cast<std::uint16_t>(start));
+    for (std::size_t i = at; i < ends.size(); ++i) ends[i] = static_cast<std::uint16_t>(ends[i] + entry.size());
     StoreEnds(edit.edit(), ends);
+    edit.KeepEnds(std::make_shared<const EntryEnds>(std::move(ends)));
     return true;
 }
 
@@ -160,15 +152,16 @@ void IndexTree::Remove(const Bytes& key, RowId row) {
 bool IndexTree::RemoveInPlace(const IndexPage& page, std::size_t at) {
     if (at == 0 || at + 1 >= page.size()) return false;
     const PageEdit edit = pager_->Edit(page.number());
-    std::vector<std::size_t> ends = Ends(edit.data());
+    EntryEnds ends = page.ends();
     Byte* const area = edit.edit() + kIndexEntries;
     const std::size_t start = ends[at - 1];
     const std::size_t size = ends[at] - start;
     std::memmove(area + start, area + ends[at], ends.back() - ends[at]);
     std::fill_n(area + ends.back() - size, size, Byte{0});
     ends.erase(ends.begin() + static_cast<std::ptrdiff_t>(at));
-    for (std::size_t i = at; i < ends.size(); ++i) ends[i] -= size;
+    for (std::size_t i = at; i < ends.size(); ++i) ends[i] = static_cast<std::uint16_t>(ends[i] - size);
     StoreEnds(edit.edit(), ends);
+    edit.KeepEnds(std::make_shared<const EntryEnds>(std::move(ends)));
     return true;
 }
 
@@ -247,7 +240,7 @@ void IndexTree::Store(const Node& node) {
     const std::size_t prefix = PrefixFor(node.entries, node.leaf);
     Store16(p + kIndexPrefix, static_cast<std::uint32_t>(prefix));
     Bytes area;
-    std::vector<std::size_t> ends;
+    EntryEnds ends;
     for (const Entry& entry : node.entries) {
         AppendBytes(area, ByteView(entry.key).subspan(ends.empty() ? 0 : prefix));
         AppendRow(area, entry.row);
@@ -255,7 +248,7 @@ void IndexTree::Store(const Node& node) {
             area.resize(area.size() + 4);
             Store32Big(area.data() + area.size() - 4, entry.child);
         }
-        ends.push_back(area.size());
+        ends.push_back(static_cast<std::uint16_t>(area.size()));
     }
     if (area.size() > kIndexArea) ThrowCorrupt("an index page overflows", node.number);
     std::copy(area.begin(), area.end(), p + kIndexEntries);

@@ -49,6 +49,23 @@ Bytes WriteLongValue(Pager& pager, Allocator& allocator, const Column& column, B
     return cell;
 }
 
+Bytes ReplaceLongValue(Pager& pager, Allocator& allocator, const Column& column, ByteView value, bool mayInline,
+                       ByteView oldCell, PageNo page) {
+    const bool wantsRow = value.size() <= kMaxLongRow && !(mayInline && value.size() <= kMaxInlineLong);
+    if (wantsRow && oldCell.size() >= kLongCell && (Load32(oldCell.data()) & ~kLongLength) == kLongSingle) {
+        const RowId id = LongValueRows(pager, oldCell, page).front();
+        const bool live = OpenDataPage(pager, id.page, kLongValueOwner).Get(id.slot).flags == 0;
+        if (live && SpaceOf(pager, allocator, column).Replace(id, value, 0)) {
+            Bytes cell(oldCell.begin(), oldCell.end());
+            Store32(cell.data(), static_cast<std::uint32_t>(value.size()) | kLongSingle);
+            return cell;
+        }
+    }
+    Bytes cell = WriteLongValue(pager, allocator, column, value, mayInline);
+    FreeLongValue(pager, allocator, column, oldCell, page);
+    return cell;
+}
+
 void FreeLongValue(Pager& pager, Allocator& allocator, const Column& column, ByteView cell, PageNo page) {
     RowSpace space = SpaceOf(pager, allocator, column);
     const UsageMap owned(pager, column.ownedMap);

@@ -9,6 +9,11 @@ namespace quorvex::localdata::jet {
 /// cell. Throws kValueTooLong beyond the format's 2^30 - 1 bytes.
 Bytes WriteLongValue(Pager& pager, Allocator& allocator, const Column& column, ByteView value, bool mayInline);
 
+/// The same for a cell that holds a value already: in that one's place where there is room, else beside it, and the old
+/// one is freed. `page` is the row's, for messages.
+Bytes ReplaceLongValue(Pager& pager, Allocator& allocator, const Column& column, ByteView value, bool mayInline,
+                       ByteView oldCell, PageNo page);
+
 /// Frees what a cell's value takes outside its row.
 void FreeLongValue(Pager& pager, Allocator& allocator, const Column& column, ByteView cell, PageNo page);
 

@@ -10,6 +10,7 @@
 namespace quorvex::localdata::jet {
 namespace {
 
+constexpr std::size_t kSpareImages = 64;
 constexpr int kRecoveryTries = 25;
 constexpr int kLettingGoTries = 3;
 constexpr auto kRecoveryPause = std::chrono::milliseconds(10);
@@ -82,6 +83,7 @@ std::shared_ptr<Pager> Pager::Create(Storage& storage, const std::filesystem::pa
 
 Pager::Pager(Storage& storage, const std::filesystem::path& path, std::unique_ptr<File> file, const Options& options)
     : file_(std::move(file)), options_(options), journal_(storage, Journal::PathFor(path)) {
+    spareImages_.reserve(kSpareImages);
     SetBatch(options.batch);
     // A last part of a page belongs to no page; the header check reports it.
     const std::uint64_t size = file_->Size();
@@ -112,13 +114,6 @@ void Pager::CheckUsable() const {
     if (broken_) throw Error(ErrorCode::kIo, "The database must be opened anew after a failed write");
 }
 
-Page* Pager::Find(PageNo page) {
-    const auto found = index_.find(page);
-    if (found == index_.end()) return nullptr;
-    found->second->recent = true;
-    return found->second;
-}
-
 /// Forgets a page; whoever still pins it keeps the bytes.
 void Pager::Drop(Page* page) noexcept {
     const auto found = index_.find(page->number);
@@ -126,6 +121,7 @@ void Pager::Drop(Page* page) noexcept {
     page->number = kMaxPages;
     page->dirty = false;
     page->recent = false;
+    page->ends.reset();
 }
 
 /// Frees a frame by the clock method; false when nothing can go.
@@ -159,9 +155,12 @@ Page* Pager::NewFrame(PageNo number) {
     return page;
 }
 
-PageRef Pager::Read(PageNo number) {
+Page* Pager::Load(PageNo number) {
     CheckUsable();
-    if (Page* const known = Find(number)) return PageRef(known);
+    if (const auto found = index_.find(number); found != index_.end()) {
+        found->second->recent = true;
+        return found->second;
+    }
     if (number >= pageCount_) ThrowCorrupt("a page past the end of the file is referred to", number);
     Page* const page = NewFrame(number);
     ++pagesRead_;
@@ -176,21 +175,39 @@ PageRef Pager::Read(PageNo number) {
         Drop(page);
         throw Error(ErrorCode::kTruncated, "The database file ends in page " + std::to_string(number));
     }
-    return PageRef(page);
+    return page;
+}
+
+PageRef Pager::Read(PageNo number) {
+    return PageRef(Load(number));
 }
 
 void Pager::Remember(Page* page) {
-    auto& image = images_[page->number];
-    if (image) return;
-    image = std::make_unique<Image>();
+    if (page->before || page->number >= statementPages_) return;
+    std::unique_ptr<PageImage> image;
+    if (spareImages_.empty()) {
+        image = std::make_unique_for_overwrite<PageImage>();
+    } else {
+        image = std::move(spareImages_.back());
+        spareImages_.pop_back();
+    }
     image->dirty = page->dirty;
     image->bytes = page->bytes;
+    touched_.push_back(page);
+    page->before = std::move(image);
+}
+
+void Pager::ForgetImage(Page* page) noexcept {
+    if (spareImages_.size() < kSpareImages) {
+        spareImages_.push_back(std::move(page->before));
+    } else {
+        page->before.reset();
+    }
 }
 
 PageEdit Pager::Edit(PageNo number) {
     if (!inStatement_) throw Error(ErrorCode::kUsage, "A page is changed outside a statement");
-    const PageRef hold = Read(number);
-    Page* const page = Find(number);
+    Page* const page = Load(number);
     Remember(page);
     if (!page->dirty) {
         page->dirty = true;
@@ -223,7 +240,8 @@ void Pager::BeginStatement() {
 
 void Pager::EndStatement() {
     inStatement_ = false;
-    images_.clear();
+    for (Page* page : touched_) ForgetImage(page);
+    touched_.clear();
     ++pending_;
     if (pending_ >= options_.batch) {
         Commit();
@@ -238,13 +256,13 @@ void Pager::EndStatement() {
 }
 
 void Pager::UndoStatement() noexcept {
-    for (auto& [number, image] : images_) {
-        const auto found = index_.find(number);
-        if (found == index_.end()) continue;
-        found->second->bytes = image->bytes;
-        found->second->dirty = image->dirty;
+    for (Page* page : touched_) {
+        page->bytes = page->before->bytes;
+        page->dirty = page->before->dirty;
+        page->ends.reset();
+        ForgetImage(page);
     }
-    images_.clear();
+    touched_.clear();
     std::erase_if(dirty_, [this](Page* page) {
         if (page->number < statementPages_) return !page->dirty;
         Drop(page);
@@ -284,9 +302,23 @@ void Pager::WriteOut() {
     const auto grown = std::find_if(dirty_.begin(), dirty_.end(),
                                     [this](const Page* page) { return page->number >= transactionPages_; });
     std::rotate(dirty_.begin(), grown, dirty_.end());
-    for (const Page* page : dirty_) file_->WriteAt(std::uint64_t{page->number} * kPageSize, page->bytes);
+    WritePages();
     for (Page* page : dirty_) page->dirty = false;
     dirty_.clear();
+}
+
+/// Writes the changed pages, neighbours together.
+void Pager::WritePages() {
+    constexpr std::size_t kMostTogether = 64;
+    Bytes run;
+    for (std::size_t i = 0; i < dirty_.size(); ++i) {
+        AppendBytes(run, dirty_[i]->bytes);
+        const PageNo next = dirty_[i]->number + 1;
+        const bool goesOn = i + 1 < dirty_.size() && dirty_[i + 1]->number == next;
+        if (goesOn && run.size() < kMostTogether * kPageSize) continue;
+        file_->WriteAt(std::uint64_t{next} * kPageSize - run.size(), run);
+        run.clear();
+    }
 }
 
 void Pager::UndoTransaction() noexcept {

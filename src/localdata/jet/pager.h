@@ -17,13 +17,26 @@ enum class Durability {
     kPower,   ///< also a power cut; costs two or three flushes per transaction
 };
 
+/// Where the entries of an index page end, in its area; checked (see IndexPage).
+using EntryEnds = std::vector<std::uint16_t>;
+
+using PageBytes = std::array<Byte, kPageSize>;
+
+/// A page as it was before a change.
+struct PageImage {
+    bool dirty;
+    PageBytes bytes;
+};
+
 /// A page in memory.
 struct Page {
     PageNo number = 0;
     int pins = 0;
     bool dirty = false;
     bool recent = false;
-    std::array<Byte, kPageSize> bytes;
+    std::shared_ptr<const EntryEnds> ends; ///< null: not known, as the page was read or changed since
+    std::unique_ptr<PageImage> before; ///< as the open statement found it; null: not changed by it, or new
+    PageBytes bytes;
 };
 
 /// Keeps a page in memory while it lives.
@@ -45,6 +58,8 @@ class PageRef {
     const Byte* data() const { return page_->bytes.data(); }
     PageNo number() const { return page_->number; }
     explicit operator bool() const { return page_ != nullptr; }
+    const std::shared_ptr<const EntryEnds>& ends() const { return page_->ends; }
+    void KeepEnds(std::shared_ptr<const EntryEnds> ends) const { page_->ends = std::move(ends); }
 
   protected:
     Page* page_ = nullptr;
@@ -55,7 +70,10 @@ class PageEdit : public PageRef {
   public:
     PageEdit() = default;
     explicit PageEdit(Page* page) : PageRef(page) {}
-    Byte* edit() const { return page_->bytes.data(); }
+    Byte* edit() const {
+        page_->ends.reset();
+        return page_->bytes.data();
+    }
 };
 
 /// All page input and output of one open file: cache, transactions, recovery. One thread at a time.
@@ -95,6 +113,7 @@ class Pager {
     PageEdit Append();
 
     void SetBatch(unsigned statements) { options_.batch = statements == 0 ? 1 : statements; }
+    bool hasOpenStatements() const { return pending_ > 0; }
     /// Writes the open transaction; what it holds is safe when this returns. On failure nothing of it is left.
     void Commit();
     /// Commits and closes the file; later calls fail with kUsage.
@@ -105,21 +124,18 @@ class Pager {
 
     Pager(Storage& storage, const std::filesystem::path& path, std::unique_ptr<File> file, const Options& options);
     void CheckUsable() const;
-    Page* Find(PageNo page);
+    Page* Load(PageNo page);
     Page* NewFrame(PageNo page);
     void Drop(Page* page) noexcept;
     bool MakeRoom();
     void Remember(Page* page);
+    void ForgetImage(Page* page) noexcept;
     void BeginStatement();
     void EndStatement();
     void UndoStatement() noexcept;
     void WriteOut();
+    void WritePages();
     void UndoTransaction() noexcept;
-
-    struct Image {
-        bool dirty;
-        std::array<Byte, kPageSize> bytes;
-    };
 
     std::unique_ptr<File> file_;
     Options options_;
@@ -138,7 +154,8 @@ class Pager {
     unsigned pending_ = 0;        ///< statements in the open transaction
     PageNo transactionPages_ = 0; ///< page count when it began
     PageNo statementPages_ = 0;
-    std::unordered_map<PageNo, std::unique_ptr<Image>> images_; ///< as the statement found them
+    std::vector<Page*> touched_; ///< pages with an image
+    std::vector<std::unique_ptr<PageImage>> spareImages_;
     std::vector<Page*> dirty_;
     std::unordered_set<PageNo> journaled_;
 };

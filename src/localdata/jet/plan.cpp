@@ -57,6 +57,7 @@ std::optional<Stretch> EqualityStretch(const TableDef& def, const std::vector<Bo
         const auto value = index ? EqualityValue(condition) : std::nullopt;
         if (!value) continue;
         Bytes key;
+        key.reserve(kUsualKey);
         AppendKey(key, condition.column(), *value, index->columns[0].ascending);
         return Stretch{index, key, true, key, true};
     }

@@ -191,7 +191,7 @@ class Parser {
     }
     std::u16string Name() {
         if (token_.kind != Token::kName) Unexpected();
-        std::u16string name = token_.text;
+        std::u16string name = std::move(token_.text);
         Advance();
         return name;
     }
@@ -206,7 +206,7 @@ class Parser {
     }
 
     void Term(int depth) {
-        if (const auto column = Primary(depth)) Comparison(*column);
+        if (auto column = Primary(depth)) Comparison(std::move(*column));
     }
 
     /// A parenthesis holds a column's name or whole conditions; only its end tells which.
@@ -216,7 +216,7 @@ class Parser {
         Advance();
         auto column = Primary(depth + 1);
         if (column && !IsSymbol(u")")) {
-            Comparison(*column);
+            Comparison(std::move(*column));
             column.reset();
         }
         if (!column) {
@@ -240,18 +240,18 @@ class Parser {
         return name;
     }
 
-    void Comparison(const ColumnName& name) {
+    void Comparison(ColumnName name) {
         static constexpr std::u16string_view kSymbols[] = {u"=", u"<>", u"<", u"<=", u">", u">="};
         Condition condition;
-        condition.table = name.table;
-        condition.column = name.column;
+        condition.table = std::move(name.table);
+        condition.column = std::move(name.column);
         std::size_t op = 0;
         while (op < std::size(kSymbols) && !IsSymbol(kSymbols[op])) ++op;
         if (op == std::size(kSymbols)) Unexpected();
         condition.op = static_cast<CompareOp>(op);
         Advance();
         if (token_.kind == Token::kText) {
-            condition.literal = token_.text;
+            condition.literal = std::move(token_.text);
         } else if (token_.kind == Token::kNumber) {
             condition.literal = token_.number;
         } else {

@@ -210,8 +210,7 @@ Bytes EncodeTextCell(const Column& column, const std::u16string& text) {
 
 } // namespace
 
-Bytes EncodeCell(const Column& column, const Value& given) {
-    const Value value = Coerce(column, given);
+Bytes EncodeCell(const Column& column, const Value& value) {
     switch (column.type) {
     case ColumnType::kBoolean:
         return {std::get<bool>(value) ? Byte{1} : Byte{0}};
@@ -251,40 +250,47 @@ Bytes EncodeCell(const Column& column, const Value& given) {
 }
 
 Bytes EncodeRow(const TableDef& def, const std::vector<std::optional<Bytes>>& cells) {
-    Bytes row(2 + def.fixedSize);
+    const std::size_t variables = def.variableColumns;
+    const std::size_t maskSize = (std::size_t{def.maxColumns} + 7) / 8;
+    const std::size_t offsetsSize = variables > 0 ? 2 * variables + 4 : 0;
+    std::size_t size = 2 + def.fixedSize + offsetsSize + maskSize;
+    std::vector<const Bytes*> cellAt(variables); // by variable index
+    for (std::size_t i = 0; i < def.columns.size(); ++i) {
+        const Column& column = def.columns[i];
+        if (!cells[i] || column.IsFixed() || column.type == ColumnType::kBoolean) continue;
+        if (column.variableIndex >= variables) ThrowCorrupt("a column has a wrong place", def.page);
+        cellAt[column.variableIndex] = &*cells[i];
+        size += cells[i]->size();
+    }
+    // A relocated row leaves an address of four bytes behind, which must always find room.
+    const std::size_t padding = size < 4 ? 4 - size : 0;
+    if (size > kMaxRow) throw Error(ErrorCode::kValueTooLong, "The record is too large");
+
+    Bytes row(size + padding);
     Store16(row.data(), def.maxColumns);
-    Bytes mask((std::size_t{def.maxColumns} + 7) / 8);
-    std::vector<const Bytes*> variables(def.variableColumns);
+    Byte* const mask = row.data() + row.size() - maskSize;
     for (std::size_t i = 0; i < def.columns.size(); ++i) {
         const Column& column = def.columns[i];
         if (!cells[i]) continue;
         const bool isFalse = column.type == ColumnType::kBoolean && cells[i]->at(0) == 0;
         if (!isFalse) mask[column.number / 8] = static_cast<Byte>(mask[column.number / 8] | 1U << (column.number % 8));
-        if (column.type == ColumnType::kBoolean) continue;
-        if (column.IsFixed()) {
-            const std::size_t size = std::min<std::size_t>(cells[i]->size(), column.length);
-            std::copy_n(cells[i]->begin(), size, row.begin() + 2 + column.fixedOffset);
-        } else {
-            if (column.variableIndex >= variables.size()) ThrowCorrupt("a column has a wrong place", def.page);
-            variables[column.variableIndex] = &*cells[i];
-        }
+        if (column.type == ColumnType::kBoolean || !column.IsFixed()) continue;
+        std::copy_n(cells[i]->begin(), std::min<std::size_t>(cells[i]->size(), column.length),
+                    row.begin() + 2 + column.fixedOffset);
     }
-    if (def.variableColumns > 0) {
-        std::vector<std::size_t> offsets;
-        for (const Bytes* cell : variables) {
-            offsets.push_back(row.size());
-            if (cell) AppendBytes(row, *cell);
-            if (row.size() > kPageSize) break;
-        }
-        offsets.resize(def.variableColumns, row.size());
-        Append16(row, static_cast<std::uint32_t>(row.size()));
-        for (std::size_t k = def.variableColumns; k-- > 0;) Append16(row, static_cast<std::uint32_t>(offsets[k]));
-        Append16(row, def.variableColumns);
+    if (variables == 0) return row;
+    // Cells one after another; behind them where they end and, from the last to the first, where they start.
+    std::size_t at = 2 + def.fixedSize;
+    Byte* offset = mask - 2;
+    Store16(offset, def.variableColumns);
+    for (std::size_t k = 0; k < variables; ++k) {
+        offset -= 2;
+        Store16(offset, static_cast<std::uint32_t>(at));
+        if (!cellAt[k]) continue;
+        std::copy(cellAt[k]->begin(), cellAt[k]->end(), row.begin() + static_cast<std::ptrdiff_t>(at));
+        at += cellAt[k]->size();
     }
-    AppendBytes(row, mask);
-    // A relocated row leaves an address of four bytes behind, which must always find room.
-    if (row.size() < 4) row.insert(row.begin() + 2, 4 - row.size(), Byte{0});
-    if (row.size() > kMaxRow) throw Error(ErrorCode::kValueTooLong, "The record is too large");
+    Store16(offset - 2, static_cast<std::uint32_t>(at));
     return row;
 }
 

@@ -29,8 +29,8 @@ class RowView {
 /// A cell's value; not for MEMO and OLE. Throws kCorrupt when the bytes do not suit the type.
 Value DecodeCell(const Column& column, ByteView stored, PageNo page);
 
-/// A value's stored bytes; not for MEMO, OLE and NULL. BOOLEAN gives one byte, 0 or 1.
-/// Throws kTypeMismatch, kValueTooLong.
+/// The stored bytes of a value in the column's type (see Coerce); not for MEMO, OLE and NULL. BOOLEAN gives one byte, 0
+/// or 1. Throws kValueTooLong.
 Bytes EncodeCell(const Column& column, const Value& value);
 
 /// Lays out a row; `cells` by column position, nothing for NULL. Throws kValueTooLong when it does not fit a page.

@@ -3,7 +3,7 @@
 #include "localdata/jet/error.h"
 
 #include <algorithm>
-#include <array>
+#include <cstring>
 
 namespace quorvex::localdata::jet {
 namespace {
@@ -16,11 +16,9 @@ std::size_t FreeBytes(const Byte* page) {
     return Load16(page + kDataFree);
 }
 
-/// Free bytes counted from the slots, which must all be in order before a page is changed.
+/// Free bytes counted from the slots.
 std::size_t CheckedFree(const DataPage& page) {
-    std::size_t lowest = kPageSize;
-    for (unsigned slot = 0; slot < page.slotCount(); ++slot) lowest -= page.Get(slot).bytes.size();
-    return lowest - kDataSlots - 2 * page.slotCount();
+    return page.CheckedLowest() - kDataSlots - 2 * page.slotCount();
 }
 
 void StoreFree(Byte* page, std::size_t lowest, unsigned slots) {
@@ -32,11 +30,10 @@ void StoreFree(Byte* page, std::size_t lowest, unsigned slots) {
 RowId RowSpace::Place(ByteView row, std::uint16_t flags) {
     const std::size_t need = row.size() + 2;
     PageEdit target;
-    PageNo candidate = kMaxPages;
+    PageNo candidate = pager_->pageCount();
     for (int tries = 0; tries < kPagesTried; ++tries) {
         candidate = free_.HighestBelow(candidate);
         if (candidate == 0) break;
-        if (candidate >= pager_->pageCount()) ThrowCorrupt("a table owns a page past the end of the file", candidate);
         const DataPage page = OpenDataPage(*pager_, candidate, owner_);
         if (page.slotCount() >= kMaxSlots || CheckedFree(page) < need) continue;
         target = pager_->Edit(candidate);
@@ -65,27 +62,24 @@ RowId RowSpace::Place(ByteView row, std::uint16_t flags) {
 
 bool RowSpace::Replace(RowId id, ByteView row, std::uint16_t flags) {
     const DataPage page = OpenDataPage(*pager_, id.page, owner_);
-    const std::size_t oldSize = page.Get(id.slot).bytes.size();
-    if (CheckedFree(page) + oldSize < row.size()) return false;
+    const std::size_t lowest = page.CheckedLowest();
+    const ByteView old = page.Get(id.slot).bytes;
+    const unsigned slots = page.slotCount();
+    if (lowest - kDataSlots - 2 * slots + old.size() < row.size()) return false;
+    const auto start = static_cast<std::size_t>(old.data() - page.page().data());
+    const std::size_t end = start + old.size();
     const PageEdit edit = pager_->Edit(id.page);
     Byte* const p = edit.edit();
-    std::array<Byte, kPageSize> old;
-    std::copy_n(p, kPageSize, old.begin());
-    const unsigned slots = page.slotCount();
-    std::size_t oldEnd = kPageSize;
-    std::size_t end = kPageSize;
-    for (unsigned slot = 0; slot < slots; ++slot) {
-        const std::uint16_t word = Load16(old.data() + kDataSlots + 2 * slot);
-        const std::size_t oldStart = word & kSlotStart;
-        const bool changed = slot == id.slot;
-        const ByteView bytes = changed ? row : ByteView(old.data() + oldStart, oldEnd - oldStart);
-        const std::uint32_t kept = changed ? flags : word & ~std::uint32_t{kSlotStart};
-        end -= bytes.size();
-        std::copy(bytes.begin(), bytes.end(), p + end);
-        Store16(p + kDataSlots + 2 * slot, static_cast<std::uint32_t>(end) | kept);
-        oldEnd = oldStart;
+    // The rows below give way or close up; a slot's flags stand above its address.
+    const std::size_t newLowest = lowest + old.size() - row.size();
+    std::memmove(p + newLowest, p + lowest, start - lowest);
+    std::copy(row.begin(), row.end(), p + end - row.size());
+    for (unsigned slot = id.slot; slot < slots; ++slot) {
+        Byte* const word = p + kDataSlots + 2 * slot;
+        Store16(word, static_cast<std::uint32_t>(Load16(word) + newLowest - lowest));
     }
-    StoreFree(p, end, slots);
+    Store16(p + kDataSlots + 2 * id.slot, static_cast<std::uint32_t>(end - row.size()) | flags);
+    StoreFree(p, newLowest, slots);
     NoteFree(id.page);
     return true;
 }

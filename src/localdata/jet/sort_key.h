@@ -6,6 +6,9 @@
 
 namespace quorvex::localdata::jet {
 
+/// Bytes to set aside for a key.
+inline constexpr std::size_t kUsualKey = 64;
+
 /// Appends one index column's part of a key: flag byte, then the value.
 /// Throws kUnsupported for text that cannot be indexed here, kTypeMismatch for a value of another type.
 void AppendKey(Bytes& key, const Column& column, const Value& value, bool ascending);

@@ -60,6 +60,7 @@ TableWriter::Keys TableWriter::MakeKeys(const std::vector<Value>& values) const 
     Keys keys;
     for (const Index& index : def_->indexes) {
         Bytes key;
+        key.reserve(kUsualKey);
         std::size_t nulls = 0;
         for (const IndexColumn& part : index.columns) {
             const Value& value = values[part.column];
@@ -89,7 +90,7 @@ void TableWriter::CheckUnique(const Keys& keys, const Keys& oldKeys, RowId excep
     }
 }
 
-/// Stored cells: new ones for what changed, an old row's own for the rest. Writes long values.
+/// Stored cells: new ones for what changed, an old row's own for the rest. Writes long values and frees replaced ones.
 TableWriter::Cells TableWriter::MakeCells(std::vector<Value>& values, const std::vector<bool>& changed,
                                           const Row* old) {
     const std::size_t count = def_->columns.size();
@@ -116,8 +117,16 @@ TableWriter::Cells TableWriter::MakeCells(std::vector<Value>& values, const std:
     const bool mayInline = size <= kMaxRow;
     for (std::size_t i = 0; i < count; ++i) {
         const Column& column = def_->columns[i];
-        if (cells[i] || !column.IsLong() || (old && !changed[i]) || IsNull(values[i])) continue;
-        cells[i] = WriteLongValue(*pager_, *allocator_, column, longBytes[i], mayInline);
+        if (cells[i] || !column.IsLong() || (old && !changed[i])) continue;
+        const auto oldCell = old ? old->Stored(i) : std::nullopt;
+        if (!oldCell || oldCell->empty()) {
+            if (!IsNull(values[i])) cells[i] = WriteLongValue(*pager_, *allocator_, column, longBytes[i], mayInline);
+        } else if (IsNull(values[i])) {
+            FreeLongValue(*pager_, *allocator_, column, *oldCell, old->id().page);
+        } else {
+            cells[i] =
+                ReplaceLongValue(*pager_, *allocator_, column, longBytes[i], mayInline, *oldCell, old->id().page);
+        }
     }
     return cells;
 }
@@ -165,9 +174,6 @@ void TableWriter::Update(RowId id, std::span<const Assignment> given) {
         if (keys[i] == oldKeys[i]) continue;
         if (oldKeys[i]) IndexTree(*pager_, *allocator_, *def_, def_->indexes[i]).Remove(*oldKeys[i], id);
         if (keys[i]) AddEntry(i, *keys[i], id);
-    }
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (changed[i]) FreeLongCell(old, i);
     }
 }
 

@@ -10,10 +10,11 @@ constexpr Byte kMark1 = 0xFE;
 constexpr char16_t kByteOrderMark = 0xFEFF;
 
 std::u16string DecodeCompressed(ByteView stored) {
-    std::u16string text;
+    const Byte* const zero = std::find(stored.data() + 2, stored.data() + stored.size(), Byte{0});
+    std::u16string text(stored.data() + 2, zero); // most texts have no other part
     text.reserve(stored.size());
     bool narrow = true;
-    for (std::size_t i = 2; i < stored.size();) {
+    for (auto i = static_cast<std::size_t>(zero - stored.data()); i < stored.size();) {
         if (stored[i] == 0) {
             narrow = !narrow;
             ++i;
@@ -42,16 +43,18 @@ Bytes EncodeText(std::u16string_view text, bool compress) {
     constexpr std::size_t kShortest = 3;
     constexpr std::size_t kLongest = 1024;
     if (text.starts_with(kByteOrderMark)) text.remove_prefix(1);
-    const bool narrow = std::all_of(text.begin(), text.end(), [](char16_t c) { return c >= 1 && c <= 0xFF; });
+    const auto fitsByte = [](char16_t c) { return c >= 1 && c <= 0xFF; };
     Bytes stored;
-    if (compress && narrow && text.size() >= kShortest && text.size() <= kLongest) {
-        stored.reserve(2 + text.size());
-        stored = {kMark0, kMark1};
-        for (const char16_t c : text) stored.push_back(static_cast<Byte>(c));
+    if (compress && text.size() >= kShortest && text.size() <= kLongest &&
+        std::all_of(text.begin(), text.end(), fitsByte)) {
+        stored.resize(2 + text.size());
+        stored[0] = kMark0;
+        stored[1] = kMark1;
+        std::transform(text.begin(), text.end(), stored.begin() + 2, [](char16_t c) { return static_cast<Byte>(c); });
         return stored;
     }
-    stored.reserve(2 * text.size());
-    for (const char16_t c : text) Append16(stored, c);
+    stored.resize(2 * text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) Store16(stored.data() + 2 * i, text[i]);
     return stored;
 }
 

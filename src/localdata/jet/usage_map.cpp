@@ -14,16 +14,6 @@ constexpr Byte kReferenceMap = 1;
 constexpr std::size_t kInlineBits = 5;
 constexpr std::size_t kBitmapStart = 4;
 
-/// Calls `action` with base + i for every bit i set.
-template <typename Action>
-void EachBit(ByteView bitmap, PageNo base, const Action& action) {
-    for (std::size_t i = 0; i < bitmap.size(); ++i) {
-        for (unsigned byte = bitmap[i]; byte != 0; byte &= byte - 1) {
-            action(base + static_cast<PageNo>(8 * i) + static_cast<PageNo>(std::countr_zero(byte)));
-        }
-    }
-}
-
 /// A page of map rows has owner 0, the global one 1.
 DataPage OpenMapPage(Pager& pager, PageNo number) {
     return OpenDataPage(pager, number, number == kGlobalMapPage ? 1U : 0U);
@@ -53,7 +43,7 @@ Byte* EditRow(const PageEdit& page, unsigned slot) {
 } // namespace
 
 /// The row, checked for a form that can be used.
-Bytes UsageMap::Row() const {
+UsageMap::MapRow UsageMap::Row() const {
     if (!exists()) return {};
     const DataPage page = OpenMapPage(*pager_, at_.page);
     const auto slot = page.Get(at_.slot);
@@ -62,36 +52,39 @@ Bytes UsageMap::Row() const {
     if (slot.bytes[0] == kInlineMap && Load32(slot.bytes.data() + 1) > kMaxPages) {
         ThrowCorrupt("a usage map starts past the end", at_.page);
     }
-    return Bytes(slot.bytes.begin(), slot.bytes.end());
+    return {page.page(), slot.bytes};
 }
 
 std::vector<PageNo> UsageMap::Pages() const {
     std::vector<PageNo> pages;
-    const Bytes row = Row();
+    const MapRow held = Row();
+    const ByteView row = held.bytes;
     if (row.empty()) return pages;
     const PageNo limit = pager_->pageCount();
-    const auto add = [&](PageNo page) {
-        if (page >= limit) ThrowCorrupt("a table owns a page past the end of the file", page);
-        pages.push_back(page);
+    const auto add = [&](ByteView bitmap, PageNo base) {
+        EachBit(bitmap, [&](std::size_t bit) {
+            const PageNo page = base + static_cast<PageNo>(bit);
+            if (page >= limit) ThrowCorrupt("a table owns a page past the end of the file", page);
+            pages.push_back(page);
+        });
     };
     if (row[0] == kInlineMap) {
-        const PageNo base = Load32(row.data() + 1);
-        EachBit(ByteView(row).subspan(kInlineBits), base, add);
+        add(row.subspan(kInlineBits), Load32(row.data() + 1));
         return pages;
     }
     for (std::size_t k = 0; 1 + 4 * k + 4 <= row.size(); ++k) {
         const PageNo reference = Load32(row.data() + 1 + 4 * k);
         if (reference == 0) continue;
         const PageRef bitmap = OpenBitmapPage(*pager_, reference);
-        EachBit(ByteView(bitmap.data() + kBitmapStart, kPageSize - kBitmapStart),
-                static_cast<PageNo>(k) * kBitmapPageBits, add);
+        add(ByteView(bitmap.data() + kBitmapStart, kPageSize - kBitmapStart), static_cast<PageNo>(k) * kBitmapPageBits);
     }
     return pages;
 }
 
 std::vector<PageNo> UsageMap::BitmapPages() const {
     std::vector<PageNo> pages;
-    const Bytes row = Row();
+    const MapRow held = Row();
+    const ByteView row = held.bytes;
     if (row.empty() || row[0] == kInlineMap) return pages;
     for (std::size_t k = 0; 1 + 4 * k + 4 <= row.size(); ++k) {
         if (const PageNo reference = Load32(row.data() + 1 + 4 * k); reference != 0) pages.push_back(reference);
@@ -100,7 +93,8 @@ std::vector<PageNo> UsageMap::BitmapPages() const {
 }
 
 bool UsageMap::Contains(PageNo page) const {
-    const Bytes row = Row();
+    const MapRow held = Row();
+    const ByteView row = held.bytes;
     if (row.empty()) return false;
     if (row[0] == kInlineMap) {
         const PageNo base = Load32(row.data() + 1);
@@ -116,12 +110,17 @@ bool UsageMap::Contains(PageNo page) const {
 }
 
 PageNo UsageMap::HighestBelow(PageNo below) const {
-    const Bytes row = Row();
+    const MapRow held = Row();
+    const ByteView row = held.bytes;
     if (row.empty()) return 0;
     const auto highest = [&](const Byte* bitmap, std::size_t size, PageNo base) -> PageNo {
         if (below <= base) return 0;
         std::size_t bits = std::min<std::size_t>(size * 8, below - base);
         while (bits > 0) {
+            if (bits % 64 == 0 && Load64(bitmap + bits / 8 - 8) == 0) {
+                bits -= 64;
+                continue;
+            }
             const std::size_t i = (bits - 1) / 8;
             const unsigned keep = bits % 8 == 0 ? 0xFFU : (1U << (bits % 8)) - 1;
             const unsigned byte = bitmap[i] & keep;
@@ -145,7 +144,8 @@ PageNo UsageMap::HighestBelow(PageNo below) const {
 }
 
 void UsageMap::Add(PageNo page, const NewPage& newPage) {
-    const Bytes row = Row();
+    const MapRow held = Row();
+    const ByteView row = held.bytes;
     if (row.empty()) return;
     if (row[0] == kReferenceMap) {
         const std::size_t k = page / kBitmapPageBits;
@@ -186,7 +186,7 @@ void UsageMap::Add(PageNo page, const NewPage& newPage) {
 
 /// Every dword after the type byte is read as a reference, so the whole row is cleared first.
 void UsageMap::Convert(const std::vector<PageNo>& pages, const NewPage& newPage) {
-    const std::size_t size = Row().size();
+    const std::size_t size = Row().bytes.size();
     {
         const PageEdit map = pager_->Edit(at_.page);
         Byte* const bytes = EditRow(map, at_.slot);
@@ -197,7 +197,8 @@ void UsageMap::Convert(const std::vector<PageNo>& pages, const NewPage& newPage)
 }
 
 void UsageMap::Remove(PageNo page) {
-    const Bytes row = Row();
+    const MapRow held = Row();
+    const ByteView row = held.bytes;
     if (row.empty() || !Contains(page)) return;
     if (row[0] == kInlineMap) {
         ClearBit(EditRow(pager_->Edit(at_.page), at_.slot) + kInlineBits, page - Load32(row.data() + 1));

@@ -30,7 +30,12 @@ class UsageMap {
     void Remove(PageNo page);
 
   private:
-    Bytes Row() const;
+    /// The row's bytes as they stand in their page; empty for a map that was never made.
+    struct MapRow {
+        PageRef page;
+        ByteView bytes;
+    };
+    MapRow Row() const;
     void Convert(const std::vector<PageNo>& pages, const NewPage& newPage);
 
     Pager* pager_;
