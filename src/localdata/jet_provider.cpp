@@ -50,8 +50,8 @@ std::wstring Setting(const std::wstring& text, const std::wstring& key, const st
 class JetConnection final : public Connection {
   public:
     explicit JetConnection(unsigned recordsTogether) : recordsTogether_(recordsTogether) {}
-    // After a failure nobody calls Close, but the records merged before it are to stay, also where they cannot be written
-    // as a group.
+    // After a failure nobody calls Close, but the records merged before it are to stay, also where they cannot be
+    // written as a group.
     ~JetConnection() override {
         try {
             CommitChanges();

@@ -35,7 +35,7 @@ struct Page {
     bool dirty = false;
     bool recent = false;
     std::shared_ptr<const EntryEnds> ends; ///< null: not known, as the page was read or changed since
-    std::unique_ptr<PageImage> before; ///< as the open statement found it; null: not changed by it, or new
+    std::unique_ptr<PageImage> before;     ///< as the open statement found it; null: not changed by it, or new
     PageBytes bytes;
 };
 
