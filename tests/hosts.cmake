@@ -17,25 +17,18 @@ function(quorvex_host_test name)
     SKIP_RETURN_CODE 77 TIMEOUT 300)
 endfunction()
 
-# quorvex_script_test(NAME SCRIPT [SERVICE]): a script of tests/scripts in the host of this preset's bitness.
+# quorvex_script_test(NAME SCRIPT): a script of tests/scripts in the host of this preset's bitness.
 function(quorvex_script_test name script)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "SERVICE" "" "")
-  set(service)
-  if(arg_SERVICE)
-    set(service SERVICE)
-  endif()
-  quorvex_host_test(${name} ${service} ${CMAKE_CURRENT_SOURCE_DIR}/run_script ${quorvex_bits}
+  quorvex_host_test(${name} ${CMAKE_CURRENT_SOURCE_DIR}/run_script ${quorvex_bits}
     ${CMAKE_CURRENT_SOURCE_DIR}/scripts/${script})
 endfunction()
 
 quorvex_script_test(vbscript late_bound.vbs)
 quorvex_script_test(jscript late_bound.js)
-quorvex_script_test(vbscript-truth local_truth.vbs)
-quorvex_script_test(vbscript-web web_mode.vbs SERVICE)
 
 # Web mode beside local mode, early bound: all addresses of the sample data.
 quorvex_sources(modes_sources ${CMAKE_CURRENT_SOURCE_DIR}/modes)
-add_executable(modes_test ${modes_sources} com/host.cpp)
+add_executable(modes_test ${modes_sources} com/host.cpp com/catalogue.cpp)
 target_link_libraries(modes_test PRIVATE quorvex_test_support GTest::gtest_main quorvex_com crypt32)
 quorvex_warnings(modes_test)
 add_dependencies(modes_test QuorvexLookup)

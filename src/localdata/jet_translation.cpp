@@ -61,7 +61,7 @@ struct Converter {
 
 // Most texts have no characters beyond the 16-bit ones; those are converted in one go.
 std::u16string ToUtf16(std::wstring_view text) {
-    const auto isLong = [](wchar_t c) { return sizeof(wchar_t) > 2 && static_cast<char32_t>(c) > 0xFFFF; };
+    const auto isLong = [](char32_t code) { return code > 0xFFFF; };
     if (std::none_of(text.begin(), text.end(), isLong)) {
         std::u16string units(text.size(), u'\0');
         std::transform(text.begin(), text.end(), units.begin(), [](wchar_t c) { return static_cast<char16_t>(c); });
@@ -70,7 +70,7 @@ std::u16string ToUtf16(std::wstring_view text) {
     std::u16string units;
     for (const wchar_t c : text) {
         const auto code = static_cast<char32_t>(c);
-        if (isLong(c)) {
+        if (isLong(code)) {
             units.push_back(static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10)));
             units.push_back(static_cast<char16_t>(0xDC00 + ((code - 0x10000) & 0x3FF)));
         } else {

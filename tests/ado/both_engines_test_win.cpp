@@ -27,7 +27,7 @@ namespace {
 
 using localdata::DatabaseProvider;
 using ::testing::Contains;
-using ::testing::ElementsAreArray;
+using ::testing::ElementsAre;
 
 // A lookup object over a copy of the sample data.
 class Mode {
@@ -60,19 +60,12 @@ class Mode {
 
 class BothEngines : public ::testing::Test {
   protected:
-    // The answers of one engine to a series of questions, field by field.
+    // The answers of one engine to a series of questions.
     using Answers = std::vector<std::wstring>;
 
     static void Note(Answers& answers, lookup::Quorvex& object, bool found) {
         answers.push_back(found ? L"found" : support::ReplaceAll(object.General_errormessage, object.DataPath(), L""));
-        for (const std::wstring& field :
-             {object.Address_Id, object.Address_Organisation, object.Address_Line1, object.Address_Line2,
-              object.Address_Line3, object.Address_Town, object.Address_County, object.Address_Postcode,
-              object.Address_Mailsort, object.PostZon_postcode, object.PostZon_Gridrefeast, object.PostZon_Ward,
-              object.PostZon_Latitude_wgs84, object.PostZon_Longitude_wgs84, object.PostZon_OSreference,
-              object.PostZon_DistanceToHomePostcode}) {
-            answers.push_back(field);
-        }
+        answers.push_back(RecordOf(object));
     }
 
     static Answers Ask(DatabaseProvider& databases) {
@@ -108,7 +101,7 @@ class BothEngines : public ::testing::Test {
 
 TEST_F(BothEngines, EveryLookupGivesTheSame) {
     const Answers answers = Ask(overAdo);
-    EXPECT_GT(answers.size(), 5000U);
+    EXPECT_GT(answers.size(), 1700U);
     const Answers others = Ask(embedded);
     const auto [one, other] = std::mismatch(answers.begin(), answers.end(), others.begin(), others.end());
     EXPECT_TRUE(one == answers.end() && other == others.end())
@@ -139,13 +132,10 @@ TEST_F(BothEngines, AnUpdateLeavesTheSameRecords) {
     for (auto call = find + 2; call != calls.end() && names.size() < 5; ++call) {
         if (*call != L"Recordset.Fields") names.push_back(call->substr(0, call->find(L" =")));
     }
-    EXPECT_THAT(names,
-                ::testing::AnyOf(ElementsAreArray({L"Recordset.Update", L"Recordset.Fields(FT_PostCode).Value",
-                                                   L"Recordset.Fields(FT_Address).Value",
-                                                   L"Recordset.Fields(FT_Update).Value", L"Recordset.UpdateBatch"}),
-                                 ElementsAreArray({L"Recordset.AddNew", L"Recordset.Fields(FT_PostCode).Value",
-                                                   L"Recordset.Fields(FT_Address).Value",
-                                                   L"Recordset.Fields(FT_Update).Value", L"Recordset.UpdateBatch"})));
+    EXPECT_THAT(names.at(0), ::testing::AnyOf(L"Recordset.Update", L"Recordset.AddNew"));
+    names.erase(names.begin());
+    EXPECT_THAT(names, ElementsAre(L"Recordset.Fields(FT_PostCode).Value", L"Recordset.Fields(FT_Address).Value",
+                                   L"Recordset.Fields(FT_Update).Value", L"Recordset.UpdateBatch"));
 }
 
 } // namespace

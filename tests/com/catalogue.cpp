@@ -2,28 +2,17 @@
 
 #include "com/host.h"
 
+#include <map>
+
 namespace quorvex::testing {
 namespace {
 
 std::wstring TypeName(VARTYPE type) {
-    switch (type) {
-    case VT_VOID:
-        return L"none";
-    case VT_BSTR:
-        return L"text";
-    case VT_BOOL:
-        return L"boolean";
-    case VT_I2:
-        return L"short";
-    case VT_I4:
-        return L"long";
-    case VT_R8:
-        return L"double";
-    case VT_VARIANT:
-        return L"variant";
-    default:
-        return L"type" + std::to_wstring(type);
-    }
+    static const std::map<VARTYPE, const wchar_t*> names = {
+        {VT_VOID, L"none"}, {VT_BSTR, L"text"}, {VT_BOOL, L"boolean"},   {VT_I2, L"short"},
+        {VT_I4, L"long"},   {VT_R8, L"double"}, {VT_VARIANT, L"variant"}};
+    const auto name = names.find(type);
+    return name == names.end() ? L"type" + std::to_wstring(type) : name->second;
 }
 
 Parameter Read(const ELEMDESC& element, const std::wstring& name) {

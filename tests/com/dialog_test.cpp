@@ -3,6 +3,7 @@
 
 #include "com/host.h"
 #include "dialogs/address_controls_win.h"
+#include "support_code/after.h"
 #include "windows/driver.h"
 
 namespace quorvex::testing {
@@ -25,14 +26,6 @@ std::string Page(const std::string& target) {
 const LoadedDll& Dll() {
     static const LoadedDll* const dll = new LoadedDll;
     return *dll;
-}
-
-// The host's only reference, dropped by a timer.
-std::atomic<_Quorvex*> onlyReference{nullptr};
-
-void CALLBACK DropReference(HWND, UINT, UINT_PTR timer, DWORD) noexcept {
-    KillTimer(nullptr, timer);
-    onlyReference.exchange(nullptr)->Release();
 }
 
 VARIANT_BOOL Show(_Quorvex* object, const wchar_t* postcode) {
@@ -88,13 +81,14 @@ TEST(DialogThroughTheDll, StopEndsARequestThatIsNeverAnswered) {
 }
 
 TEST(DialogThroughTheDll, TheHostMayDropItsLastReferenceWhileTheDialogIsOpen) {
+    std::atomic<_Quorvex*> onlyReference{nullptr};
     HostThread host([&] {
         onlyReference = Dll().Create().release();
-        EXPECT_NE(SetTimer(nullptr, 0, 300, &DropReference), 0u);
+        const After drop(300, [&] { onlyReference.exchange(nullptr)->Release(); });
         EXPECT_EQ(Show(onlyReference, L""), VARIANT_FALSE);
     });
     const HWND dialog = WaitForWindow(kCaption);
-    ASSERT_TRUE(WaitUntil([] { return onlyReference == nullptr; }));
+    ASSERT_TRUE(WaitUntil([&] { return onlyReference == nullptr; }));
     Type(GetDlgItem(dialog, kInpPostcode), L"AB1");
     ClickId(dialog, kCommand1);
     EXPECT_TRUE(host.WaitDone());

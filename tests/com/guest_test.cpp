@@ -1,6 +1,6 @@
 // The component is a guest in its host's process: it changes nothing there, leaks nothing, and bears being called back.
 #include "com/host.h"
-#include "support_code/tsv.h"
+#include "support_code/after.h"
 #include "transport/socket_server.h"
 
 #include <psapi.h>
@@ -8,7 +8,6 @@
 #include <cfloat>
 #include <clocale>
 #include <cstring>
-#include <functional>
 #include <map>
 
 namespace quorvex::testing {
@@ -116,39 +115,18 @@ TEST_F(GuestTest, TwoObjectsKeepTheirSettingsApart) {
     const Ptr<_Quorvex> other = CreateRegistered();
     ASSERT_EQ(other->put_ServerURL(Text(L"http://127.0.0.1:1")), S_OK);
     UseSample(object_.get());
-    VARIANT_BOOL found = VARIANT_FALSE;
-    ASSERT_EQ(object_->GetFullAddressToList(Text(L"AB1 0DF").Ref(), &found), S_OK);
-    EXPECT_EQ(found, VARIANT_TRUE);
-    ASSERT_EQ(other->GetFullAddressToList(Text(L"AB1 0DF").Ref(), &found), S_OK);
-    EXPECT_EQ(found, VARIANT_FALSE); // in web mode, where nobody answers
-    Text error, line;
-    other->get_General_errormessage(error.Out());
-    EXPECT_NE(error.Str().find(L"timed out"), std::wstring::npos) << error.Str();
-    object_->GetFullAddressLineForSelection(line.Out());
-    EXPECT_FALSE(line.Str().empty());
-    other->GetFullAddressLineForSelection(line.Out());
-    EXPECT_TRUE(line.Str().empty());
+    const auto found = [](const Ptr<_Quorvex>& object) {
+        return Call(object.get(), L"GetFullAddressToList", {L"AB1 0DF"}).result.boolVal != VARIANT_FALSE;
+    };
+    const auto line = [](const Ptr<_Quorvex>& object) {
+        return Call(object.get(), L"GetFullAddressLineForSelection", {}).result.Str();
+    };
+    EXPECT_TRUE(found(object_));
+    EXPECT_FALSE(found(other)); // in web mode, where nobody answers
+    EXPECT_NE(Get(other.get(), L"General_errormessage").result.Str().find(L"timed out"), std::wstring::npos);
+    EXPECT_NE(line(object_), L"");
+    EXPECT_EQ(line(other), L"");
 }
-
-// Calls an action from the thread's message loop, once.
-class Timer {
-  public:
-    Timer(unsigned milliseconds, std::function<void()> action) {
-        Action() = std::move(action);
-        SetTimer(nullptr, 0, milliseconds, Tick);
-    }
-    static bool Fired() { return Action() == nullptr; }
-
-  private:
-    static void CALLBACK Tick(HWND, UINT, UINT_PTR id, DWORD) {
-        KillTimer(nullptr, id);
-        if (const auto run = std::exchange(Action(), nullptr)) run();
-    }
-    static std::function<void()>& Action() {
-        static std::function<void()> action;
-        return action;
-    }
-};
 
 TEST_F(GuestTest, TheHostMayCallBackWhileARequestWaits) {
     const SocketServer server([](Connection& connection, const std::string&) {
@@ -156,27 +134,18 @@ TEST_F(GuestTest, TheHostMayCallBackWhileARequestWaits) {
         connection.Reply("<confirm>Yes</confirm><recordcount>7</recordcount>");
     });
     object_->put_ServerURL(Text(server.Url(L"")));
-    std::wstring formatted, second = L"untouched", otherSecond = L"untouched";
     const Ptr<_Quorvex> other = CreateRegistered();
-    const Timer timer(100, [&] {
-        Text result;
-        object_->FormatPostCode(Text(L"AB13CD"), result.Out());
-        formatted = result.Str();
-        object_->GetDataFromHTTPRequest(Text(server.Url(L"/second")).Ref(), result.Out());
-        second = result.Str();
-        other->GetDataFromHTTPRequest(Text(server.Url(L"/other")).Ref(), result.Out());
-        otherSecond = result.Str();
+    Text formatted, second(L"untouched");
+    const After callBack(100, [&] {
+        object_->FormatPostCode(Text(L"AB13CD"), formatted.Out());
+        other->GetDataFromHTTPRequest(Text(server.Url(L"/second")).Ref(), second.Out());
     });
-    VARIANT_BOOL found = VARIANT_FALSE;
-    ASSERT_EQ(object_->GetFullAddressToList(Text(L"AB1 0DF").Ref(), &found), S_OK);
-    EXPECT_TRUE(Timer::Fired());
-    EXPECT_EQ(formatted, L"AB1 3CD");
-    EXPECT_EQ(second, L""); // one request at a time in the whole process
-    EXPECT_EQ(otherSecond, L"");
-    EXPECT_EQ(found, VARIANT_TRUE);
-    long count = 0;
-    object_->get_RecordCount(&count);
-    EXPECT_EQ(count, 7);
+    const Outcome found = Call(object_.get(), L"GetFullAddressToList", {L"AB1 0DF"});
+    EXPECT_TRUE(callBack.Fired());
+    EXPECT_EQ(formatted.Str(), L"AB1 3CD");
+    EXPECT_EQ(second.Str(), L""); // one request at a time in the whole process
+    EXPECT_EQ(found.result.boolVal, VARIANT_TRUE);
+    EXPECT_EQ(Get(object_.get(), L"RecordCount").result.lVal, 7);
     EXPECT_EQ(server.Heads().size(), 1U);
 }
 
@@ -186,7 +155,7 @@ TEST_F(GuestTest, AnObjectReleasedDuringItsOwnRequestLivesToTheEndOfIt) {
         connection.Reply("late");
     });
     _Quorvex* const object = object_.get();
-    const Timer timer(100, [&] { object_.reset(); });
+    const After release(100, [&] { object_.reset(); });
     Text result;
     ASSERT_EQ(object->GetDataFromHTTPRequest(Text(server.Url(L"/")).Ref(), result.Out()), S_OK);
     EXPECT_EQ(object_, nullptr);

@@ -1,6 +1,6 @@
 #include "com/host.h"
 
-#include "support_code/tsv.h"
+#include "support_code/sample_data.h"
 
 #include <array>
 
@@ -89,11 +89,7 @@ ComTest::~ComTest() {
 std::wstring ComTest::SampleFolder() {
     if (sample_ == nullptr) {
         sample_ = std::make_unique<TempFolder>();
-        const std::filesystem::path source = DataFolder(L"sample");
-        for (const wchar_t* name :
-             {L"PAF_FULL.dat", L"PAF_THOURGHFARE.dat", L"PAF_POSTZON.dat", L"PAF_SUBSTITUTION.txt"}) {
-            std::filesystem::copy_file(source / name, sample_->Path() / name);
-        }
+        CopySampleData(sample_->Text());
     }
     return sample_->Text();
 }

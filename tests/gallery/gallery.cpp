@@ -21,22 +21,6 @@ using namespace quorvex::dialogs;
 
 constexpr wchar_t kCaption[] = L"Find address";
 
-std::wstring Houses(const wchar_t* street, int from, int to) {
-    std::wstring records;
-    for (int n = from; n <= to; ++n) {
-        records += L"<record><id>ZZ99_" + std::to_wstring(n) + L"_F</id><line>" + std::to_wstring(n) + L" " + street +
-                   L"</line></record>";
-    }
-    return records;
-}
-
-std::wstring ListPage() {
-    return L"<x><confirm>Yes</confirm><credits_display_showbutton>1</credits_display_showbutton><recordcount>22</"
-           L"recordcount>"
-           L"<addressdata>" +
-           Houses(L"Victoria Road The East Side Demo Data Wisbech", 1, 22) + L"</addressdata></x>";
-}
-
 std::wstring TreePage() {
     std::wstring items;
     for (const wchar_t* street :
@@ -54,7 +38,9 @@ std::wstring Answer(const std::wstring& url) {
         return L"<x><LookupListVersion>1</LookupListVersion><A>AB,BA,CB,PE</A><T>Bath,Cambridge,Canterbury,Wisbech</T>"
                L"<O>Cambridgeshire,Kent,Somerset</O></x>";
     }
-    return url.find(L"Adv.aspx") != std::wstring::npos ? TreePage() : ListPage();
+    if (url.find(L"Adv.aspx") != std::wstring::npos) return TreePage();
+    return ListReply(22, L"<credits_display_showbutton>1</credits_display_showbutton>",
+                     L"Victoria Road The East Side Demo Data Wisbech");
 }
 
 void FillCriteria(HWND dialog) {
@@ -75,12 +61,6 @@ void Play(const std::wstring& scene, HWND dialog) {
         FocusOn(GetDlgItem(dialog, kLines1));
     }
     if (scene == L"results") WaitUntil([&] { return IsWindowVisible(GetDlgItem(dialog, kBuyMoreButton)) != FALSE; });
-}
-
-// For windows that leave this to their caller; until the end of the program.
-void RunMessages() {
-    MSG message;
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
 }
 
 int Run(const std::wstring& scene, int dpi) {
@@ -105,13 +85,13 @@ int Run(const std::wstring& scene, int dpi) {
         } else if (scene == L"progress") {
             frmInternetAccessForm form(platform, {}, dpi);
             form.Open(kCaption, L"Get file: UPDATE_F_20260331.zip 3,120 of 7,480 Kb  42%");
-            RunMessages();
+            PumpWhile([] { return true; });
         } else if (scene == L"unzip") {
             ZipForm form(platform, dpi);
             form.Load();
             form.SetCaptions(kCaption, L"Unziping file");
             form.SetStatus(L"Extracting UPDATE_F_20260331.zip");
-            RunMessages();
+            PumpWhile([] { return true; });
         } else {
             AddressFormSettings settings;
             settings.caption = kCaption;

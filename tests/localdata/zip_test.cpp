@@ -69,26 +69,29 @@ TEST(ZipArchive, ReadsWhatHonestProgramsWrite) {
     EXPECT_EQ(Unpacked(ZipBuilder().Bytes()), "") << "an archive of nothing";
 }
 
+// What three entries of random text leave, the last one streamed, after a change of the archive.
+std::string Spoiled(const std::function<void(ZipBuilder&)>& spoil) {
+    ZipBuilder builder;
+    builder.Add("a.dat", RandomText(5000, 3));
+    builder.Add("b.dat", RandomText(5000, 4));
+    builder.AddStreamed("c.dat", RandomText(5000, 5), true);
+    spoil(builder);
+    return Unpacked(builder.Bytes());
+}
+
 TEST(ZipArchive, RefusesWhatItDoesNotSupportInClearWords) {
-    const auto refused = [](const std::function<void(ZipBuilder&)>& spoil) {
-        ZipBuilder builder;
-        builder.Add("a.dat", "some text that is here");
-        builder.Add("b.dat", "some other text");
-        spoil(builder);
-        return Unpacked(builder.Bytes());
-    };
     const auto both = [](std::uint16_t ZipPart::*central, std::uint16_t ZipPart::*local, std::uint16_t value) {
         return [=](ZipBuilder& builder) { builder.parts[0].*central = builder.parts[0].*local = value; };
     };
-    EXPECT_THAT(refused(both(&ZipPart::flags, &ZipPart::localFlags, 0x0001)), HasSubstr("encrypted"));
-    EXPECT_THAT(refused(both(&ZipPart::flags, &ZipPart::localFlags, 0x2041)), HasSubstr("encrypted"));
-    EXPECT_THAT(refused(both(&ZipPart::flags, &ZipPart::localFlags, 0x0020)), HasSubstr("patch"));
-    EXPECT_THAT(refused(both(&ZipPart::method, &ZipPart::localMethod, 12)), HasSubstr("method 12"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.zip64Locator = true; }), HasSubstr("zip64"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.parts[0].unpackedSize = 0xFFFFFFFF; }), HasSubstr("zip64"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.disk = 1; }), HasSubstr("volumes"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.parts.resize(1001, b.parts[0]); }), HasSubstr("too many"));
-    EXPECT_THAT(refused([](ZipBuilder& b) {
+    EXPECT_THAT(Spoiled(both(&ZipPart::flags, &ZipPart::localFlags, 0x0001)), HasSubstr("encrypted"));
+    EXPECT_THAT(Spoiled(both(&ZipPart::flags, &ZipPart::localFlags, 0x2041)), HasSubstr("encrypted"));
+    EXPECT_THAT(Spoiled(both(&ZipPart::flags, &ZipPart::localFlags, 0x0020)), HasSubstr("patch"));
+    EXPECT_THAT(Spoiled(both(&ZipPart::method, &ZipPart::localMethod, 12)), HasSubstr("method 12"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.zip64Locator = true; }), HasSubstr("zip64"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.parts[0].unpackedSize = 0xFFFFFFFF; }), HasSubstr("zip64"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.disk = 1; }), HasSubstr("volumes"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.parts.resize(1001, b.parts[0]); }), HasSubstr("too many"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) {
                     b.parts[0].madeBy = 0x031E; // a link, as Unix programs store it
                     b.parts[0].externalAttributes = 0120777U << 16U;
                 }),
@@ -98,29 +101,21 @@ TEST(ZipArchive, RefusesWhatItDoesNotSupportInClearWords) {
 }
 
 TEST(ZipArchive, RefusesHeadersThatContradictEachOther) {
-    const auto refused = [](const std::function<void(ZipBuilder&)>& spoil) {
-        ZipBuilder builder;
-        builder.Add("a.dat", RandomText(5000, 3));
-        builder.Add("b.dat", RandomText(5000, 4));
-        builder.AddStreamed("c.dat", RandomText(5000, 5), true);
-        spoil(builder);
-        return Unpacked(builder.Bytes());
-    };
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.parts[1].localName = "../x.dat"; }), HasSubstr("contradicts"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.parts[1].localMethod = 0; }), HasSubstr("contradicts"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.parts[1].localUnpackedSize = 1; }), HasSubstr("contradicts"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.parts[1].localFlags = 1; }), HasSubstr("contradicts"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.parts[2].descriptor[5] ^= 1; }), HasSubstr("not those of the directory"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.centralOffsetError = -3; }), HasSubstr("not where"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.countError = -1; }), HasSubstr("more than"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.countError = 1; }), HasSubstr("damaged"));
-    EXPECT_THAT(refused([](ZipBuilder& b) { b.parts[1].packedSize = 1U << 30U; }), HasSubstr("cut off"));
-    EXPECT_THAT(refused([](ZipBuilder& b) {
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.parts[1].localName = "../x.dat"; }), HasSubstr("contradicts"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.parts[1].localMethod = 0; }), HasSubstr("contradicts"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.parts[1].localUnpackedSize = 1; }), HasSubstr("contradicts"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.parts[1].localFlags = 1; }), HasSubstr("contradicts"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.parts[2].descriptor[5] ^= 1; }), HasSubstr("not those of the directory"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.centralOffsetError = -3; }), HasSubstr("not where"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.countError = -1; }), HasSubstr("more than"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.countError = 1; }), HasSubstr("damaged"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) { b.parts[1].packedSize = 1U << 30U; }), HasSubstr("cut off"));
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) {
                     b.parts[1] = b.parts[0];
                     b.parts[1].name = b.parts[1].localName = "A.DAT"; // one file on Windows
                 }),
                 HasSubstr("twice"));
-    EXPECT_THAT(refused([](ZipBuilder& b) {
+    EXPECT_THAT(Spoiled([](ZipBuilder& b) {
                     b.parts[1] = b.parts[0];
                     b.parts[1].name = "d.dat"; // two names for the same bytes
                     b.parts[1].claimedOffset = 0;
@@ -201,45 +196,17 @@ TEST(ZipArchive, EveryCutAndEveryFlippedBitIsRefusedOrHarmless) {
 }
 
 TEST(ZipName, OnlyPlainFileNamesPass) {
-    for (const wchar_t* name : {L"UPDATE_F_20260131.dat", L"a", L"read me.txt", L"caf\u00e9.dat", L"COMPANY.dat",
-                                L"com10.dat", L"nullify", L"...a", L"con-1.dat"}) {
+    for (const std::wstring& name : Items(L"UPDATE_F_20260131.dat, a, read me.txt, caf\u00e9.dat, COMPANY.dat, "
+                                          L"com10.dat, nullify, ...a, con-1.dat")) {
         EXPECT_TRUE(localdata::IsPlainFileName(name)) << support::ToUtf8(name);
     }
-    for (const wchar_t* name : {L"",
-                                L".",
-                                L"..",
-                                L"../evil.dat",
-                                L"..\\evil.dat",
-                                L"/evil.dat",
-                                L"\\evil.dat",
-                                L"C:\\evil.dat",
-                                L"C:evil.dat",
-                                L"folder/",
-                                L"a/b",
-                                L"file.dat:stream",
-                                L"trailing.",
-                                L"trailing ",
-                                L" leading",
-                                L"what?",
-                                L"a*",
-                                L"a<b",
-                                L"a|b",
-                                L"\"a\"",
-                                L"tab\t",
-                                L"CON",
-                                L"con.dat",
-                                L"Nul.txt",
-                                L"NUL .dat",
-                                L"aux.",
-                                L"COM1",
-                                L"com9.dat",
-                                L"LPT0.x",
-                                L"COM\u00b2.dat",
-                                L"CONIN$",
-                                L"clock$.dat",
-                                L"\\\\server\\share\\x"}) {
+    for (const std::wstring& name :
+         Items(L"., .., ../evil.dat, ..\\evil.dat, /evil.dat, \\evil.dat, C:\\evil.dat, C:evil.dat, folder/, a/b, "
+               L"file.dat:stream, trailing., what?, a*, a<b, a|b, \"a\", tab\t, CON, con.dat, Nul.txt, NUL .dat, aux., "
+               L"COM1, com9.dat, LPT0.x, COM\u00b2.dat, CONIN$, clock$.dat, \\\\server\\share\\x")) {
         EXPECT_FALSE(localdata::IsPlainFileName(name)) << support::ToUtf8(name);
     }
+    for (const wchar_t* name : {L"", L" leading", L"trailing "}) EXPECT_FALSE(localdata::IsPlainFileName(name));
     EXPECT_FALSE(localdata::IsPlainFileName(std::wstring(201, L'a')));
     EXPECT_FALSE(localdata::IsPlainFileName(std::wstring(L"a\0b", 3)));
     // Bytes that are no text could be read as one name by one program and as another by the next.
@@ -292,13 +259,9 @@ TEST_F(UnzipTest, ExtractsEveryFileAndShowsWhatItDoes) {
     EXPECT_EQ(platform_.pumps, 2);
     EXPECT_TRUE(support::FileExists(archive_)) << "the archive is its caller's";
     EXPECT_TRUE(ErrorLog().empty());
-}
-
-TEST_F(UnzipTest, WithoutATitleItWorksUnseen) {
-    ZipBuilder builder;
-    builder.Add("a.dat", "first");
+    platform_.zipStatus.clear();
     EXPECT_TRUE(Run(builder.Bytes(), true, {}));
-    EXPECT_TRUE(platform_.zipStatus.empty());
+    EXPECT_TRUE(platform_.zipStatus.empty()) << "nothing is shown without a title";
 }
 
 TEST_F(UnzipTest, ReplacesAnExistingFileOnlyWhenToldTo) {
@@ -346,24 +309,6 @@ TEST_F(UnzipTest, NeverReplacesTheDataItself) {
         EXPECT_FALSE(Run(builder.Bytes())) << name;
         EXPECT_TRUE(Files().empty());
     }
-}
-
-TEST_F(UnzipTest, TheSamplePackagesUnpackOrAreRefusedAsAWhole) {
-    const std::wstring updates = DataFolder(L"sample\\updates");
-    const auto run = [&](const std::wstring& file) { return Run(support::ReadFileBytes(updates + L"\\" + file)); };
-    for (const wchar_t* name :
-         {L"UPDATE_F_20260131", L"UPDATE_F_20260228", L"UPDATE_T_20260228", L"UPDATE_Z_20260228"}) {
-        EXPECT_TRUE(run(std::wstring(name) + L".zip"));
-        EXPECT_GT(support::FileSize(folder_.File(std::wstring(name) + L".dat")), 100000);
-    }
-    const std::size_t before = Files().size();
-    for (const wchar_t* name :
-         {L"UPDATE_F_20260402.zip", L"UPDATE_F_20260403.zip", L"UPDATE_F_20260405.zip", L"UPDATE_F_20260406.zip",
-          L"UPDATE_F_20260407.zip", L"UPDATE_F_20260408.zip", L"UPDATE_F_20260412.zip", L"UPDATE_F_20260413.zip"}) {
-        EXPECT_FALSE(run(std::wstring(L"bad\\") + name)) << support::ToUtf8(name);
-    }
-    EXPECT_EQ(Files().size(), before);
-    EXPECT_EQ(support::ListFiles(elsewhere_.Text(), L"", L"").size(), 1U) << "only the archive";
 }
 
 } // namespace

@@ -58,39 +58,14 @@ class Settings : public ::testing::Test {
     Quorvex object{platform};
 };
 
-TEST_F(Settings, DataKeysAreUpperCasedAndCleaned) {
-    object.SetDataKey(L"ab \t1");
-    EXPECT_EQ(object.DataKey(), L"AB 1");
-    EXPECT_FALSE(object.InternalKey());
-    object.SetDataKey(L"\r\ni77");
-    EXPECT_EQ(object.DataKey(), L"I77");
-    EXPECT_TRUE(object.InternalKey());
-    object.SetDataKey(L"");
-    EXPECT_FALSE(object.InternalKey());
-}
-
-TEST_F(Settings, TheDataPathIsSharedAndChoosesTheMode) {
-    EXPECT_FALSE(object.LocalMode());
+TEST_F(Settings, TheDataPathIsTheProcesssAndTheModeEachObjectsOwn) {
     object.LMSetDataPath(L"C:\\data\\");
-    EXPECT_TRUE(object.LocalMode());
     EXPECT_EQ(support::Process().dataPath, L"C:\\data\\");
     Quorvex second(platform);
-    EXPECT_FALSE(second.LocalMode()) << "the mode is each object's own";
+    EXPECT_FALSE(second.LocalMode());
     second.LMSetDataPath(L"");
     EXPECT_EQ(support::Process().dataPath, L"");
     EXPECT_TRUE(object.LocalMode());
-}
-
-TEST_F(Settings, AnEmptyServiceAddressRestoresTheDefault) {
-    const std::wstring builtIn = object.EnsureServerURL();
-    EXPECT_TRUE(builtIn.starts_with(L"http://"));
-    EXPECT_FALSE(builtIn.ends_with(L"/"));
-    object.SetServiceURL(L"http://other");
-    EXPECT_EQ(object.EnsureServerURL(), L"http://other");
-    object.SetServiceURL(L"");
-    EXPECT_EQ(object.ServerURL, L"");
-    EXPECT_EQ(object.EnsureServerURL(), builtIn);
-    EXPECT_EQ(object.ServerURL, builtIn);
 }
 
 // An internal key in local mode is logged under the name that the host set, in whichever order it set them.
@@ -109,10 +84,6 @@ TEST_F(Settings, TheOverrideNameIsForInternalKeysInLocalMode) {
     object.LMSetDataPath(L"C:\\data");
     object.SetDataKey(L"W1");
     EXPECT_EQ(platform.logUserName, L"");
-}
-
-TEST_F(Settings, TheVersionHasThreeNumbers) {
-    EXPECT_EQ(GetVersion(), L"2.4.0");
 }
 
 } // namespace

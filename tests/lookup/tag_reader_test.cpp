@@ -18,13 +18,6 @@ TEST(TagReader, WalksRepeatedElements) {
     EXPECT_EQ(html, L"");
 }
 
-TEST(TagReader, ReadsAttributesByDefault) {
-    std::wstring html = LR"(<a href="http://x" name="y">)";
-    EXPECT_EQ(GetBetweenTags(L"href=\"", html), L"http://x");
-    EXPECT_EQ(GetBetweenTags(L"name=\"", html), L"y");
-    EXPECT_EQ(html, LR"(<a href="http://x" name="y">)") << "nothing is consumed unless asked for";
-}
-
 TEST(TagReader, ComparesExactlyAndUnescapesNothing) {
     std::wstring html = L"<line1 x=\"1\">no</line1><line1> a &amp; b </line1><empty></empty><b>";
     EXPECT_EQ(GetBetweenTags(L"<LINE1>", html, L"</LINE1>", true, L"default"), L"default");

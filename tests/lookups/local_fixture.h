@@ -28,15 +28,6 @@ class LocalTest : public ::testing::Test {
         support::Process().dataPath = logs.Text(); // the sample folder stays as it is
     }
 
-    // A folder with copies of the sample's files, for tests that spoil them.
-    void CopySampleTo(const std::wstring& folder) {
-        for (const wchar_t* name :
-             {L"PAF_FULL.dat", L"PAF_THOURGHFARE.dat", L"PAF_POSTZON.dat", L"PAF_SUBSTITUTION.txt"}) {
-            support::WriteFileBytes(folder + L"\\" + name,
-                                    support::ReadFileBytes(DataFolder(L"sample") + L"\\" + name));
-        }
-    }
-
     std::vector<TsvRow> Truth(const std::wstring& name) { return ReadTsv(DataFolder(L"sample\\truth") + L"\\" + name); }
     std::string ErrorLog() {
         const std::wstring file = logs.File(L"Error1.log");

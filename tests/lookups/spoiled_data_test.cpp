@@ -4,6 +4,7 @@
 #include "lookups/local_fixture.h"
 #include "lookups/postcode.h"
 #include "lookups/postzon.h"
+#include "support_code/sample_data.h"
 
 #include <random>
 
@@ -13,7 +14,7 @@ namespace {
 class SpoiledDataTest : public quorvex::testing::LocalTest {
   protected:
     SpoiledDataTest() {
-        CopySampleTo(folder.Text());
+        quorvex::testing::CopySampleData(folder.Text());
         UseFolder(folder.Text());
     }
     std::string Full() { return support::ReadFileBytes(folder.File(L"PAF_FULL.dat")); }
@@ -134,7 +135,7 @@ TEST_F(SpoiledDataTest, LongPathWithForeignLettersAndTrailingSeparator) {
     std::error_code error;
     std::filesystem::create_directories(support::ToPath(text), error);
     ASSERT_FALSE(error) << error.message();
-    CopySampleTo(text);
+    quorvex::testing::CopySampleData(text);
     for (const std::wstring& path : {text, text + L"\\"}) {
         UseFolder(path);
         EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA")) << support::ToUtf8(object.General_errormessage);
@@ -143,21 +144,23 @@ TEST_F(SpoiledDataTest, LongPathWithForeignLettersAndTrailingSeparator) {
 }
 
 TEST(Postcode, FormsAndShapes) {
-    const std::pair<const wchar_t*, const wchar_t*> forms[] = {{L"", L""},
-                                                               {L"AB1 3CD", L"AB1 3CD"},
-                                                               {L"AB123CD", L"AB123CD"},
-                                                               {L"AB12 3CD", L"AB123CD"},
-                                                               {L"AB12  3CD", L"AB123CD"},
-                                                               {L"AB13CD", L"AB1 3CD"},
-                                                               {L"sw1a 1aa", L"sw1a1aa"},
-                                                               {L"AB1 !CD", L"AB1 1CD"},
-                                                               {L"AB1 *CD", L"AB1 *CD"},
-                                                               {L"AB1 3", L"AB1 3"}};
+    const std::pair<const wchar_t*, const wchar_t*> forms[] = {
+        {L"", L""},
+        {L"AB1 3CD", L"AB1 3CD"},
+        {L"AB123CD", L"AB123CD"},
+        {L"AB12 3CD", L"AB123CD"},
+        {L"AB12  3CD", L"AB123CD"},
+        {L"AB13CD", L"AB1 3CD"},
+        {L"sw1a 1aa", L"sw1a1aa"},
+        {L"AB1 !CD", L"AB1 1CD"},
+        {L"AB1 *CD", L"AB1 *CD"},
+        {L"AB1 3", L"AB1 3"},
+        {L"!\"\u00A3$%^&*()xyz", L"1234567*90xyz"},
+        {L"a   b", L"a  b"}, // three blanks become two
+    };
     for (const auto& [typed, formatted] : forms) {
         EXPECT_EQ(FormatPostCode(typed), formatted) << support::ToUtf8(typed);
     }
-    EXPECT_EQ(FormatPostCode(L"!\"\u00A3$%^&*()xyz"), L"1234567*90xyz");
-    EXPECT_EQ(FormatPostCode(L"a   b"), L"a  b"); // three blanks become two
     for (const wchar_t* shape : {L"A1 1AA", L"a11aa", L"AA1 1AA", L"AA11 1AA", L"A1A 1AA", L"AA1A 1AA", L" zz99 "}) {
         EXPECT_TRUE(HasPostcodeShape(shape)) << support::ToUtf8(shape);
     }

@@ -113,23 +113,12 @@ TEST_F(Mail, AMissingAttachmentFailsBeforeAnyProgramIsStarted) {
 
 // A program that is registered but cannot be started, as after a broken uninstallation.
 TEST_F(Mail, ARegisteredProgramThatDoesNotStartIsAFailure) {
-    InstallOutlook().reset();
-    MailScript none;
-    {
-        const ProgramStandIn keysOnly(mail::kOutlookProgId, L"{6F1D6A7C-2B0E-4F6D-9A8B-51A6C43D0E13}", none, L"X");
-        HKEY key = nullptr;
-        ASSERT_EQ(
-            RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Classes\\Outlook.Application\\CLSID", 0, KEY_WRITE, &key),
-            ERROR_SUCCESS);
-        const std::wstring unknown = L"{6F1D6A7C-2B0E-4F6D-9A8B-51A6C43D0E14}";
-        RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(unknown.c_str()),
-                       static_cast<DWORD>((unknown.size() + 1) * sizeof(wchar_t)));
-        RegCloseKey(key);
-        const support::MailResult result = mail::Send(Message());
-        EXPECT_EQ(result.status, MailStatus::Failed);
-        EXPECT_NE(result.detail.find(L"Outlook.Application"), std::wstring::npos);
-    }
-    EXPECT_TRUE(none.calls.empty());
+    const auto outlook = InstallOutlook();
+    outlook->SetClass(L"{6F1D6A7C-2B0E-4F6D-9A8B-51A6C43D0E14}");
+    const support::MailResult result = mail::Send(Message());
+    EXPECT_EQ(result.status, MailStatus::Failed);
+    EXPECT_NE(result.detail.find(L"Outlook.Application"), std::wstring::npos);
+    EXPECT_TRUE(outlookScript_.calls.empty());
 }
 
 } // namespace

@@ -20,13 +20,14 @@ std::wstring TextOf(const VARIANT& value) {
     }
 }
 
-class RecordingObject final : public IDispatch {
+// The counting that every object shares; it also answers to the interface that it implements.
+template <typename Interface>
+class Counted : public Interface {
   public:
-    RecordingObject(MailScript& script, const std::wstring& name) : script_(script), name_(name) { ++script_.objects; }
-    virtual ~RecordingObject() { --script_.objects; }
+    virtual ~Counted() = default;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
-        *object = id == IID_IUnknown || id == IID_IDispatch ? this : nullptr;
+        *object = id == IID_IUnknown || id == __uuidof(Interface) ? this : nullptr;
         if (*object == nullptr) return E_NOINTERFACE;
         AddRef();
         return S_OK;
@@ -37,6 +38,16 @@ class RecordingObject final : public IDispatch {
         if (left == 0) delete this;
         return left;
     }
+
+  private:
+    ULONG references_ = 1;
+};
+
+class RecordingObject final : public Counted<IDispatch> {
+  public:
+    RecordingObject(MailScript& script, const std::wstring& name) : script_(script), name_(name) { ++script_.objects; }
+    ~RecordingObject() override { --script_.objects; }
+
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
         *count = 0;
         return S_OK;
@@ -74,26 +85,12 @@ class RecordingObject final : public IDispatch {
     MailScript& script_;
     std::wstring name_;
     std::vector<std::wstring> members_;
-    ULONG references_ = 1;
 };
 
-class RecordingFactory final : public IClassFactory {
+class RecordingFactory final : public Counted<IClassFactory> {
   public:
     RecordingFactory(MailScript& script, const std::wstring& name) : script_(script), name_(name) {}
-    virtual ~RecordingFactory() = default;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
-        *object = id == IID_IUnknown || id == IID_IClassFactory ? this : nullptr;
-        if (*object == nullptr) return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --references_;
-        if (left == 0) delete this;
-        return left;
-    }
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** object) override {
         if (outer != nullptr) return CLASS_E_NOAGGREGATION;
         IDispatch* const made = MakeRecordingObject(script_, name_);
@@ -106,7 +103,6 @@ class RecordingFactory final : public IClassFactory {
   private:
     MailScript& script_;
     std::wstring name_;
-    ULONG references_ = 1;
 };
 
 } // namespace
@@ -118,19 +114,18 @@ IDispatch* MakeRecordingObject(MailScript& script, const std::wstring& name) {
 ProgramStandIn::ProgramStandIn(const wchar_t* progId, const wchar_t* classId, MailScript& script,
                                const std::wstring& name)
     : key_(std::wstring(L"Software\\Classes\\") + progId) {
-    HKEY key = nullptr;
-    const std::wstring classKey = key_ + L"\\CLSID";
-    EXPECT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, classKey.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr),
-              ERROR_SUCCESS);
-    const std::wstring text(classId);
-    RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                   static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
-    RegCloseKey(key);
+    SetClass(classId);
     CLSID id{};
     EXPECT_EQ(CLSIDFromString(classId, &id), S_OK);
     auto* const factory = new RecordingFactory(script, name);
     EXPECT_EQ(CoRegisterClassObject(id, factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie_), S_OK);
     factory->Release();
+}
+
+void ProgramStandIn::SetClass(const std::wstring& classId) {
+    const auto bytes = static_cast<DWORD>((classId.size() + 1) * sizeof(wchar_t));
+    EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, (key_ + L"\\CLSID").c_str(), nullptr, REG_SZ, classId.c_str(), bytes),
+              ERROR_SUCCESS);
 }
 
 ProgramStandIn::~ProgramStandIn() {

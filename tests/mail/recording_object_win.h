@@ -32,6 +32,9 @@ class ProgramStandIn {
     ProgramStandIn& operator=(const ProgramStandIn&) = delete;
     ~ProgramStandIn();
 
+    // Makes the ProgID name another class.
+    void SetClass(const std::wstring& classId);
+
   private:
     std::wstring key_;
     DWORD cookie_ = 0;

@@ -2,22 +2,14 @@
 
 #include "com/host.h"
 
-#include <array>
+#include <map>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace quorvex::testing {
 
-using TextProperty = std::pair<const wchar_t*, HRESULT (STDMETHODCALLTYPE _Quorvex::*)(BSTR*)>;
-
-// The properties that a record leaves behind.
-extern const std::vector<TextProperty> kAddressProperties;
-extern const std::vector<TextProperty> kPostZonProperties;
-
-std::wstring Read(_Quorvex& object, const TextProperty& property);
-// "name=value" of each.
-std::vector<std::wstring> ReadAll(_Quorvex& object, const std::vector<TextProperty>& properties);
+// The properties of a prefix ("Address_") by name: what a record leaves behind.
+using Properties = std::map<std::wstring, std::wstring>;
+Properties ReadAll(_Quorvex& object, const wchar_t* prefix);
 
 // One object in web mode, one in local mode on the same data. The service's address is in QUORVEX_SERVICE_URL.
 class ModeTest : public ComTest {

@@ -6,8 +6,7 @@
 #include <cstdio>
 #include <string>
 #include <sys/wait.h>
-#include <unistd.h>
-#include <vector>
+#include <utility>
 
 namespace quorvex::service {
 namespace {
@@ -15,31 +14,15 @@ namespace {
 // The program itself, its output read through a pipe.
 class Program {
   public:
-    explicit Program(std::vector<std::string> arguments) {
-        std::array<int, 2> ends{};
-        EXPECT_EQ(pipe(ends.data()), 0);
-        id_ = fork();
-        if (id_ == 0) {
-            dup2(ends[1], STDOUT_FILENO);
-            dup2(ends[1], STDERR_FILENO);
-            close(ends[0]);
-            close(ends[1]);
-            arguments.insert(arguments.begin(), QUORVEX_SERVICE);
-            std::vector<char*> pointers;
-            for (std::string& argument : arguments) pointers.push_back(argument.data());
-            pointers.push_back(nullptr);
-            execv(QUORVEX_SERVICE, pointers.data());
-            _exit(127);
-        }
-        close(ends[1]);
-        output_ = fdopen(ends[0], "r");
-    }
+    explicit Program(const std::string& arguments)
+        : output_(popen(("echo $$; exec " QUORVEX_SERVICE " " + arguments + " 2>&1").c_str(), "r")),
+          id_(std::stoi(Line())) {}
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
     ~Program() {
-        if (id_ > 0) kill(id_, SIGKILL);
-        if (id_ > 0) waitpid(id_, nullptr, 0);
-        fclose(output_);
+        if (output_ == nullptr) return;
+        Signal(SIGKILL);
+        pclose(output_);
     }
 
     // Empty at the end of the output.
@@ -49,55 +32,55 @@ class Program {
         return std::string(line.data());
     }
     void Signal(int signal) { kill(id_, signal); }
-    // -1 when a signal ended it.
+    // After the end of its output; -1 when a signal ended it.
     int ExitCode() {
-        int status = 0;
-        waitpid(id_, &status, 0);
-        id_ = 0;
+        const int status = pclose(std::exchange(output_, nullptr));
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
   private:
-    pid_t id_ = 0;
-    FILE* output_ = nullptr;
+    FILE* output_;
+    pid_t id_;
 };
 
-constexpr char kData[] = QUORVEX_TEST_DATA "/sample";
+const std::string kData = "--data " QUORVEX_TEST_DATA "/sample ";
 
 TEST(Program, AnswersUntilItIsToldToEnd) {
     for (const int signal : {SIGTERM, SIGINT}) {
-        Program program({"--data", kData, "--port", "0"});
+        Program program(kData + "--port 0");
         const std::string line = program.Line();
         ASSERT_TRUE(line.starts_with("listening on http://127.0.0.1:")) << line;
-        const std::string port = line.substr(line.rfind(':') + 1);
+        const std::string port = line.substr(line.rfind(':') + 1, line.size() - line.rfind(':') - 2);
         httplib::Client client("127.0.0.1", std::stoi(port));
         const httplib::Result reply = client.Get("/XMLService/GetLookups.aspx?datatype=1");
         ASSERT_TRUE(reply);
         EXPECT_EQ(reply->status, 200);
 
-        Program second({"--data", kData, "--port", std::to_string(std::stoi(port))});
+        Program second(kData + "--port " + port);
         EXPECT_TRUE(second.Line().starts_with("quorvex-service: cannot listen on http://127.0.0.1:"));
         EXPECT_EQ(second.ExitCode(), 1);
 
         program.Signal(signal);
-        EXPECT_EQ(program.ExitCode(), 0);
         EXPECT_EQ(program.Line(), "");
+        EXPECT_EQ(program.ExitCode(), 0);
     }
 }
 
 TEST(Program, WrongArgumentsAndFolders) {
-    Program none({});
-    EXPECT_EQ(none.Line(), "quorvex-service: --data is missing\n");
-    EXPECT_EQ(none.ExitCode(), 1);
-    Program noData({"--data", QUORVEX_TEST_DATA "/nowhere", "--port", "0"});
-    EXPECT_TRUE(noData.Line().starts_with("quorvex-service: no data files in "));
-    EXPECT_EQ(noData.ExitCode(), 1);
-    Program noKeys({"--data", kData, "--port", "0", "--keys", QUORVEX_TEST_DATA "/nowhere"});
-    EXPECT_TRUE(noKeys.Line().starts_with("quorvex-service: "));
-    EXPECT_EQ(noKeys.ExitCode(), 1);
-    Program help({"--help"});
-    EXPECT_TRUE(help.Line().starts_with("usage: "));
-    EXPECT_EQ(help.ExitCode(), 0);
+    const struct {
+        std::string arguments, firstLine;
+        int exitCode;
+    } cases[] = {{"", "quorvex-service: --data is missing\n", 1},
+                 {"--data " QUORVEX_TEST_DATA "/nowhere --port 0", "quorvex-service: no data files in ", 1},
+                 {kData + "--port 0 --keys " QUORVEX_TEST_DATA "/nowhere", "quorvex-service: ", 1},
+                 {"--help", "usage: ", 0}};
+    for (const auto& [arguments, firstLine, exitCode] : cases) {
+        Program program(arguments);
+        EXPECT_TRUE(program.Line().starts_with(firstLine)) << arguments;
+        while (!program.Line().empty()) {
+        }
+        EXPECT_EQ(program.ExitCode(), exitCode) << arguments;
+    }
 }
 
 } // namespace

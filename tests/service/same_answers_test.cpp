@@ -5,6 +5,7 @@
 #include "lookups/postzon.h"
 #include "support/text.h"
 #include "support_code/fake_platform.h"
+#include "support_code/sample_data.h"
 #include "support_code/tsv.h"
 
 #include <set>
@@ -14,6 +15,7 @@ namespace {
 
 using quorvex::testing::FakePlatform;
 using quorvex::testing::ReadTsv;
+using quorvex::testing::RecordOf;
 using quorvex::testing::TsvRow;
 
 std::wstring Sample(const wchar_t* file) {
@@ -51,35 +53,7 @@ class SameAnswers : public ServiceTest {
                                    L"&amp;", L"&");
     }
 
-    void ExpectSameRecord() {
-        const lookup::Quorvex& a = web;
-        const lookup::Quorvex& b = local;
-        for (const auto property : {&lookup::Quorvex::Address_Organisation,
-                                    &lookup::Quorvex::Address_Line1,
-                                    &lookup::Quorvex::Address_Line2,
-                                    &lookup::Quorvex::Address_Line3,
-                                    &lookup::Quorvex::Address_Town,
-                                    &lookup::Quorvex::Address_County,
-                                    &lookup::Quorvex::Address_Postcode,
-                                    &lookup::Quorvex::Address_Country,
-                                    &lookup::Quorvex::Address_Deliverypointsuffix,
-                                    &lookup::Quorvex::Address_NoHouseHolds,
-                                    &lookup::Quorvex::Address_Smallorg,
-                                    &lookup::Quorvex::Address_Mailsort,
-                                    &lookup::Quorvex::Address_Spare,
-                                    &lookup::Quorvex::PostZon_postcode,
-                                    &lookup::Quorvex::PostZon_IntroductionDate,
-                                    &lookup::Quorvex::PostZon_Gridrefeast,
-                                    &lookup::Quorvex::PostZon_Gridrefnorth,
-                                    &lookup::Quorvex::PostZon_Country,
-                                    &lookup::Quorvex::PostZon_NHS_code,
-                                    &lookup::Quorvex::PostZon_Latitude_wgs84,
-                                    &lookup::Quorvex::PostZon_Longitude_wgs84,
-                                    &lookup::Quorvex::PostZon_OSreference,
-                                    &lookup::Quorvex::PostZon_DistanceToHomePostcode}) {
-            EXPECT_EQ(a.*property, b.*property);
-        }
-    }
+    void ExpectSameRecord() { EXPECT_EQ(RecordOf(web), RecordOf(local)); }
 
     // The list as both objects hand it out, and every address of it; the number of lines.
     std::size_t ExpectSameList(const std::wstring& postcode) {

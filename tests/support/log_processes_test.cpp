@@ -1,7 +1,5 @@
-#include "support/child_process.h"
 #include "support/files.h"
 #include "support/log.h"
-#include "support/log_writer.h"
 #include "support/process_state.h"
 #include "support/text.h"
 #include "support_code/fake_platform.h"
@@ -10,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
+#include <future>
 #include <map>
 #include <set>
 #include <thread>
@@ -19,6 +19,7 @@ namespace {
 
 constexpr int kLines = 20000;
 constexpr std::size_t kRetries = 30;
+std::string program; // this one
 
 class WaitingPlatform : public FakePlatform {
   public:
@@ -50,32 +51,32 @@ std::map<std::string, int> LinesIn(const TempFolder& folder) {
     return found;
 }
 
-} // namespace
-
-int WriteLog(const std::string& folder, const std::string& writer, int lines) {
+// Writes numbered lines to the activity log of a folder, with real waiting, and then those that used up all retries to
+// FOLDER/WRITER.doubtful.
+void WriteLog(const std::string& folder, const std::string& writer) {
     support::Process().dataPath = support::FromUtf8(folder);
     WaitingPlatform platform;
     std::string doubtful;
-    for (int i = 0; i < lines; ++i) {
+    for (int i = 0; i < kLines; ++i) {
         platform.sleeps.clear();
         const std::string line = writer + " " + std::to_string(i);
         support::LogActivity(platform, support::FromUtf8(line));
         if (platform.sleeps.size() == kRetries) doubtful += line + "\n";
     }
     support::WriteFileBytes(support::FromUtf8(folder + "\\" + writer + ".doubtful"), doubtful);
-    return 0;
 }
 
 // Every line of either process is there once, over several rotations, but for those that the retry rule gave up.
 TEST(LogProcesses, TwoWritersLoseNoLine) {
     const TempFolder folder;
-    const auto arguments = [&](const wchar_t* writer) {
-        return L"--write-log " + folder.Text() + L" " + writer + L" " + std::to_wstring(kLines);
+    const auto start = [&](const char* writer) {
+        const std::string command = "\"" + program + "\" --write-log " + folder.Path().string() + " " + writer;
+        return std::async(std::launch::async, [command] { return std::system(command.c_str()); });
     };
-    ChildProcess first(arguments(L"a"));
-    ChildProcess second(arguments(L"b"));
-    ASSERT_EQ(first.Wait(), 0);
-    ASSERT_EQ(second.Wait(), 0);
+    std::future<int> first = start("a");
+    std::future<int> second = start("b");
+    ASSERT_EQ(first.get(), 0);
+    ASSERT_EQ(second.get(), 0);
 
     std::set<std::string> doubtful;
     for (const wchar_t* const writer : {L"a", L"b"}) {
@@ -102,4 +103,16 @@ TEST(LogProcesses, TwoWritersLoseNoLine) {
     std::printf("lines given up after all retries: %d of %d\n", lost, 2 * kLines);
 }
 
+} // namespace
 } // namespace quorvex::testing
+
+// With "--write-log FOLDER WRITER" the program is one of the processes that write to a shared log.
+int main(int argc, char** argv) {
+    if (argc == 4 && std::string(argv[1]) == "--write-log") {
+        quorvex::testing::WriteLog(argv[2], argv[3]);
+        return 0;
+    }
+    quorvex::testing::program = argv[0];
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

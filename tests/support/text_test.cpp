@@ -29,12 +29,6 @@ TEST(Text, ReplacesAndCountsWithoutOverlap) {
     EXPECT_EQ(CountOccurrences(L"aaaaa", L""), 0U);
 }
 
-TEST(Text, PadsAndCutsToTheWidth) {
-    EXPECT_EQ(PadRight(L"abcdefghijklmnopqrstuvwxy", 20, L' '), L"abcdefghijklmnopqrst");
-    EXPECT_EQ(PadRight(L"abc", 20, L' '), L"abc" + std::wstring(17, L' '));
-    EXPECT_EQ(PadRight(L"", 3, L'0'), L"000");
-}
-
 TEST(Text, NextFieldWalksAList) {
     std::wstring list = L"one||three";
     EXPECT_EQ(NextField(list, L"|", false), L"one");

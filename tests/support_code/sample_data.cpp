@@ -16,25 +16,9 @@ void Copy(const std::wstring& from, const std::wstring& to) {
                                std::filesystem::copy_options::overwrite_existing);
 }
 
-const std::vector<std::wstring>& PostZonColumns() {
-    static const std::vector<std::wstring> columns = {L"PZ_IntroductionDate",
-                                                      L"PZ_GridRefEast",
-                                                      L"PZ_GridRefNorth",
-                                                      L"PZ_County",
-                                                      L"PZ_District",
-                                                      L"PZ_Ward",
-                                                      L"PZ_UserType",
-                                                      L"PZ_GridStatus",
-                                                      L"PZ_Country",
-                                                      L"PZ_WardStatus",
-                                                      L"PZ_NHS_Code",
-                                                      L"PZ_NHS_Region",
-                                                      L"PZ_Lat",
-                                                      L"PZ_Long",
-                                                      L"PZ_OSRef",
-                                                      L"PZ_Update"};
-    return columns;
-}
+constexpr wchar_t kPostZonColumns[] =
+    L"PZ_IntroductionDate, PZ_GridRefEast, PZ_GridRefNorth, PZ_County, PZ_District, PZ_Ward, PZ_UserType, "
+    L"PZ_GridStatus, PZ_Country, PZ_WardStatus, PZ_NHS_Code, PZ_NHS_Region, PZ_Lat, PZ_Long, PZ_OSRef, PZ_Update";
 
 // Calls visit(reader) on every row.
 template <typename Visitor>
@@ -85,10 +69,11 @@ SampleRows AddressRows(const std::wstring& file, const std::wstring& table) {
 }
 
 SampleRows PostZonRows(const std::wstring& file) {
+    const std::vector<std::wstring> columns = Items(kPostZonColumns);
     SampleRows rows;
-    ForEachRow(file, L"PAF_PostZon", [&rows](localdata::RowReader& row) {
+    ForEachRow(file, L"PAF_PostZon", [&](localdata::RowReader& row) {
         std::vector<std::wstring> values;
-        for (const std::wstring& column : PostZonColumns()) values.push_back(row.Text(column));
+        for (const std::wstring& column : columns) values.push_back(row.Text(column));
         AddOnce(rows, row.Text(L"PZ_Postcode"), std::move(values));
     });
     return rows;
@@ -98,6 +83,21 @@ std::vector<std::wstring> KeysInOrder(const std::wstring& file, const std::wstri
     std::vector<std::wstring> keys;
     ForEachRow(file, table, [&](localdata::RowReader& row) { keys.push_back(row.Text(column)); });
     return keys;
+}
+
+std::wstring RecordOf(const lookup::Quorvex& object) {
+    return object.PostZon_postcode + L"|" + object.Address_Id + L"|" + object.Address_Organisation + L"|" +
+           object.Address_Line1 + L"|" + object.Address_Line2 + L"|" + object.Address_Line3 + L"|" +
+           object.Address_Town + L"|" + object.Address_County + L"|" + object.Address_Postcode + L"|" +
+           object.Address_Country + L"|" + object.Address_Deliverypointsuffix + L"|" + object.Address_NoHouseHolds +
+           L"|" + object.Address_Smallorg + L"|" + object.Address_PoBox + L"|" + object.Address_Rawpostcode + L"|" +
+           object.Address_Mailsort + L"|" + object.Address_Unique + L"|" + object.Address_UDPRN + L"|" +
+           object.Address_Spare + L"|" + object.PostZon_IntroductionDate + L"|" + object.PostZon_Gridrefeast + L"|" +
+           object.PostZon_Gridrefnorth + L"|" + object.PostZon_County + L"|" + object.PostZon_District + L"|" +
+           object.PostZon_Ward + L"|" + object.PostZon_Usertype + L"|" + object.PostZon_Gridstatus + L"|" +
+           object.PostZon_Country + L"|" + object.PostZon_Wardstatus + L"|" + object.PostZon_NHS_code + L"|" +
+           object.PostZon_NHS_region + L"|" + object.PostZon_Latitude_wgs84 + L"|" + object.PostZon_Longitude_wgs84 +
+           L"|" + object.PostZon_OSreference + L"|" + object.PostZon_DistanceToHomePostcode;
 }
 
 std::string IntegrityErrors(const std::wstring& file) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "lookup/quorvex.h"
+
 #include <map>
 #include <string>
 #include <vector>
@@ -22,6 +24,9 @@ SampleRows AddressRows(const std::wstring& file, const std::wstring& table);
 SampleRows PostZonRows(const std::wstring& file);
 // Keys in the order in which the table holds them.
 std::vector<std::wstring> KeysInOrder(const std::wstring& file, const std::wstring& table, const std::wstring& column);
+
+// The address and PostZon properties that the last lookup left, joined by bars.
+std::wstring RecordOf(const lookup::Quorvex& object);
 
 // What the integrity checker has against a data file; empty for a sound one.
 std::string IntegrityErrors(const std::wstring& file);

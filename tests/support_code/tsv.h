@@ -13,6 +13,13 @@ namespace quorvex::testing {
 
 using TsvRow = std::vector<std::wstring>;
 
+// The items of a list that is written as "one, two, three".
+inline std::vector<std::wstring> Items(std::wstring list, const wchar_t* separator = L", ") {
+    std::vector<std::wstring> items;
+    while (!list.empty()) items.push_back(support::NextField(list, separator, true));
+    return items;
+}
+
 // The folder of a file of the test data: "sample", or a folder below it.
 inline std::wstring DataFolder(const std::wstring& name) {
     return support::ReplaceAll(support::FromUtf8(QUORVEX_TEST_DATA), L"/", L"\\") + L"\\" + name;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support_code/after.h"
 #include "support_code/fake_platform.h"
 #include "support_code/temp_folder.h"
 #include "web/transport_win.h"
@@ -49,36 +50,26 @@ double Milliseconds(Action action) {
 // Each test in a current directory of its own, empty and gone afterwards: the proxy file is looked for there.
 class TransportTest : public ::testing::Test {
   protected:
-    TransportTest();
-    ~TransportTest() override;
+    TransportTest() { std::filesystem::current_path(folder_.Path()); }
+    ~TransportTest() override { std::filesystem::current_path(before_); }
 
     std::wstring Path(const std::wstring& name) const { return folder_.File(name); }
     std::wstring Get(const std::wstring& url, double limit = kLongLimit) { return transport_.GetURL(url, limit); }
+
+    // The request ends without a reply, soon after its limit or, where none is given, at once. Returns the time taken.
+    double ExpectTimeOut(const std::wstring& url, double limit = 0, double soon = kSoon) {
+        const double taken =
+            Milliseconds([&] { EXPECT_EQ(Get(url, limit > 0 ? limit : kLongLimit), L"TimeOut") << url; });
+        EXPECT_LT(taken, limit * 1000 + soon) << url;
+        return taken;
+    }
 
     ShowingPlatform platform_;
     web::Transport transport_{platform_};
 
   private:
     const TempFolder folder_;
-    const std::filesystem::path before_;
-};
-
-// Calls the action from the thread's message loop after some milliseconds, once.
-class After {
-  public:
-    After(unsigned milliseconds, std::function<void()> action);
-    ~After();
-    After(const After&) = delete;
-    After& operator=(const After&) = delete;
-
-    bool Fired() const { return fired_; }
-
-  private:
-    static void CALLBACK OnTimer(HWND, UINT, UINT_PTR id, DWORD);
-
-    std::function<void()> action_;
-    UINT_PTR id_;
-    bool fired_ = false;
+    const std::filesystem::path before_ = std::filesystem::current_path();
 };
 
 } // namespace quorvex::testing

@@ -123,16 +123,12 @@ TEST_F(PlatformTest, TheDataAccessVersionIsTheRegistrysOwn) {
     DWORD made = 0;
     ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, &made),
               ERROR_SUCCESS);
-    if (made == REG_OPENED_EXISTING_KEY) {
-        RegCloseKey(key);
-        GTEST_SKIP() << "this system has a data access layer of its own";
-    }
-    EXPECT_EQ(platform_.DataAccessVersion(), L"");
-    const std::wstring version = L"2.81.1117.0";
-    RegSetValueExW(key, L"Version", 0, REG_SZ, reinterpret_cast<const BYTE*>(version.c_str()),
-                   static_cast<DWORD>((version.size() + 1) * sizeof(wchar_t)));
-    EXPECT_EQ(platform_.DataAccessVersion(), version);
     RegCloseKey(key);
+    if (made == REG_OPENED_EXISTING_KEY) GTEST_SKIP() << "this system has a data access layer of its own";
+    EXPECT_EQ(platform_.DataAccessVersion(), L"");
+    constexpr wchar_t kVersion[] = L"2.81.1117.0";
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Version", REG_SZ, kVersion, sizeof kVersion);
+    EXPECT_EQ(platform_.DataAccessVersion(), kVersion);
     RegDeleteKeyW(HKEY_LOCAL_MACHINE, kKey);
 }
 

@@ -33,10 +33,6 @@ void Answer(Connection& connection, const std::string& target) {
         connection.Reply("gone", "302 Found", "Location: /error\r\n");
     } else if (path == "/empty") {
         connection.Reply("");
-    } else if (path == "/utf8") {
-        connection.Reply("caf\xC3\xA9", "200 OK", "Content-Type: text/xml; charset=utf-8\r\n");
-    } else if (path == "/guess") {
-        connection.Reply("caf\xC3\xA9", "200 OK", "Content-Type: text/xml\r\n");
     } else if (path == "/latin") {
         connection.Reply("caf\xE9 \xC3\xA9", "200 OK", "Content-Type: text/xml; charset=ISO-8859-1\r\n");
     } else if (path == "/size") {
@@ -56,8 +52,6 @@ TEST_F(RepliesTest, EachKindOfReplyComesBackWhole) {
         {L"/error", L"<html>broken</html>"},
         {L"/moved", L"<html>broken</html>"},
         {L"/empty", L""},
-        {L"/utf8", L"caf\u00E9"},
-        {L"/guess", L"caf\u00E9"},
         {L"/latin", L"caf\u00E9 \u00C3\u00A9"},
     };
     for (const auto& [target, expected] : cases) EXPECT_EQ(Get(server.Url(target)), expected) << target;
@@ -98,8 +92,7 @@ TEST_F(RepliesTest, AnEmptyUrlTouchesNothing) {
 TEST_F(RepliesTest, WhatIsNoWebAddressFailsAtOnce) {
     for (const wchar_t* url :
          {L"nonsense", L"ftp://127.0.0.1/x", L"http://", L"http:///x", L"file:///c:/x", L"http://127.0.0.1:99999/"}) {
-        const double taken = Milliseconds([&] { EXPECT_EQ(Get(url), L"TimeOut") << url; });
-        EXPECT_LT(taken, kSoon) << url;
+        ExpectTimeOut(url);
     }
 }
 

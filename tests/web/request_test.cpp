@@ -118,51 +118,6 @@ TEST_F(Web, TheHeaderFillsTheProperties) {
     EXPECT_EQ(object.General_errormessage, L"") << "nothing of the earlier reply stays";
 }
 
-TEST_F(Web, EveryElementReachesItsProperty) {
-    const std::pair<const wchar_t*, std::wstring lookup::Quorvex::*> elements[] = {
-        {L"id", &lookup::Quorvex::Address_Id},
-        {L"organisation", &lookup::Quorvex::Address_Organisation},
-        {L"line1", &lookup::Quorvex::Address_Line1},
-        {L"line2", &lookup::Quorvex::Address_Line2},
-        {L"line3", &lookup::Quorvex::Address_Line3},
-        {L"town", &lookup::Quorvex::Address_Town},
-        {L"county", &lookup::Quorvex::Address_County},
-        {L"postcode", &lookup::Quorvex::Address_Postcode},
-        {L"country", &lookup::Quorvex::Address_Country},
-        {L"deliverypointsuffix", &lookup::Quorvex::Address_Deliverypointsuffix},
-        {L"nohouseholds", &lookup::Quorvex::Address_NoHouseHolds},
-        {L"smallorg", &lookup::Quorvex::Address_Smallorg},
-        {L"pz_mailsort", &lookup::Quorvex::Address_Mailsort},
-        {L"spare", &lookup::Quorvex::Address_Spare},
-        {L"pz_postcode", &lookup::Quorvex::PostZon_postcode},
-        {L"pz_introductiondate", &lookup::Quorvex::PostZon_IntroductionDate},
-        {L"pz_gridrefeast", &lookup::Quorvex::PostZon_Gridrefeast},
-        {L"pz_gridrefnorth", &lookup::Quorvex::PostZon_Gridrefnorth},
-        {L"pz_county", &lookup::Quorvex::PostZon_County},
-        {L"pz_district", &lookup::Quorvex::PostZon_District},
-        {L"pz_ward", &lookup::Quorvex::PostZon_Ward},
-        {L"pz_usertype", &lookup::Quorvex::PostZon_Usertype},
-        {L"pz_gridstatus", &lookup::Quorvex::PostZon_Gridstatus},
-        {L"pz_country", &lookup::Quorvex::PostZon_Country},
-        {L"pz_wardstatus", &lookup::Quorvex::PostZon_Wardstatus},
-        {L"pz_nhs_code", &lookup::Quorvex::PostZon_NHS_code},
-        {L"pz_nhs_region", &lookup::Quorvex::PostZon_NHS_region},
-        {L"pz_latitude_wgs84", &lookup::Quorvex::PostZon_Latitude_wgs84},
-        {L"pz_longitude_wgs84", &lookup::Quorvex::PostZon_Longitude_wgs84},
-        {L"pz_osreference", &lookup::Quorvex::PostZon_OSreference},
-        {L"pz_geodistancetohomepostcode", &lookup::Quorvex::PostZon_DistanceToHomePostcode},
-    };
-    std::wstring reply = L"<confirm>YES</confirm>";
-    for (const auto& [name, property] : elements) {
-        reply += L"<" + std::wstring(name) + L"> value of " + name + L" </" + name + L">\r\n";
-    }
-    ReadReplyHeader(object, reply, true);
-    EXPECT_TRUE(object.General_confirm);
-    for (const auto& [name, property] : elements) EXPECT_EQ(object.*property, L"value of " + std::wstring(name));
-    ReadReplyHeader(object, L"<confirm>YES</confirm>", true);
-    EXPECT_EQ(object.Address_Line1, L"") << "nothing of the earlier reply stays";
-}
-
 TEST_F(Web, ARequiredRecordNeedsAPostcode) {
     ReadReplyHeader(object, L"<confirm>YES</confirm><postcode> </postcode><pz_postcode>PE13 2QL</pz_postcode>", true);
     EXPECT_FALSE(object.General_confirm);

@@ -84,9 +84,11 @@ TEST_F(AdvancedTest, AdvOpensTheViewAndDownloadsTheListsOnFirstUse) {
     EXPECT_TRUE(IsShown(Control(kRightTopSectionWarning)));
     EXPECT_TRUE(IsShown(Control(kRightBottomSectionWarning)));
     EXPECT_FALSE(IsWindowEnabled(Control(kADVSearchFindButton)));
+    PressKey(Control(kLines0), VK_RETURN); // searches for nothing as long as the criteria are incomplete
     PressKey(Control(kLines0), VK_ESCAPE); // to the postcode view, then out
     EXPECT_TRUE(Becomes(kCommand1, true));
     EXPECT_TRUE(WaitUntil([this] { return FocusOf(dialog) == Control(kInpPostcode); }));
+    EXPECT_EQ(platform.requests, 1); // the lists
     PressKey(Control(kInpPostcode), VK_ESCAPE);
     EXPECT_TRUE(Ended(false));
 }

@@ -56,11 +56,12 @@ class DialogPlatform : public FakePlatform {
 };
 
 // A service reply with so many addresses.
-inline std::wstring ListReply(int addresses, const std::wstring& header = {}) {
+inline std::wstring ListReply(int addresses, const std::wstring& header = {},
+                              const std::wstring& street = L"Mill Lane Wisbech") {
     std::wstring records;
     for (int n = 1; n <= addresses; ++n) {
         const std::wstring number = std::to_wstring(n);
-        records += L"<record><id>AB1 3CD_" + number + L"_F</id><line>" + number + L" Mill Lane Wisbech</line></record>";
+        records += L"<record><id>AB1 3CD_" + number + L"_F</id><line>" + number + L" " + street + L"</line></record>";
     }
     return L"<xml><confirm>Yes</confirm>" + header + L"<recordcount>" + std::to_wstring(addresses) +
            L"</recordcount><addressdata>" + records + L"</addressdata></xml>";

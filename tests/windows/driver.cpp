@@ -1,5 +1,7 @@
 #include "windows/driver.h"
 
+#include "support/message_pump_win.h"
+
 #include <gtest/gtest.h>
 
 #include <objbase.h>
@@ -66,6 +68,26 @@ HostThread::HostThread(std::function<void()> call)
 
 HostThread::~HostThread() {
     thread_.join();
+}
+
+void PumpWhile(const std::function<bool()>& condition) {
+    while (condition()) {
+        support::PumpPendingMessages();
+        Sleep(5);
+    }
+}
+
+HostWindow::HostWindow(DWORD extendedStyle)
+    : window(CreateWindowExW(extendedStyle, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 200, 150, 900, 700,
+                             nullptr, nullptr, nullptr, nullptr)),
+      button(CreateWindowExW(0, L"BUTTON", L"Press", WS_CHILD | WS_VISIBLE, 10, 10, 90, 25, window, nullptr, nullptr,
+                             nullptr)) {
+    SetForegroundWindow(window);
+    SetFocus(button);
+}
+
+HostWindow::~HostWindow() {
+    DestroyWindow(window);
 }
 
 namespace {

@@ -39,6 +39,20 @@ class HostThread {
     std::thread thread_;
 };
 
+// A host's own message loop: runs while the condition holds.
+void PumpWhile(const std::function<bool()>& condition);
+
+// A host's own window with a button that has the keyboard, for the thread that makes it.
+struct HostWindow {
+    explicit HostWindow(DWORD extendedStyle = 0);
+    ~HostWindow();
+    HostWindow(const HostWindow&) = delete;
+    HostWindow& operator=(const HostWindow&) = delete;
+
+    HWND window;
+    HWND button;
+};
+
 // A visible top-level window of this process with the caption; null when none comes up in time.
 HWND WaitForWindow(const std::wstring& caption);
 bool WaitGone(const std::wstring& caption);

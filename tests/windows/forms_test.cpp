@@ -2,7 +2,6 @@
 #include "dialogs/progress_window_win.h"
 #include "dialogs/update_choice_win.h"
 #include "dialogs/zip_form_win.h"
-#include "support/message_pump_win.h"
 #include "windows/dialog_platform.h"
 #include "windows/driver.h"
 
@@ -42,10 +41,7 @@ TEST(MessageForm, TheMessageStandsAboveTheTopmostWindowOfAnother) {
                                   GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN), nullptr, nullptr,
                                   nullptr, nullptr);
         SetForegroundWindow(foreign);
-        while (!end) {
-            support::PumpPendingMessages();
-            Sleep(5);
-        }
+        PumpWhile([&] { return !end; });
         DestroyWindow(foreign);
     });
     ASSERT_TRUE(WaitUntil([&] { return foreign != nullptr && IsWindowVisible(foreign); }));
@@ -66,11 +62,10 @@ TEST(MessageForm, AHostWindowIsDisabledDuringTheMessageAndEnabledAfterIt) {
     HWND window = nullptr;
     bool enabledAfter = false;
     HostThread host([&] {
-        window = CreateWindowExW(0, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 500, 400, nullptr,
-                                 nullptr, nullptr, nullptr);
+        const HostWindow own;
+        window = own.window;
         TopMostMessageBox(platform, L"Hello", MB_OK, L"Note");
         enabledAfter = IsWindowEnabled(window) != FALSE;
-        DestroyWindow(window);
     });
     const HWND box = WaitForWindow(L"Note");
     EXPECT_FALSE(IsWindowEnabled(window));
@@ -155,24 +150,19 @@ TEST(Progress, ShowsUpdatesCancelsOnceAndGivesTheHostItsWindowBack) {
     HWND window = nullptr;
     bool enabledAfter = false;
     HostThread host([&] {
-        window = CreateWindowExW(0, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 500, 400, nullptr,
-                                 nullptr, nullptr, nullptr);
+        const HostWindow own;
+        window = own.window;
         ProgressWindow progress(platform, [&] { ++cancels; });
         progress.Show(L"Downloading Update:x 1/2", L"Get file: x 1 of 4 Kb 25%");
         step = 1;
-        while (step == 1) {
-            support::PumpPendingMessages();
+        PumpWhile([&] {
             progress.Show(L"Downloading Update:x 1/2", L"Get file: x 2 of 4 Kb 50%");
-            Sleep(5);
-        }
+            return step == 1;
+        });
         progress.Show(L"Downloading Update:y 2/2", L"Get file: y 0 of 4 Kb 0%");
-        while (step == 2) {
-            support::PumpPendingMessages();
-            Sleep(5);
-        }
+        PumpWhile([&] { return step == 2; });
         progress.Hide();
         enabledAfter = IsWindowEnabled(window) != FALSE;
-        DestroyWindow(window);
     });
     const HWND dialog = WaitForWindow(L"Downloading Update:x 1/2");
     EXPECT_FALSE(IsWindowEnabled(window));
@@ -211,10 +201,7 @@ TEST(Zip, TheStatusWindowShowsItsCaptionsAndStatus) {
         form.SetStatus(L"Opening UPDATE_F_20260331.zip");
         form.Load();
         form.SetStatus(L"Extracting UPDATE_F_20260331.zip");
-        while (!end) {
-            support::PumpPendingMessages();
-            Sleep(5);
-        }
+        PumpWhile([&] { return !end; });
         form.Unload();
     });
     const HWND window = WaitForWindow(L"Unziping file");

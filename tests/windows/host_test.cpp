@@ -1,26 +1,12 @@
 #include "windows/picker.h"
 
 #include "dialogs/modal_win.h"
+#include "support_code/after.h"
 
 namespace quorvex::testing {
 namespace {
 
 using namespace dialogs;
-
-// A host's own window with a button in it.
-struct HostWindowOnThread {
-    HWND window = nullptr;
-    HWND button = nullptr;
-    explicit HostWindowOnThread(DWORD extendedStyle = 0) {
-        window = CreateWindowExW(extendedStyle, L"#32770", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 200, 150, 900,
-                                 700, nullptr, nullptr, nullptr, nullptr);
-        button = CreateWindowExW(0, L"BUTTON", L"Press", WS_CHILD | WS_VISIBLE, 10, 10, 90, 25, window, nullptr,
-                                 nullptr, nullptr);
-        SetForegroundWindow(window);
-        SetFocus(button);
-    }
-    ~HostWindowOnThread() { DestroyWindow(window); }
-};
 
 TEST_F(PickerTest, TheHostsWindowIsDisabledMeanwhileAndGetsTheFocusBack) {
     HWND owner = nullptr;
@@ -28,7 +14,7 @@ TEST_F(PickerTest, TheHostsWindowIsDisabledMeanwhileAndGetsTheFocusBack) {
     HWND button = nullptr;
     bool enabledAfter = false;
     host = std::make_unique<HostThread>([&] {
-        HostWindowOnThread window;
+        HostWindow window;
         owner = window.window;
         button = window.button;
         result = SearchForFullAddressWithDialogue(object, L"", kHostCaption, false, false, false);
@@ -53,7 +39,7 @@ TEST_F(PickerTest, TheHostsWindowIsDisabledMeanwhileAndGetsTheFocusBack) {
 TEST_F(PickerTest, ATopmostHostStaysTopmostAndBelowTheDialog) {
     HWND owner = nullptr;
     host = std::make_unique<HostThread>([&] {
-        HostWindowOnThread window(WS_EX_TOPMOST);
+        HostWindow window(WS_EX_TOPMOST);
         owner = window.window;
         result = SearchForFullAddressWithDialogue(object, L"", kHostCaption, false, false, false);
     });
@@ -80,41 +66,28 @@ TEST_F(PickerTest, AHostThatQuitsMeanwhileEndsTheCallAndSeesItsQuitMessage) {
     EXPECT_EQ(exitCode, 42);
 }
 
-void CALLBACK DestroyHost(HWND, UINT, UINT_PTR, DWORD) {
-    DestroyWindow(FindWindowW(L"#32770", L"Host"));
-}
-
 TEST_F(PickerTest, AnOwnerThatGoesAwayTakesTheDialogWithIt) {
     HWND owner = nullptr;
     host = std::make_unique<HostThread>([&] {
-        HostWindowOnThread window;
+        HostWindow window;
         owner = window.window;
-        const UINT_PTR timer = SetTimer(nullptr, 0, 700, DestroyHost);
+        const After destroy(700, [&] { DestroyWindow(owner); });
         result = SearchForFullAddressWithDialogue(object, L"", kHostCaption, false, false, false);
-        KillTimer(nullptr, timer);
     });
     Find();
     EXPECT_TRUE(Ended(false));
     EXPECT_FALSE(IsWindow(owner));
 }
 
-lookup::Quorvex* second;
-bool innerResult;
-
-void CALLBACK OpenSecond(HWND, UINT, UINT_PTR id, DWORD) {
-    KillTimer(nullptr, id);
-    innerResult = SearchForFullAddressWithDialogue(*second, L"", L"Second", false, false, false);
-}
-
 // A host timer may call in again while the first dialog is open, even while it searches.
 TEST_F(PickerTest, ASecondDialogFromAHostTimerNestsAndTheFirstGoesOn) {
-    lookup::Quorvex secondObject(platform);
-    secondObject.ServerURL = L"http://s";
-    second = &secondObject;
-    innerResult = true;
+    lookup::Quorvex second(platform);
+    second.ServerURL = L"http://s";
+    bool innerResult = true;
     platform.hold = true;
     host = std::make_unique<HostThread>([&] {
-        SetTimer(nullptr, 0, 500, OpenSecond);
+        const After again(
+            500, [&] { innerResult = SearchForFullAddressWithDialogue(second, L"", L"Second", false, false, false); });
         result = SearchForFullAddressWithDialogue(object, L"AB1 3CD", kHostCaption, false, false, false);
     });
     Find();

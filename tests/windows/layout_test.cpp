@@ -3,7 +3,6 @@
 #include "dialogs/progress_window_win.h"
 #include "dialogs/update_choice_win.h"
 #include "dialogs/zip_form_win.h"
-#include "support/message_pump_win.h"
 #include "support/text.h"
 #include "support_code/temp_folder.h"
 #include "windows/picker.h"
@@ -165,10 +164,7 @@ TEST_P(LayoutTest, StatusWindows) {
         zip.Load();
         zip.SetCaptions(L"Zip", L"Unziping file");
         zip.SetStatus(L"Extracting UPDATE_F_20260331.zip");
-        while (!end) {
-            support::PumpPendingMessages();
-            Sleep(5);
-        }
+        PumpWhile([&] { return !end; });
     });
     ExpectGoodLayout(WaitForWindow(L"Progress"), "progress");
     ExpectGoodLayout(WaitForWindow(L"Zip"), "zip");

@@ -66,6 +66,12 @@ class PickerTest : public ::testing::Test {
         ASSERT_TRUE(WaitUntil([this] { return FocusOf(dialog) != nullptr; }));
         std::this_thread::sleep_for(std::chrono::milliseconds(150));
     }
+    // With the addresses of a postcode on show.
+    void OpenList(bool account = false, bool manage = false, bool errors = false) {
+        Open(L"AB1 3CD", account, manage, errors);
+        FindStarted();
+        ASSERT_TRUE(TextBecomes(dialogs::kCommand1, L"&Select"));
+    }
     HWND Control(int id) const { return GetDlgItem(dialog, id); }
     bool CaptionBecomes(const std::wstring& caption) const {
         return WaitUntil([&] { return TextOf(dialog) == caption; });

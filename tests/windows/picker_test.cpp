@@ -63,18 +63,14 @@ TEST_F(PickerTest, FindShowsTheAddressesAndSelectFetchesTheHighlightedOne) {
 }
 
 TEST_F(PickerTest, AnInitialPostcodeIsSearchedForAtOnceAndEnterSelects) {
-    Open(L"AB1 3CD");
-    FindStarted();
-    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    OpenList();
     EXPECT_EQ(TextOf(Control(kInpPostcode)), L"AB1 3CD");
     PressKey(Control(kAddressList), VK_RETURN);
     EXPECT_TRUE(Ended(true));
 }
 
 TEST_F(PickerTest, ADoubleClickOnALineFetchesIt) {
-    Open(L"AB1 3CD");
-    FindStarted();
-    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    OpenList();
     RECT line{};
     SendMessageW(Control(kAddressList), LB_GETITEMRECT, 2, reinterpret_cast<LPARAM>(&line));
     MouseClick(Control(kAddressList), {line.left + 20, (line.top + line.bottom) / 2}, 2);
@@ -83,9 +79,7 @@ TEST_F(PickerTest, ADoubleClickOnALineFetchesIt) {
 }
 
 TEST_F(PickerTest, EditingThePostcodeMakesEnterFindAgainAndAnEmptyBoxStays) {
-    Open(L"AB1 3CD");
-    FindStarted();
-    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    OpenList();
     Type(Control(kInpPostcode), L"AB1 3CE");
     EXPECT_TRUE(TextBecomes(kCommand1, L"&Cancel"));
     FocusOn(Control(kInpPostcode));
@@ -127,6 +121,10 @@ TEST_F(PickerTest, ErrorsAreShownWithTheAccountsTextWhenAskedFor) {
     EXPECT_EQ(platform.Messages()[0].text, L"3 credits left\r\nPostcode not known");
     EXPECT_EQ(platform.Messages()[0].style, support::kStyleCritical);
     EXPECT_EQ(platform.Messages()[0].title, L"Quorvex Lookup");
+    list = L"<x><confirm>Yes</confirm><recordcount>0</recordcount></x>";
+    ClickId(dialog, kCommand2);
+    EXPECT_TRUE(WaitUntil([this] { return platform.Messages().size() == 2; }));
+    EXPECT_EQ(platform.Messages().back().text, L"Nothing found!"); // never an empty box
 }
 
 TEST_F(PickerTest, StopGivesTheSearchUpAndSaysWhy) {
@@ -161,9 +159,7 @@ TEST_F(PickerTest, ClosingDuringASearchEndsTheCallAtOnce) {
 
 TEST_F(PickerTest, AFailedFetchClosesTheDialogWithFalse) {
     record = FailureReply(L"No credit");
-    Open(L"AB1 3CD", false, false, true);
-    FindStarted();
-    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    OpenList(false, false, true);
     ClickId(dialog, kCommand1);
     EXPECT_TRUE(Ended(false));
     ASSERT_EQ(platform.Messages().size(), 1u);
@@ -174,8 +170,7 @@ TEST_F(PickerTest, TheAccountButtonFollowsTheService) {
     list = ListReply(2, L"<credits_display_showbutton>1</credits_display_showbutton>"
                         L"<credits_display_text>7 credits</credits_display_text><accountadminpage>http://mine"
                         L"</accountadminpage>");
-    Open(L"AB1 3CD", true, true);
-    FindStarted();
+    OpenList(true, true);
     EXPECT_TRUE(CaptionBecomes(L"7 credits"));
     EXPECT_TRUE(Becomes(kBuyMoreButton, true));
     ClickId(dialog, kBuyMoreButton);
@@ -203,9 +198,7 @@ TEST_F(PickerTest, LocalModeRefusesWithoutFileAndAlwaysTheAdvancedDialog) {
 
 TEST_F(PickerTest, MoreThanAHundredAddressesAreCutAtTheListsEnd) {
     list = ListReply(150);
-    Open(L"AB1 3CD");
-    FindStarted();
-    ASSERT_TRUE(TextBecomes(kCommand1, L"&Select"));
+    OpenList();
     EXPECT_EQ(Lines(), 101);
     SendMessageW(Control(kAddressList), LB_SETCURSEL, 100, 0);
     ClickId(dialog, kCommand1);

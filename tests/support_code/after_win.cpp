@@ -1,24 +1,17 @@
-#include "transport/fixture.h"
+#include "support_code/after.h"
 
 #include <map>
+#include <utility>
 
 namespace quorvex::testing {
 namespace {
 
 std::map<UINT_PTR, After*>& Timers() {
-    static std::map<UINT_PTR, After*> timers;
+    thread_local std::map<UINT_PTR, After*> timers;
     return timers;
 }
 
 } // namespace
-
-TransportTest::TransportTest() : before_(std::filesystem::current_path()) {
-    std::filesystem::current_path(folder_.Path());
-}
-
-TransportTest::~TransportTest() {
-    std::filesystem::current_path(before_);
-}
 
 After::After(unsigned milliseconds, std::function<void()> action)
     : action_(std::move(action)), id_(SetTimer(nullptr, 0, milliseconds, OnTimer)) {
