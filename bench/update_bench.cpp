@@ -27,7 +27,7 @@ namespace jet = quorvex::localdata::jet;
 
 constexpr int kRecords = 10000;   // of a package, half of them new
 constexpr int kStride = 611953;   // prime: spreads keys over the table
-constexpr int kCachePages = 4096; // pages SQLite may keep in memory, as many as the engine
+constexpr int kCachePages = 4096; // that SQLite may keep in memory: more than the engine does
 constexpr std::u16string_view kPassword = u"lanternfox";
 
 struct Record {

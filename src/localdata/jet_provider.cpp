@@ -117,8 +117,6 @@ class JetConnection final : public Connection {
     void OpenDatabase(bool writable) {
         jet::OpenOptions options;
         options.writable = writable;
-        // The records of a package lie all over the file; 16 MiB hold the indexes of the largest ones and much more.
-        if (writable) options.cachePages = 4096;
         Translated(file_, [&] { database_.emplace(jet::Database::Open(support::ToPath(file_), password_, options)); });
         writable_ = writable;
         if (writable) changes_.emplace(*database_, recordsTogether_);
