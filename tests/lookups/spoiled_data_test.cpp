@@ -4,7 +4,6 @@
 #include "lookups/local_fixture.h"
 #include "lookups/postcode.h"
 #include "lookups/postzon.h"
-#include "support/log.h"
 #include "support_code/sample_data.h"
 
 #include <random>
@@ -52,27 +51,6 @@ TEST_F(SpoiledDataTest, MissingFilesAreNamedAndShown) {
     std::filesystem::create_directory(folder.Path() / "PAF_FULL.dat"); // a folder of that name is no file
     EXPECT_FALSE(GetFullAddressToList(object, L"CR2 9AA"));
     EXPECT_EQ(object.General_errormessage, missing(L"PAF_FULL.dat"));
-}
-
-TEST_F(SpoiledDataTest, ALongFolderWithForeignLettersIsAsGoodAsAny) {
-    std::vector<std::wstring> made{folder.Text()};
-    while (made.back().size() < 300) {
-        made.push_back(made.back() + L"\\D\u00E4ten \u010D\u00EDslo \u65E5\u672C");
-        std::filesystem::create_directory(support::ToPath(made.back()));
-    }
-    const std::wstring deep = made.back();
-    quorvex::testing::CopySampleData(deep);
-    object.LMSetDataPath(deep);
-    EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA")) << support::ToUtf8(object.General_errormessage);
-    EXPECT_GT(object.RecordCount, 0);
-    EXPECT_TRUE(GetPostZonAddressRecord(object, L"CR2 9AA"));
-    support::LogActivity(platform, L"written there, too");
-    EXPECT_TRUE(support::FileExists(deep + L"\\Activity1.log"));
-    // One by one: not every library can remove so deep a tree.
-    for (const std::wstring& name : support::ListFiles(deep, L"", L"")) {
-        EXPECT_TRUE(support::DeleteFileQuietly(deep + L"\\" + name));
-    }
-    for (; made.size() > 1; made.pop_back()) EXPECT_TRUE(support::DeleteFileQuietly(made.back()));
 }
 
 TEST_F(SpoiledDataTest, FilesThatAreNoneOfOursFailClearly) {
