@@ -9,6 +9,9 @@ namespace {
 
 constexpr double kDaySeconds = 86400;
 constexpr double kLongestSleepSeconds = 1;
+// The clock tells whole milliseconds, cut off: a request begun late in one has not had its time yet when the limit's
+// number is reached.
+constexpr double kClockUnitSeconds = 0.001;
 
 std::chrono::steady_clock::duration Seconds(double seconds) {
     return std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
@@ -25,7 +28,7 @@ double Deadline::Elapsed() const {
 }
 
 bool Deadline::Passed() const {
-    return Elapsed() > limitSeconds_ || std::chrono::steady_clock::now() >= lastMoment_;
+    return Elapsed() > limitSeconds_ + kClockUnitSeconds / 2 || std::chrono::steady_clock::now() >= lastMoment_;
 }
 
 int Deadline::MillisecondsToSleep() const {
