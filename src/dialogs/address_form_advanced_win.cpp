@@ -29,8 +29,7 @@ WNDPROC FormerProcedure(HWND edit) {
 
 } // namespace
 
-// --- The view
-// ----------------------------------------------------------------------------------------------------------------
+// --- The view ----------------------------------------------------------------------------------------------
 
 void frmAddress::AdvSearchShow() {
     if (Searching() || advSearch_.Busy()) return;
@@ -73,8 +72,7 @@ void frmAddress::Label10_Click() {
     Close();
 }
 
-// --- Messages
-// ----------------------------------------------------------------------------------------------------------------
+// --- Messages ----------------------------------------------------------------------------------------------
 
 bool frmAddress::AdvancedCommand(int id, int code) {
     if (const int field = id - kInpTownComb + kTown; field >= kTown && field <= kPostcodeArea) {
@@ -156,8 +154,7 @@ std::optional<LRESULT> frmAddress::Message(UINT message, WPARAM wParam, LPARAM l
     }
 }
 
-// --- Results tree
-// ------------------------------------------------------------------------------------------------------------
+// --- Results tree ------------------------------------------------------------------------------------------
 
 LRESULT frmAddress::TreeNotify(const NMHDR& header) {
     switch (header.code) {
@@ -183,8 +180,7 @@ LRESULT frmAddress::TreeNotify(const NMHDR& header) {
     }
 }
 
-// --- Place fields
-// ------------------------------------------------------------------------------------------------------------
+// --- Place fields ------------------------------------------------------------------------------------------
 
 int frmAddress::PlaceFieldOf(HWND control) const {
     for (const int field : {kTown, kCounty, kPostcodeArea}) {

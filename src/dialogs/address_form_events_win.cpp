@@ -55,8 +55,7 @@ frmAddress::~frmAddress() {
     advSearch_.FormDispose();
 }
 
-// --- Life of the window
-// ------------------------------------------------------------------------------------------------------
+// --- Life of the window ------------------------------------------------------------------------------------
 
 bool frmAddress::ShowModal() {
     const HWND host = HostWindow();
@@ -124,8 +123,7 @@ void frmAddress::FinishWithAddress() {
     Hide();
 }
 
-// --- Messages
-// ----------------------------------------------------------------------------------------------------------------
+// --- Messages ----------------------------------------------------------------------------------------------
 
 void frmAddress::Command(int id, int code, HWND control) {
     if (closed_) return;
@@ -180,8 +178,7 @@ void frmAddress::EndWait() {
     if (--waits_ == 0) SetCursor(LoadCursorW(nullptr, IDC_ARROW));
 }
 
-// --- Find and Stop
-// -----------------------------------------------------------------------------------------------------------
+// --- Find and Stop -----------------------------------------------------------------------------------------
 
 void frmAddress::InpPostcode_Change() {
     SetTextIfNew(c_.Command1, kCaptionCancel);
@@ -265,8 +262,7 @@ void frmAddress::Stop() {
     AddressObj.platform.ShowMessage(StoppedText(), support::kStyleInformation, L"Quorvex Lookup COM Object");
 }
 
-// --- Select
-// ------------------------------------------------------------------------------------------------------------------
+// --- Select ------------------------------------------------------------------------------------------------
 
 void frmAddress::selectaddress() {
     if (Searching()) return;
@@ -293,8 +289,7 @@ void frmAddress::selectaddress() {
     Hide();
 }
 
-// --- Other buttons and keys
-// --------------------------------------------------------------------------------------------------
+// --- Other buttons and keys --------------------------------------------------------------------------------
 
 void frmAddress::Command1_Click() {
     if (WindowText(c_.Command1) == kCaptionCancel) {

@@ -27,8 +27,7 @@ COLORREF LinkColour() {
 
 } // namespace
 
-// --- Controls, in tab order; a label stands right before the field that it names
-// ---------------------------------------------
+// --- Controls, in tab order; a label stands right before the field that it names ---------------------------
 
 void frmAddress::CreateControls() {
     CreatePostcodeControls();
@@ -129,8 +128,7 @@ SIZE frmAddress::ClientSize() {
     return {whole.cx - frame.cx, whole.cy - frame.cy};
 }
 
-// --- What is shown
-// -----------------------------------------------------------------------------------------------------------
+// --- What is shown -----------------------------------------------------------------------------------------
 
 void frmAddress::ShowView(View view) {
     view_ = view;
@@ -224,8 +222,7 @@ void frmAddress::ShowDefaultButton() {
     }
 }
 
-// --- Where it stands
-// ---------------------------------------------------------------------------------------------------------
+// --- Where it stands ---------------------------------------------------------------------------------------
 
 void frmAddress::Layout(int width, int height) {
     switch (view_) {

@@ -68,8 +68,7 @@ void AdvSearch::ClearFields() {
     OneLostFocus();
 }
 
-// --- Field events
-// --------------------------------------------------------------------------------------------------------
+// --- Field events ------------------------------------------------------------------------------------------
 
 void AdvSearch::Inp_Click(int field) {
     for (const int other : OtherPlaceFields(field)) Clear(PlaceField(other));
@@ -117,8 +116,7 @@ void AdvSearch::OneLostFocus() {
     EnableWindow(controls_.ADVSearchFindButton, state.Complete());
 }
 
-// --- Warnings
-// ------------------------------------------------------------------------------------------------------------
+// --- Warnings ----------------------------------------------------------------------------------------------
 
 void AdvSearch::ShowTopWarning(const std::wstring& text) {
     SetTextIfNew(controls_.TopWarning, text);
@@ -138,8 +136,7 @@ void AdvSearch::ClearErrorTimer_Tick() {
     dialog_.ShowBottomMessage(false);
 }
 
-// --- Search
-// --------------------------------------------------------------------------------------------------------------
+// --- Search ------------------------------------------------------------------------------------------------
 
 bool AdvSearch::PlacesAreValid() {
     for (const int field : {kTown, kCounty, kPostcodeArea}) {
@@ -244,8 +241,7 @@ void AdvSearch::SelectFromTree() {
     }
 }
 
-// --- Lookup lists
-// --------------------------------------------------------------------------------------------------------
+// --- Lookup lists ------------------------------------------------------------------------------------------
 
 void AdvSearch::loadcombodata() {
     dialog_.ShowDownloadButton(lists_.UpdateAnnounced());

@@ -20,7 +20,7 @@ ComboText Read(HWND combo) {
 }
 
 void Write(HWND combo, const ComboText& state) {
-    if (WindowText(combo) != state.text) SetWindowTextW(combo, state.text.c_str());
+    SetTextIfNew(combo, state.text);
     const WORD start = static_cast<WORD>(state.caret);
     const WORD end = static_cast<WORD>(state.caret + state.selected);
     SendMessageW(combo, CB_SETEDITSEL, 0, MAKELPARAM(start, end));

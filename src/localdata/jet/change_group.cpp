@@ -54,8 +54,8 @@ void ChangeGroup::Commit() {
 }
 
 void ChangeGroup::Redo() {
-    const std::vector<Change> changes = std::exchange(open_, {});
-    for (Change change : changes) {
+    std::vector<Change> changes = std::exchange(open_, {});
+    for (Change& change : changes) {
         if (!change.inserts) {
             change.table.Update(change.id, change.values);
         } else if (change.table.Insert(change.values) != change.id) {
