@@ -34,7 +34,7 @@ const std::vector<Point>& Points() {
     return points;
 }
 
-void Fill(lookup::Quorvex& object) {
+void Fill(object::Quorvex& object) {
     object.nearest = {};
     object.nearest.homeLongitude = -1.5;
     object.nearest.homeLatitude = 53.4;
@@ -47,7 +47,7 @@ void Fill(lookup::Quorvex& object) {
 const std::vector<std::wstring>& Texts() {
     static const std::vector<std::wstring> texts = [] {
         testing::FakePlatform platform;
-        lookup::Quorvex object(platform);
+        object::Quorvex object(platform);
         Fill(object);
         object.nearest.entries.resize(static_cast<std::size_t>(kPoints) + 1);
         return object.nearest.entries;
@@ -57,7 +57,7 @@ const std::vector<std::wstring>& Texts() {
 
 void NearestAdd(benchmark::State& state) {
     testing::FakePlatform platform;
-    lookup::Quorvex object(platform);
+    object::Quorvex object(platform);
     for (auto _ : state) Fill(object);
     state.SetItemsProcessed(state.iterations() * kPoints);
 }

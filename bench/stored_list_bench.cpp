@@ -1,7 +1,7 @@
 // A host's walk over the lines of a list reply. Time for one line must not grow with the length of the list.
 
-#include "lookup/stored_list.h"
-#include "lookup/tag_reader.h"
+#include "object/stored_list.h"
+#include "object/tag_reader.h"
 
 #include <benchmark/benchmark.h>
 
@@ -23,7 +23,7 @@ std::wstring ListOf(std::int64_t lines) {
 void StoredListWalk(benchmark::State& state) {
     const std::wstring text = ListOf(state.range(0));
     for (auto _ : state) {
-        lookup::StoredList list;
+        object::StoredList list;
         list.Assign(text);
         for (std::int64_t i = 0; i < state.range(0); ++i) {
             benchmark::DoNotOptimize(list.TakeBetween(L"<record>", L"</record>"));
@@ -40,7 +40,7 @@ void PeerCutOffTheFront(benchmark::State& state) {
     for (auto _ : state) {
         std::wstring html = text;
         for (std::int64_t i = 0; i < state.range(0); ++i) {
-            benchmark::DoNotOptimize(lookup::GetBetweenTags(L"<record>", html, L"</record>", true));
+            benchmark::DoNotOptimize(object::GetBetweenTags(L"<record>", html, L"</record>", true));
         }
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));

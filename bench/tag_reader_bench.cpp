@@ -1,7 +1,7 @@
 // Reading tags out of a reply of 10 million characters, beside a plain search for the same text in the same bytes.
 
-#include "lookup/stored_list.h"
-#include "lookup/tag_reader.h"
+#include "object/stored_list.h"
+#include "object/tag_reader.h"
 
 #include <benchmark/benchmark.h>
 
@@ -35,7 +35,7 @@ void CountBytes(benchmark::State& state) {
 
 // A tag that is not there: the whole reply is looked at.
 void TagReaderAbsentTag(benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(lookup::FindBetweenTags(Reply(), L"<lint>", L"</lint>"));
+    for (auto _ : state) benchmark::DoNotOptimize(object::FindBetweenTags(Reply(), L"<lint>", L"</lint>"));
     CountBytes(state);
 }
 BENCHMARK(TagReaderAbsentTag)->Unit(benchmark::kMillisecond);
@@ -61,11 +61,11 @@ void TagReaderWalk(benchmark::State& state) {
     std::size_t characters = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        lookup::StoredList list;
+        object::StoredList list;
         list.Assign(Reply());
         state.ResumeTiming();
         for (std::wstring record; !(record = list.TakeBetween(L"<record>", L"</record>")).empty();) {
-            characters += lookup::ReadElement(record, L"id").size() + lookup::ReadElement(record, L"line").size();
+            characters += object::ReadElement(record, L"id").size() + object::ReadElement(record, L"line").size();
         }
     }
     benchmark::DoNotOptimize(characters);

@@ -3,12 +3,12 @@
 // record by one prepared statement, stamping the date; as one transaction, and with one per record.
 // Neither waits for the disk (SQLite: synchronous off): both survive the end of the process at any instant.
 
-#include "localdata/jet/database.h"
-#include "localdata/jet_provider.h"
-#include "localdata/update_applier.h"
+#include "database/jet/jet_provider.h"
+#include "jet/database.h"
 #include "support/files.h"
 #include "support/process_state.h"
 #include "support_code/fake_platform.h"
+#include "update/update_applier.h"
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
@@ -23,7 +23,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-namespace jet = quorvex::localdata::jet;
 
 constexpr int kRecords = 10000;   // of a package, half of them new
 constexpr int kStride = 611953;   // prime: spreads keys over the table
@@ -205,16 +204,16 @@ void BM_ApplyPackage(benchmark::State& state) {
     const Files& files = FilesOf(state);
     const std::wstring package = support::FromPath(files.Package("UPDATE_F_20260228.dat"));
     SilentPlatform platform;
-    localdata::JetProvider databases;
+    database::JetProvider databases;
     platform.databases = &databases;
     support::Process().dataPath = support::FromPath(files.Run()); // for the log line
     for (auto _ : state) {
         state.PauseTiming();
         files.Fresh("PAF_FULL.dat");
         state.ResumeTiming();
-        localdata::Progress progress(platform);
+        update::Progress progress(platform);
         long count = 0;
-        localdata::UpdateData(platform, progress, support::FromPath(files.Run()), package, L'F', L"20260228", count);
+        update::UpdateData(platform, progress, support::FromPath(files.Run()), package, L'F', L"20260228", count);
         if (count != kRecords) state.SkipWithError("not all records");
     }
     CountRecords(state);

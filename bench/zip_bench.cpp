@@ -1,6 +1,6 @@
-#include "localdata/zip_archive.h"
 #include "support/files.h"
 #include "support/text.h"
+#include "zip/zip_archive.h"
 
 #include <benchmark/benchmark.h>
 
@@ -67,7 +67,7 @@ void BM_Extract(benchmark::State& state) {
     const std::wstring archive = quorvex::support::FromPath(ThePackage().archive);
     const std::wstring out = quorvex::support::FromPath(ThePackage().folder / "out");
     for (auto _ : state) {
-        quorvex::localdata::ZipArchive zip;
+        quorvex::zip::ZipArchive zip;
         zip.Open(archive);
         zip.Extract(out, true);
         zip.Close();
@@ -87,9 +87,9 @@ void BM_UnzipCommand(benchmark::State& state) {
 BENCHMARK(BM_UnzipCommand)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_ZlibAlone(benchmark::State& state) {
-    quorvex::localdata::ZipArchive zip;
+    quorvex::zip::ZipArchive zip;
     zip.Open(quorvex::support::FromPath(ThePackage().archive));
-    const quorvex::localdata::ZipEntry& entry = zip.Entries().front();
+    const quorvex::zip::ZipEntry& entry = zip.Entries().front();
     std::string packed = quorvex::support::ReadFileBytes(quorvex::support::FromPath(ThePackage().archive))
                              .substr(entry.dataOffset, entry.packedSize);
     std::string plain(kUnpackedSize + 4096, '\0');

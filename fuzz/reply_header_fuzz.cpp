@@ -1,6 +1,6 @@
+#include "object/reply_header.h"
 #include "support/text.h"
 #include "support_code/fake_platform.h"
-#include "web/reply_header.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -24,11 +24,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool requireRecord = (data[0] & 2) != 0;
 
     testing::FakePlatform platform;
-    lookup::Quorvex object(platform);
+    object::Quorvex object(platform);
     if (local) object.LMSetDataPath(L"C:\\data");
     object.Address_Postcode = L"PE13 2QL";
     object.General_confirm = true;
-    web::ReadReplyHeader(object, reply, requireRecord);
+    object::ReadReplyHeader(object, reply, requireRecord);
 
     Check(platform.messages.empty() && platform.urls.empty());
     if (reply.find(L"<confirm>") == std::wstring::npos) {

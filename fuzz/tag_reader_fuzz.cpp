@@ -1,5 +1,5 @@
-#include "lookup/stored_list.h"
-#include "lookup/tag_reader.h"
+#include "object/stored_list.h"
+#include "object/tag_reader.h"
 #include "support/text.h"
 
 #include <cstdint>
@@ -28,21 +28,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::wstring end = next();
     const std::wstring text = support::FromUtf8(input);
 
-    const lookup::TagMatch match = lookup::FindBetweenTags(text, start, end);
+    const object::TagMatch match = object::FindBetweenTags(text, start, end);
     Check(match.consumed <= text.size() && match.value.size() <= text.size());
     Check(match.found || (match.value.empty() && match.consumed == 0));
     if (!match.value.empty() && !end.empty()) Check(match.value.find(end) == std::wstring_view::npos);
     std::wstring rest = text;
-    Check(lookup::GetBetweenTags(start, rest, end, true) == match.value);
+    Check(object::GetBetweenTags(start, rest, end, true) == match.value);
     Check(text.ends_with(rest) && rest.size() == text.size() - match.consumed);
 
     // A walk over the list takes what repeated consumption takes, and comes to an end.
-    lookup::StoredList list;
+    object::StoredList list;
     list.Assign(text);
     rest = text;
     for (std::size_t step = 0; step <= text.size(); ++step) {
         const std::size_t before = rest.size();
-        Check(list.TakeBetween(start, end) == lookup::GetBetweenTags(start, rest, end, true));
+        Check(list.TakeBetween(start, end) == object::GetBetweenTags(start, rest, end, true));
         Check(list.Rest() == rest);
         if (rest.size() == before) break;
     }

@@ -1,5 +1,5 @@
-#include "localdata/update_list.h"
 #include "support/text.h"
+#include "update/update_list.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,6 +1,6 @@
-#include "localdata/zip_archive.h"
-#include "localdata/zip_name.h"
 #include "support/error.h"
+#include "zip/zip_archive.h"
+#include "zip/zip_name.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #include "service/local_data.h"
 
+#include "database/row_reader.h"
 #include "localdata/data_file_names.h"
-#include "localdata/row_reader.h"
 #include "lookups/local_replies.h"
 #include "lookups/postcode.h"
 #include "support/error.h"
@@ -59,11 +59,11 @@ class LocalData::Lease {
         data_.returned_.notify_one();
     }
 
-    lookup::Quorvex& operator*() { return *object_; }
+    object::Quorvex& operator*() { return *object_; }
 
   private:
     const LocalData& data_;
-    std::unique_ptr<lookup::Quorvex> object_;
+    std::unique_ptr<object::Quorvex> object_;
 };
 
 LocalData::LocalData(const std::filesystem::path& folder)
@@ -78,7 +78,7 @@ LocalData::LocalData(const std::filesystem::path& folder)
     // do.
     idle_.reserve(kObjects);
     for (std::size_t i = 0; i < kObjects; ++i) {
-        idle_.push_back(std::make_unique<lookup::Quorvex>(platform_));
+        idle_.push_back(std::make_unique<object::Quorvex>(platform_));
         idle_.back()->LMSetDataPath(folder_);
     }
 }
@@ -123,8 +123,8 @@ Reply LocalData::PostZonRecord(const std::wstring& key, const std::wstring& home
 }
 
 std::optional<std::wstring> LocalData::FullRow(const std::wstring& key) const {
-    localdata::RowReader rows(platform_.Databases(), localdata::DataFilePath(folder_, localdata::kDataFiles[0]),
-                              L"SELECT * From [PAF_FULLAddress] WHERE [FT_Postcode]='" + key + L"';");
+    database::RowReader rows(platform_.Databases(), localdata::DataFilePath(folder_, localdata::kDataFiles[0]),
+                             L"SELECT * From [PAF_FULLAddress] WHERE [FT_Postcode]='" + key + L"';");
     if (rows.AtEnd()) return std::nullopt;
     return table_.Unscramble(rows.Text(L"FT_Address"));
 }
@@ -132,7 +132,7 @@ std::optional<std::wstring> LocalData::FullRow(const std::wstring& key) const {
 void LocalData::WalkFull(const std::function<void(const std::wstring&, const std::wstring&)>& visit) const {
     const std::wstring file = localdata::DataFilePath(folder_, localdata::kDataFiles[0]);
     if (!support::FileExists(file)) return;
-    localdata::RowReader rows(platform_.Databases(), file, L"SELECT * From [PAF_FULLAddress];");
+    database::RowReader rows(platform_.Databases(), file, L"SELECT * From [PAF_FULLAddress];");
     for (; !rows.AtEnd(); rows.Next()) visit(rows.Text(L"FT_Postcode"), table_.Unscramble(rows.Text(L"FT_Address")));
     rows.Close();
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "localdata/substitution.h"
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 #include "service/reply.h"
 #include "service/service_platform.h"
 
@@ -47,7 +47,7 @@ class LocalData {
     mutable ServicePlatform platform_;
     mutable std::mutex mutex_;
     mutable std::condition_variable returned_;
-    mutable std::vector<std::unique_ptr<lookup::Quorvex>> idle_;
+    mutable std::vector<std::unique_ptr<object::Quorvex>> idle_;
 };
 
 } // namespace quorvex::service

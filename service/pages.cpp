@@ -1,6 +1,6 @@
 #include "service/pages.h"
 
-#include "lookup/tag_reader.h"
+#include "object/tag_reader.h"
 #include "support/error.h"
 #include "support/text.h"
 
@@ -143,8 +143,8 @@ std::wstring Pages::MapAddress(const Query& query) const {
         const Reply place = data_.PostZonRecord(postcode, {});
         if (!place.confirm) return answer({}, place.errorMessage);
         std::wstring url =
-            Filled(settings_.mapUrl, L"{latitude}", lookup::ReadElement(place.body, L"pz_latitude_wgs84"));
-        url = Filled(url, L"{longitude}", lookup::ReadElement(place.body, L"pz_longitude_wgs84"));
+            Filled(settings_.mapUrl, L"{latitude}", object::ReadElement(place.body, L"pz_latitude_wgs84"));
+        url = Filled(url, L"{longitude}", object::ReadElement(place.body, L"pz_longitude_wgs84"));
         return answer(Filled(Filled(url, L"{zoom}", zoom->second), L"{postcode}", postcode), {});
     } catch (const support::Error& error) {
         return answer({}, L"The data cannot be read: " + error.Description());

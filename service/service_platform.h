@@ -1,6 +1,6 @@
 #pragma once
 
-#include "localdata/jet_provider.h"
+#include "database/jet/jet_provider.h"
 #include "support/platform.h"
 
 namespace quorvex::service {
@@ -34,10 +34,10 @@ class ServicePlatform : public support::Platform {
     std::wstring DataAccessVersion() const override { return {}; }
     std::wstring SystemVersion() const override { return {}; }
 
-    localdata::DatabaseProvider& Databases() override { return databases_; }
+    database::DatabaseProvider& Databases() override { return databases_; }
 
   private:
-    localdata::JetProvider databases_; // keeps nothing: any number of threads may open files through it
+    database::JetProvider databases_; // keeps nothing: any number of threads may open files through it
 };
 
 } // namespace quorvex::service

@@ -1,7 +1,7 @@
 // Makes a data folder of invented postcodes, or one update file for it, of any size from a seed.
 
-#include "localdata/jet/database.h"
-#include "localdata/jet/text_codec.h"
+#include "format/text_codec.h"
+#include "jet/database.h"
 
 #include <array>
 #include <charconv>
@@ -13,8 +13,6 @@
 #include <vector>
 
 namespace {
-
-namespace jet = quorvex::localdata::jet;
 
 constexpr std::u16string_view kPassword = u"lanternfox";
 constexpr unsigned kBatch = 2000;

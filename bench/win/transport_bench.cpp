@@ -3,9 +3,9 @@
 // hits them alike.
 //
 //   transport_bench [requests]
+#include "http/transport_win.h"
 #include "support_code/fake_platform.h"
 #include "transport/socket_server.h"
-#include "web/transport_win.h"
 
 #include <winhttp.h>
 #include <ws2tcpip.h>
@@ -134,7 +134,7 @@ int main(int argc, char** argv) {
             connection.Reply(body);
         });
     testing::FakePlatform platform;
-    web::Transport transport(platform);
+    http::Transport transport(platform);
     BareClient bare;
     const std::wstring url = server.Url(L"/page?a=1");
     std::vector<Contender> contenders = {

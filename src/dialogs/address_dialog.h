@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 
 #include <string>
 
@@ -12,12 +12,12 @@ namespace quorvex::dialogs {
 // postcodePrima: searched for at once unless empty; "ADV" opens the advanced view. showAccountDetails: the account's
 // text becomes the caption after a search. allowManageAccount: the account button is shown when the service says so.
 // displayErrors: failures are shown in message boxes.
-bool SearchForFullAddressWithDialogue(lookup::Quorvex& object, const std::wstring& postcodePrima,
+bool SearchForFullAddressWithDialogue(object::Quorvex& object, const std::wstring& postcodePrima,
                                       const std::wstring& caption, bool showAccountDetails, bool allowManageAccount,
                                       bool displayErrors);
 
 // With the advanced view; web mode only. path: the folder of the lookup lists.
-bool SearchForFullAddressWithDialogueAdv(lookup::Quorvex& object, const std::wstring& postcodePrima,
+bool SearchForFullAddressWithDialogueAdv(object::Quorvex& object, const std::wstring& postcodePrima,
                                          const std::wstring& caption, const std::wstring& path, bool showAccountDetails,
                                          bool allowManageAccount, bool displayErrors);
 

@@ -7,7 +7,7 @@
 namespace quorvex::dialogs {
 namespace {
 
-bool RunDialog(lookup::Quorvex& object, const AddressFormSettings& settings) {
+bool RunDialog(object::Quorvex& object, const AddressFormSettings& settings) {
     if (!UserCanSeeWindows()) return false;
     bool selected = false;
     bool help = false;
@@ -22,7 +22,7 @@ bool RunDialog(lookup::Quorvex& object, const AddressFormSettings& settings) {
 
 } // namespace
 
-bool SearchForFullAddressWithDialogue(lookup::Quorvex& object, const std::wstring& postcodePrima,
+bool SearchForFullAddressWithDialogue(object::Quorvex& object, const std::wstring& postcodePrima,
                                       const std::wstring& caption, bool showAccountDetails, bool allowManageAccount,
                                       bool displayErrors) {
     object.EnsureServerURL();
@@ -36,7 +36,7 @@ bool SearchForFullAddressWithDialogue(lookup::Quorvex& object, const std::wstrin
     return RunDialog(object, settings);
 }
 
-bool SearchForFullAddressWithDialogueAdv(lookup::Quorvex& object, const std::wstring& postcodePrima,
+bool SearchForFullAddressWithDialogueAdv(object::Quorvex& object, const std::wstring& postcodePrima,
                                          const std::wstring& caption, const std::wstring& path, bool showAccountDetails,
                                          bool allowManageAccount, bool displayErrors) {
     object.EnsureServerURL();

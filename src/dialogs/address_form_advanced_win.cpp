@@ -75,10 +75,12 @@ void frmAddress::Label10_Click() {
 // --- Messages ----------------------------------------------------------------------------------------------
 
 bool frmAddress::AdvancedCommand(int id, int code) {
-    if (const int field = id - kInpTownComb + kTown; field >= kTown && field <= kPostcodeArea) {
+    if (const int field = id - kInpTownComb + lookups::kTown;
+        field >= lookups::kTown && field <= lookups::kPostcodeArea) {
         return PlaceCommand(field, code);
     }
-    if (const int field = id - kLines0 + kOrganisation; field >= kOrganisation && field <= kStreet) {
+    if (const int field = id - kLines0 + lookups::kOrganisation;
+        field >= lookups::kOrganisation && field <= lookups::kStreet) {
         if (view_ != View::Criteria) return true;
         if (code == EN_CHANGE) advSearch_.Inp_Keyup(field);
         if (code == EN_KILLFOCUS) advSearch_.Inp_LostFocus(field);
@@ -183,7 +185,7 @@ LRESULT frmAddress::TreeNotify(const NMHDR& header) {
 // --- Place fields ------------------------------------------------------------------------------------------
 
 int frmAddress::PlaceFieldOf(HWND control) const {
-    for (const int field : {kTown, kCounty, kPostcodeArea}) {
+    for (const int field : {lookups::kTown, lookups::kCounty, lookups::kPostcodeArea}) {
         const HWND combo = advSearch_.PlaceField(field);
         if (control != nullptr && (control == combo || GetParent(control) == combo)) return field;
     }
@@ -204,7 +206,9 @@ void frmAddress::CheckPlaceLeft(int field) {
 }
 
 void frmAddress::WatchPlaceField(int field) {
-    const HWND combo = field == kTown ? c_.InpTownComb : field == kCounty ? c_.InpCountiesComb : c_.InpPostcodeComb;
+    const HWND combo = field == lookups::kTown     ? c_.InpTownComb
+                       : field == lookups::kCounty ? c_.InpCountiesComb
+                                                   : c_.InpPostcodeComb;
     const HWND edit = EditOf(combo);
     if (edit == nullptr) return;
     SetPropW(edit, kFormProperty, this);

@@ -47,7 +47,7 @@ class ButtonCaptionScope {
 
 } // namespace
 
-frmAddress::frmAddress(lookup::Quorvex& addressObj, AddressFormSettings settings)
+frmAddress::frmAddress(object::Quorvex& addressObj, AddressFormSettings settings)
     : Form(addressObj.platform, settings.dpi), AddressObj(addressObj), settings_(std::move(settings)),
       advSearch_(addressObj, *this) {}
 

@@ -75,7 +75,7 @@ void frmAddress::CreateCriteriaControls() {
     c_.InpCountiesComb = combo(kInpCountiesComb);
     c_.PostcodeAreaLabel = label(L"Postcode area");
     c_.InpPostcodeComb = combo(kInpPostcodeComb);
-    for (const int field : {kTown, kCounty, kPostcodeArea}) WatchPlaceField(field);
+    for (const int field : {lookups::kTown, lookups::kCounty, lookups::kPostcodeArea}) WatchPlaceField(field);
     c_.BottomWarning = AddLabel(L"", kBottomWarning, SS_NOPREFIX);
     // A field rather than a label: a long summary can be scrolled and copied.
     c_.CriteriaLabel = Add(WC_EDITW, L"Summary", ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL, kCriteriaLabel);

@@ -7,7 +7,7 @@
 #include "dialogs/selection_view.h"
 #include "dialogs/tree_icons_win.h"
 #include "dialogs/window_text_win.h"
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 
 #include <memory>
 #include <string>
@@ -31,7 +31,7 @@ struct AddressFormSettings {
 // results.
 class frmAddress final : public Form {
   public:
-    frmAddress(lookup::Quorvex& addressObj, AddressFormSettings settings);
+    frmAddress(object::Quorvex& addressObj, AddressFormSettings settings);
     ~frmAddress() override;
 
     // Shows the window until the user is done; true when a record was fetched.
@@ -121,7 +121,7 @@ class frmAddress final : public Form {
     void WatchPlaceField(int field);
     static LRESULT CALLBACK PlaceEditProcedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
 
-    lookup::Quorvex& AddressObj;
+    object::Quorvex& AddressObj;
     AddressFormSettings settings_;
     AddressControls c_;
     AdvSearch advSearch_;

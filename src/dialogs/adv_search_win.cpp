@@ -42,13 +42,15 @@ void AdvSearch::FormDispose() {
 }
 
 HWND AdvSearch::PlaceField(int field) const {
-    return field == kTown     ? controls_.InpTownComb
-           : field == kCounty ? controls_.InpCountiesComb
-                              : controls_.InpPostcodeComb;
+    return field == lookups::kTown     ? controls_.InpTownComb
+           : field == lookups::kCounty ? controls_.InpCountiesComb
+                                       : controls_.InpPostcodeComb;
 }
 
 const std::wstring& AdvSearch::PlaceList(int field) const {
-    return field == kTown ? lists_.Towns() : field == kCounty ? lists_.Counties() : lists_.PostcodeAreas();
+    return field == lookups::kTown     ? lists_.Towns()
+           : field == lookups::kCounty ? lists_.Counties()
+                                       : lists_.PostcodeAreas();
 }
 
 web::AdvancedCriteria AdvSearch::Criteria() const {
@@ -64,14 +66,14 @@ web::AdvancedCriteria AdvSearch::Criteria() const {
 
 void AdvSearch::ClearFields() {
     for (const HWND line : controls_.Lines) SetWindowTextW(line, L"");
-    for (const int field : {kTown, kCounty, kPostcodeArea}) Clear(PlaceField(field));
+    for (const int field : {lookups::kTown, lookups::kCounty, lookups::kPostcodeArea}) Clear(PlaceField(field));
     OneLostFocus();
 }
 
 // --- Field events ------------------------------------------------------------------------------------------
 
 void AdvSearch::Inp_Click(int field) {
-    for (const int other : OtherPlaceFields(field)) Clear(PlaceField(other));
+    for (const int other : lookups::OtherPlaceFields(field)) Clear(PlaceField(other));
     OneLostFocus();
 }
 
@@ -89,11 +91,11 @@ void AdvSearch::Inp_Keyup(int) {
 }
 
 void AdvSearch::Inp_LostFocus(int field) {
-    if (field <= kStreet) {
-        const std::wstring text = WindowText(controls_.Lines[static_cast<std::size_t>(field - kOrganisation)]);
-        const std::wstring warning = TextFieldWarning(field, text);
+    if (field <= lookups::kStreet) {
+        const std::wstring text = WindowText(controls_.Lines[static_cast<std::size_t>(field - lookups::kOrganisation)]);
+        const std::wstring warning = lookups::TextFieldWarning(field, text);
         if (!warning.empty()) {
-            if (field == kOrganisation) MessageBeep(kPlainBeep);
+            if (field == lookups::kOrganisation) MessageBeep(kPlainBeep);
             ShowTopWarning(warning);
         }
     }
@@ -101,14 +103,14 @@ void AdvSearch::Inp_LostFocus(int field) {
 }
 
 bool AdvSearch::Inp_Validate(int field) {
-    if (IsListValue(WindowText(PlaceField(field)), PlaceList(field))) return true;
+    if (lookups::IsListValue(WindowText(PlaceField(field)), PlaceList(field))) return true;
     MessageBeep(kPlainBeep);
     ShowBottomWarning(L"Can only select values from the list!");
     return false;
 }
 
 void AdvSearch::OneLostFocus() {
-    const CriteriaState state = CheckCriteria(Criteria());
+    const lookups::CriteriaState state = lookups::CheckCriteria(Criteria());
     SetTextIfNew(controls_.RightTopSectionWarning, L"Enter some criteria!");
     SetTextIfNew(controls_.RightBottomSectionWarning, L"Select one of these!");
     dialog_.ShowSectionWarnings(state.criteriaMissing, state.placeMissing);
@@ -139,7 +141,7 @@ void AdvSearch::ClearErrorTimer_Tick() {
 // --- Search ------------------------------------------------------------------------------------------------
 
 bool AdvSearch::PlacesAreValid() {
-    for (const int field : {kTown, kCounty, kPostcodeArea}) {
+    for (const int field : {lookups::kTown, lookups::kCounty, lookups::kPostcodeArea}) {
         if (Inp_Validate(field)) continue;
         SetFocus(PlaceField(field));
         return false;
@@ -258,7 +260,7 @@ void AdvSearch::ReloadLists() {
     }
     if (!loaded || !dialog_.IsOpen()) return;
     dialog_.ShowDownloadButton(lists_.UpdateAnnounced());
-    for (const int field : {kTown, kCounty, kPostcodeArea}) {
+    for (const int field : {lookups::kTown, lookups::kCounty, lookups::kPostcodeArea}) {
         const std::wstring text = WindowText(PlaceField(field)); // what the user has chosen stays
         SendMessageW(PlaceField(field), CB_RESETCONTENT, 0, 0);
         SetWindowTextW(PlaceField(field), text.c_str());
@@ -276,7 +278,7 @@ void AdvSearch::LoadTimer_Tick() {
         KillTimer(dialog_.Window(), kLoadCombos);
         return;
     }
-    const int field = loadStep_ == 0 ? kCounty : loadStep_ == 1 ? kTown : kPostcodeArea;
+    const int field = loadStep_ == 0 ? lookups::kCounty : loadStep_ == 1 ? lookups::kTown : lookups::kPostcodeArea;
     if (loaded_ == 0) {
         loading_ = SplitList(PlaceList(field));
         SendMessageW(PlaceField(field), CB_INITSTORAGE, loading_.size(),

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "dialogs/address_controls_win.h"
-#include "dialogs/criteria.h"
 #include "dialogs/lookup_lists.h"
 #include "dialogs/result_tree.h"
+#include "lookups/criteria.h"
 
 #include <string>
 #include <vector>
@@ -17,7 +17,7 @@ class frmAddress;
 // loads.
 class AdvSearch {
   public:
-    AdvSearch(lookup::Quorvex& object, frmAddress& dialog) : object_(object), dialog_(dialog), lists_(object) {}
+    AdvSearch(object::Quorvex& object, frmAddress& dialog) : object_(object), dialog_(dialog), lists_(object) {}
 
     void FormLoad(const AddressControls& controls);
     void SetPath(const std::wstring& folder) { lists_.SetPath(folder); }
@@ -60,7 +60,7 @@ class AdvSearch {
     bool FillSlice(HWND combo, const std::vector<std::wstring>& values);
     void ReloadLists();
 
-    lookup::Quorvex& object_;
+    object::Quorvex& object_;
     frmAddress& dialog_;
     LookupLists lists_;
     AddressControls controls_;

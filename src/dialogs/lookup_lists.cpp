@@ -1,6 +1,6 @@
 #include "dialogs/lookup_lists.h"
 
-#include "lookup/tag_reader.h"
+#include "object/tag_reader.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/text.h"
@@ -19,7 +19,7 @@ std::wstring VersionFileText(const std::wstring& version) {
 
 // The list between two tags as it is kept: values trimmed, so that a value taken from a combo is found in it again.
 std::wstring ReadList(std::wstring_view lookup, std::wstring_view startTag, std::wstring_view endTag) {
-    const lookup::TagMatch match = lookup::FindBetweenTags(lookup, startTag, endTag);
+    const object::TagMatch match = object::FindBetweenTags(lookup, startTag, endTag);
     std::wstring list;
     for (const std::wstring& value : SplitList(match.value)) {
         if (!list.empty()) list += L',';
@@ -104,7 +104,7 @@ LookupLists::Download LookupLists::DownloadList() {
         return Download::Stored;
     }
     // The list goes first: should the version not be stored after it, the list is only offered once more.
-    const std::wstring version = lookup::ReadBetweenTags(reply, kVersionTag, kVersionEndTag);
+    const std::wstring version = object::ReadBetweenTags(reply, kVersionTag, kVersionEndTag);
     if (!Store(lookupFile_, reply, Access::Write) ||
         !Store(versionFile_, VersionFileText(version) + L"\r\n", Access::Create)) {
         return Download::NotStored;
@@ -142,7 +142,7 @@ bool LookupLists::UpdateAnnounced() const {
 std::wstring LookupLists::GetLookupListVersion() const {
     if (!hasFolder_ || !support::FileExists(versionFile_)) return {};
     try {
-        return lookup::ReadBetweenTags(support::DecodeReply(support::ReadFileBytes(versionFile_), {}), kVersionTag,
+        return object::ReadBetweenTags(support::DecodeReply(support::ReadFileBytes(versionFile_), {}), kVersionTag,
                                        kVersionEndTag);
     } catch (const support::Error&) {
         ShowFileError(Access::Open, versionFile_);

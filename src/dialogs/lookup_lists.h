@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 
 #include <string>
 #include <string_view>
@@ -13,7 +13,7 @@ namespace quorvex::dialogs {
 // raised.
 class LookupLists {
   public:
-    explicit LookupLists(lookup::Quorvex& object) : object_(object) {}
+    explicit LookupLists(object::Quorvex& object) : object_(object) {}
 
     void SetPath(const std::wstring& folder);
 
@@ -51,7 +51,7 @@ class LookupLists {
     bool Store(const std::wstring& path, std::wstring_view text, Access access);
     void ShowFileError(Access access, const std::wstring& path) const;
 
-    lookup::Quorvex& object_;
+    object::Quorvex& object_;
     bool hasFolder_ = false;
     std::wstring versionFile_;
     std::wstring lookupFile_;

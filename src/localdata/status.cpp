@@ -1,9 +1,9 @@
 #include "localdata/status.h"
 
+#include "database/database.h"
+#include "database/row_reader.h"
 #include "localdata/data_file_names.h"
-#include "localdata/database.h"
 #include "localdata/package_date.h"
-#include "localdata/row_reader.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/log.h"
@@ -37,7 +37,7 @@ std::wstring ReadLastUpdate(support::Platform& platform, const std::wstring& dat
     const std::wstring file = DataFilePath(dataFolder, dataFile);
     if (!support::FileExists(file)) return {};
     return ReadQuietly(platform, file, [&]() -> std::wstring {
-        RowReader version(platform.Databases(), file, L"SELECT * From [version] WHERE [id]=2;");
+        database::RowReader version(platform.Databases(), file, L"SELECT * From [version] WHERE [id]=2;");
         std::wstring date;
         if (!version.AtEnd()) date = version.Text(L"Text");
         version.Close();
@@ -47,7 +47,7 @@ std::wstring ReadLastUpdate(support::Platform& platform, const std::wstring& dat
 
 std::wstring CountRecords(support::Platform& platform, const std::wstring& file, const DataFile& dataFile) {
     const std::wstring count = ReadQuietly(platform, file, [&] {
-        RowReader rows(platform.Databases(), file, std::wstring(L"SELECT * From ") + dataFile.table);
+        database::RowReader rows(platform.Databases(), file, std::wstring(L"SELECT * From ") + dataFile.table);
         long records = 0;
         for (; !rows.AtEnd(); rows.Next()) ++records;
         rows.Close();
@@ -117,7 +117,7 @@ void ShowDataPathMissing(support::Platform& platform) {
     platform.ShowMessage(L"Data path must be set first", support::kStyleCritical, support::Process().messageTitle);
 }
 
-std::wstring LMGetLastUpdateDate(lookup::Quorvex& object, const std::wstring& kind) {
+std::wstring LMGetLastUpdateDate(object::Quorvex& object, const std::wstring& kind) {
     if (!object.LocalMode()) {
         ShowDataPathMissing(object.platform);
         return {};
@@ -158,7 +158,7 @@ std::wstring GetSummary(support::Platform& platform, const std::wstring& dataFol
 std::wstring GetDetailedSummary(support::Platform& platform, const std::wstring& dataFolder) {
     const auto line = [](const std::wstring& text) { return L"  " + text + kLineEnd; };
     std::wstring summary = std::wstring(L"System:") + kLineEnd;
-    summary += line(L"Component version:" + lookup::GetVersion());
+    summary += line(L"Component version:" + object::GetVersion());
     summary += line(L"Bitness:" + std::to_wstring(sizeof(void*) * 8) + L"-bit");
     summary += line(L"Windows version:" + platform.SystemVersion());
     summary += line(L"Computer:" + platform.ComputerName());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 #include "support/platform.h"
 
 #include <string>
@@ -30,7 +30,7 @@ LastUpdateDates GetLastUpdateDates(support::Platform& platform, const std::wstri
 
 // For hosts: the kind as a letter in any case, "19000101" for any other text. Without a data path a message and an
 // empty text.
-std::wstring LMGetLastUpdateDate(lookup::Quorvex& object, const std::wstring& kind);
+std::wstring LMGetLastUpdateDate(object::Quorvex& object, const std::wstring& kind);
 
 // Name of the computer that holds the folder, in upper case: the server of a network path or mapped drive (its first
 // label when it is dotted), else this computer.

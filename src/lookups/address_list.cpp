@@ -1,15 +1,15 @@
 #include "lookups/address_list.h"
 
 #include "localdata/data_file_names.h"
-#include "lookup/tag_reader.h"
 #include "lookups/data_file.h"
 #include "lookups/guarded.h"
 #include "lookups/local_replies.h"
 #include "lookups/postcode.h"
+#include "object/reply_header.h"
+#include "object/tag_reader.h"
 #include "support/error.h"
 #include "support/text.h"
 #include "web/data_request.h"
-#include "web/reply_header.h"
 
 #include <cmath>
 #include <limits>
@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kLastLine = 100; // lines are handed out while the counter is at most this: 101 of them
 
-void BeginSearch(lookup::Quorvex& object) {
+void BeginSearch(object::Quorvex& object) {
     object.EnsureServerURL();
     object.AddressData.Clear();
     object.RecordCount = 0;
@@ -28,7 +28,7 @@ void BeginSearch(lookup::Quorvex& object) {
 }
 
 std::int32_t ReadRecordCount(const std::wstring& reply) {
-    const std::wstring text = lookup::ReadElement(reply, L"recordcount");
+    const std::wstring text = object::ReadElement(reply, L"recordcount");
     if (support::Trim(text).empty()) return 0;
     const double count = support::ParseNumber(text);
     if (std::abs(count) > std::numeric_limits<std::int32_t>::max())
@@ -36,17 +36,17 @@ std::int32_t ReadRecordCount(const std::wstring& reply) {
     return static_cast<std::int32_t>(std::lround(count));
 }
 
-bool SearchWeb(lookup::Quorvex& object, const std::wstring& url, std::wstring_view startTag, std::wstring_view endTag) {
+bool SearchWeb(object::Quorvex& object, const std::wstring& url, std::wstring_view startTag, std::wstring_view endTag) {
     const std::wstring reply = web::GetDataFromHTTPRequest(object, url);
-    web::ReadReplyHeader(object, reply, false);
+    object::ReadReplyHeader(object, reply, false);
     object.RecordCount = ReadRecordCount(reply);
-    object.AddressData.Assign(lookup::ReadBetweenTags(reply, startTag, endTag));
+    object.AddressData.Assign(object::ReadBetweenTags(reply, startTag, endTag));
     return object.General_confirm;
 }
 
-bool SearchLocal(lookup::Quorvex& object, const PostcodeAndHouse& search) {
+bool SearchLocal(object::Quorvex& object, const PostcodeAndHouse& search) {
     LocalList list = LocalAddressList(object, search.postcode, search.house);
-    web::ReadReplyHeader(object, list.reply, false);
+    object::ReadReplyHeader(object, list.reply, false);
     object.RecordCount = list.recordCount;
     object.AddressData.Assign(std::move(list.records));
     return object.General_confirm;
@@ -54,7 +54,7 @@ bool SearchLocal(lookup::Quorvex& object, const PostcodeAndHouse& search) {
 
 } // namespace
 
-bool GetFullAddressToList(lookup::Quorvex& object, const std::wstring& postcode) {
+bool GetFullAddressToList(object::Quorvex& object, const std::wstring& postcode) {
     BeginSearch(object);
     return Guarded(object, false, [&] {
         if (!DataFileUsable(object, localdata::FindDataFile(L'F')->fileName, true)) return false;
@@ -65,32 +65,32 @@ bool GetFullAddressToList(lookup::Quorvex& object, const std::wstring& postcode)
     });
 }
 
-bool GetFullAddressToListAdv(lookup::Quorvex& object, const web::AdvancedCriteria& criteria) {
+bool GetFullAddressToListAdv(object::Quorvex& object, const web::AdvancedCriteria& criteria) {
     BeginSearch(object);
     return Guarded(object, false, [&] {
         return SearchWeb(object, web::SearchForAddressAdvUrl(object, criteria), L"<records>", L"</records>");
     });
 }
 
-std::wstring GetFullAddressLineForSelection(lookup::Quorvex& object) {
+std::wstring GetFullAddressLineForSelection(object::Quorvex& object) {
     return Guarded(object, std::wstring(), [&]() -> std::wstring {
-        lookup::StoredList& list = object.AddressData;
+        object::StoredList& list = object.AddressData;
         const std::wstring element = list.TakeBetween(L"<record>", L"</record>");
         // Also at the end of the list, so that the position behind the last line selects nothing.
-        list.SetIdentifier(static_cast<std::size_t>(list.HandedOut()), lookup::ReadElement(element, L"id"));
-        std::wstring line(support::Trim(lookup::ReadElement(element, L"line")));
+        list.SetIdentifier(static_cast<std::size_t>(list.HandedOut()), object::ReadElement(element, L"id"));
+        std::wstring line(support::Trim(object::ReadElement(element, L"line")));
         if (element.empty() || list.HandedOut() > kLastLine) return {};
         list.CountHandedOut();
         return line;
     });
 }
 
-AdvancedLine GetFullAddressLineForSelectionAdv(lookup::Quorvex& object) {
+AdvancedLine GetFullAddressLineForSelectionAdv(object::Quorvex& object) {
     return Guarded(object, AdvancedLine(), [&] {
         AdvancedLine line;
-        lookup::StoredList& list = object.AddressData;
+        object::StoredList& list = object.AddressData;
         const std::wstring_view rest = list.Rest();
-        line.lineType = lookup::FindBetweenTags(rest, L"<", L">").value;
+        line.lineType = object::FindBetweenTags(rest, L"<", L">").value;
         if (line.lineType == L"h") {
             line.text = support::Trim(list.TakeBetween(L"<h>", L"</h>"));
         } else if (line.lineType == L"l") {

@@ -4,9 +4,9 @@
 #include "lookups/data_file.h"
 #include "lookups/guarded.h"
 #include "lookups/local_replies.h"
+#include "object/reply_header.h"
 #include "web/data_request.h"
 #include "web/endpoints.h"
-#include "web/reply_header.h"
 
 namespace quorvex::lookups {
 namespace {
@@ -17,14 +17,14 @@ constexpr std::size_t kLongestPostcode = 8;
 
 } // namespace
 
-bool GetFullAddressRecord(lookup::Quorvex& object, std::int32_t selectedListIndex) {
+bool GetFullAddressRecord(object::Quorvex& object, std::int32_t selectedListIndex) {
     if (selectedListIndex < 0 || selectedListIndex >= kSelectableLines) return false;
     const std::wstring addressId = object.AddressData.Identifier(static_cast<std::size_t>(selectedListIndex));
     // No line was handed out there: asking the service would only cost credit.
     return !addressId.empty() && GetFullAddressRecordByAddressID(object, addressId);
 }
 
-bool GetFullAddressRecordByAddressID(lookup::Quorvex& object, const std::wstring& addressId) {
+bool GetFullAddressRecordByAddressID(object::Quorvex& object, const std::wstring& addressId) {
     object.EnsureServerURL();
     object.General_confirm = false;
     return Guarded(object, false, [&] {
@@ -32,13 +32,13 @@ bool GetFullAddressRecordByAddressID(lookup::Quorvex& object, const std::wstring
         const std::wstring reply =
             object.LocalMode() ? LocalAddressRecord(object, addressId)
                                : web::GetDataFromHTTPRequest(object, web::GetAddressRecordUrl(object, addressId));
-        web::ReadReplyHeader(object, reply, true);
+        object::ReadReplyHeader(object, reply, true);
         if (object.General_confirm && object.Address_Id.empty()) object.Address_Id = addressId;
         return object.General_confirm;
     });
 }
 
-bool GetThoroughfareAddressRecord(lookup::Quorvex& object, const std::wstring& postcode) {
+bool GetThoroughfareAddressRecord(object::Quorvex& object, const std::wstring& postcode) {
     object.General_confirm = false;
     if (postcode.size() < kShortestPostcode || postcode.size() > kLongestPostcode) {
         object.General_errormessage = L"Please specify Postcode";
@@ -51,7 +51,7 @@ bool GetThoroughfareAddressRecord(lookup::Quorvex& object, const std::wstring& p
             object.LocalMode()
                 ? LocalThoroughfareRecord(object, postcode)
                 : web::GetDataFromHTTPRequest(object, web::SearchForThoroughfareAddressUrl(object, postcode));
-        web::ReadReplyHeader(object, reply, true);
+        object::ReadReplyHeader(object, reply, true);
         return object.General_confirm;
     });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 
 #include <cstdint>
 #include <string>
@@ -9,8 +9,8 @@ namespace quorvex::lookups {
 
 // The full record of the line handed out at a position (0 to 99), of an address identifier, or the street record of a
 // postcode. True when the reply was confirmed; the record then stands in the Address_ properties.
-bool GetFullAddressRecord(lookup::Quorvex& object, std::int32_t selectedListIndex);
-bool GetFullAddressRecordByAddressID(lookup::Quorvex& object, const std::wstring& addressId);
-bool GetThoroughfareAddressRecord(lookup::Quorvex& object, const std::wstring& postcode);
+bool GetFullAddressRecord(object::Quorvex& object, std::int32_t selectedListIndex);
+bool GetFullAddressRecordByAddressID(object::Quorvex& object, const std::wstring& addressId);
+bool GetThoroughfareAddressRecord(object::Quorvex& object, const std::wstring& postcode);
 
 } // namespace quorvex::lookups

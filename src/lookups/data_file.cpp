@@ -1,11 +1,11 @@
 #include "lookups/data_file.h"
 
-#include "localdata/database.h"
+#include "database/database.h"
 #include "support/files.h"
 
 namespace quorvex::lookups {
 
-bool DataFileUsable(lookup::Quorvex& object, const std::wstring& fileName, bool showMessages) {
+bool DataFileUsable(object::Quorvex& object, const std::wstring& fileName, bool showMessages) {
     if (!object.LocalMode()) return true;
     const std::wstring fullName = object.DataPath() + L"\\" + fileName;
     if (!support::FileExists(fullName)) {

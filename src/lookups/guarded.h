@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 #include "support/error.h"
 #include "support/log.h"
 
@@ -10,7 +10,7 @@ namespace quorvex::lookups {
 
 // Runs a lookup. What fails inside is logged, stands in General_errormessage and gives the failure value.
 template <typename Result, typename Body>
-Result Guarded(lookup::Quorvex& object, Result failure, Body body) {
+Result Guarded(object::Quorvex& object, Result failure, Body body) {
     try {
         return body();
     } catch (const support::Error& error) {

@@ -1,6 +1,6 @@
+#include "database/row_reader.h"
 #include "localdata/data_file_names.h"
 #include "localdata/packed_address.h"
-#include "localdata/row_reader.h"
 #include "lookups/local_replies.h"
 #include "lookups/postcode.h"
 #include "support/text.h"
@@ -49,17 +49,17 @@ std::wstring TestRecord(const std::wstring& line1, const std::wstring& organisat
            Line(L"pz_mailsort", L"51252") + Line(L"credits_display_text", L"Test data") + Line(L"errormessage", L"");
 }
 
-std::wstring DisplayAndErrorText(const lookup::Quorvex& object) {
+std::wstring DisplayAndErrorText(const object::Quorvex& object) {
     return Line(L"credits_display_text", object.General_credits_display_text) +
            Line(L"errormessage", object.General_errormessage);
 }
 
 // The packed field of a postcode's first row, unscrambled; nothing without a row.
-std::optional<std::wstring> PackedField(lookup::Quorvex& object, wchar_t kind, const std::wstring& table,
+std::optional<std::wstring> PackedField(object::Quorvex& object, wchar_t kind, const std::wstring& table,
                                         const std::wstring& postcode) {
     const std::wstring file = localdata::DataFilePath(object.DataPath(), *localdata::FindDataFile(kind));
-    localdata::RowReader rows(object.platform.Databases(), file,
-                              L"SELECT * From [" + table + L"] WHERE [FT_Postcode]='" + postcode + L"';");
+    database::RowReader rows(object.platform.Databases(), file,
+                             L"SELECT * From [" + table + L"] WHERE [FT_Postcode]='" + postcode + L"';");
     if (rows.AtEnd()) return std::nullopt;
     const std::wstring stored = rows.Text(L"FT_Address");
     rows.Close();
@@ -80,7 +80,7 @@ bool HouseFilter::Keeps(const std::wstring& line) const {
     return number_ ? holds(L" " + upper, L" " + text_) || holds(upper, L"-" + text_) : holds(upper, text_);
 }
 
-LocalList LocalAddressList(lookup::Quorvex& object, const std::wstring& postcode, const std::wstring& house) {
+LocalList LocalAddressList(object::Quorvex& object, const std::wstring& postcode, const std::wstring& house) {
     const std::wstring key = LocalPostcode(postcode);
     if (key == kTestPostcode) return TestList();
     LocalList list;
@@ -98,7 +98,7 @@ LocalList LocalAddressList(lookup::Quorvex& object, const std::wstring& postcode
     return list;
 }
 
-std::wstring LocalAddressRecord(lookup::Quorvex& object, const std::wstring& addressId) {
+std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& addressId) {
     std::wstring rest = addressId;
     const std::wstring postcode = support::NextField(rest, L"_", true);
     const std::wstring number = support::NextField(rest, L"_", true);
@@ -125,7 +125,7 @@ std::wstring LocalAddressRecord(lookup::Quorvex& object, const std::wstring& add
     return {};
 }
 
-std::wstring LocalThoroughfareRecord(lookup::Quorvex& object, const std::wstring& postcode) {
+std::wstring LocalThoroughfareRecord(object::Quorvex& object, const std::wstring& postcode) {
     const std::wstring key = LocalPostcode(postcode);
     if (key == kTestPostcode) return TestRecord(L"Victoria Rd", L"");
     const auto plain = PackedField(object, L'T', L"PAF_StreetAddress", key);

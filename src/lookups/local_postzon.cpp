@@ -1,5 +1,5 @@
+#include "database/row_reader.h"
 #include "localdata/data_file_names.h"
-#include "localdata/row_reader.h"
 #include "lookups/distance.h"
 #include "lookups/local_replies.h"
 #include "lookups/postcode.h"
@@ -42,7 +42,7 @@ struct Point {
     double longitude = 0;
 };
 
-std::wstring File(const lookup::Quorvex& object) {
+std::wstring File(const object::Quorvex& object) {
     return localdata::DataFilePath(object.DataPath(), *localdata::FindDataFile(L'Z'));
 }
 
@@ -67,7 +67,7 @@ std::wstring InSquare(double longitude, double latitude) {
 }
 
 // The query that a key's form asks for; nothing for a point without a postcode near it.
-std::optional<std::wstring> QueryFor(lookup::Quorvex& object, const std::wstring& key) {
+std::optional<std::wstring> QueryFor(object::Quorvex& object, const std::wstring& key) {
     if (key.size() < kGridReferenceLength) return ByPostcode(LocalPostcode(key));
     if (key.find(L'|') == std::wstring::npos) return ByGridReference(key);
     std::wstring pieces = key + L"|";
@@ -78,17 +78,17 @@ std::optional<std::wstring> QueryFor(lookup::Quorvex& object, const std::wstring
     return ByPostcodeOfPoint(postcode);
 }
 
-std::optional<Point> PointOf(localdata::RowReader& row) {
+std::optional<Point> PointOf(database::RowReader& row) {
     const auto latitude = row.Number(L"PZ_Lat");
     const auto longitude = row.Number(L"PZ_Long");
     if (!latitude || !longitude) return std::nullopt;
     return Point{*latitude, *longitude};
 }
 
-std::optional<Point> HomePoint(lookup::Quorvex& object) {
+std::optional<Point> HomePoint(object::Quorvex& object) {
     if (object.HomePostcode().empty()) return std::nullopt;
-    localdata::RowReader row(object.platform.Databases(), File(object),
-                             ByPostcode(LocalPostcode(object.HomePostcode())));
+    database::RowReader row(object.platform.Databases(), File(object),
+                            ByPostcode(LocalPostcode(object.HomePostcode())));
     return row.AtEnd() ? std::nullopt : PointOf(row);
 }
 
@@ -98,8 +98,8 @@ std::wstring Line(const wchar_t* name, const std::wstring& value) {
 
 } // namespace
 
-std::wstring LocalNearestPostcode(lookup::Quorvex& object, double longitude, double latitude) {
-    localdata::RowReader rows(object.platform.Databases(), File(object), InSquare(longitude, latitude));
+std::wstring LocalNearestPostcode(object::Quorvex& object, double longitude, double latitude) {
+    database::RowReader rows(object.platform.Databases(), File(object), InSquare(longitude, latitude));
     double best = kFarthest;
     std::wstring nearest;
     for (; !rows.AtEnd(); rows.Next()) {
@@ -115,13 +115,13 @@ std::wstring LocalNearestPostcode(lookup::Quorvex& object, double longitude, dou
     return nearest;
 }
 
-std::wstring LocalPostZonRecord(lookup::Quorvex& object, const std::wstring& key) {
+std::wstring LocalPostZonRecord(object::Quorvex& object, const std::wstring& key) {
     const auto query = QueryFor(object, key);
     if (!query) return {};
     std::wstring reply;
     std::optional<Point> point;
     {
-        localdata::RowReader row(object.platform.Databases(), File(object), *query);
+        database::RowReader row(object.platform.Databases(), File(object), *query);
         if (row.AtEnd()) return {};
         reply = L"<confirm>Yes</confirm>\r\n";
         for (const auto& [tag, column] : kTagsAndColumns) reply += Line(tag, row.Text(column));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 
 #include <cstdint>
 #include <string>
@@ -16,14 +16,14 @@ struct LocalList {
     std::int32_t recordCount = 0;
 };
 // The addresses at a postcode as the host gave it; house keeps the lines that hold it, empty keeps all.
-LocalList LocalAddressList(lookup::Quorvex& object, const std::wstring& postcode, const std::wstring& house);
+LocalList LocalAddressList(object::Quorvex& object, const std::wstring& postcode, const std::wstring& house);
 // Empty when no premise has the identifier.
-std::wstring LocalAddressRecord(lookup::Quorvex& object, const std::wstring& addressId);
-std::wstring LocalThoroughfareRecord(lookup::Quorvex& object, const std::wstring& postcode);
+std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& addressId);
+std::wstring LocalThoroughfareRecord(object::Quorvex& object, const std::wstring& postcode);
 // Empty when nothing is found; the key as in GetPostZonAddressRecord.
-std::wstring LocalPostZonRecord(lookup::Quorvex& object, const std::wstring& key);
+std::wstring LocalPostZonRecord(object::Quorvex& object, const std::wstring& key);
 // The postcode of the nearest row inside the search square; empty when there is none.
-std::wstring LocalNearestPostcode(lookup::Quorvex& object, double longitude, double latitude);
+std::wstring LocalNearestPostcode(object::Quorvex& object, double longitude, double latitude);
 
 // Keeps the lines of a house: a number at the line's beginning, behind a blank or behind a hyphen; any other text
 // anywhere. Case is ignored, and so is what follows: 1 keeps 12, too.

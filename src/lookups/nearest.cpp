@@ -29,7 +29,7 @@ std::wstring DistanceText(double kilometres) {
     return std::wstring(text.data(), text.data() + length);
 }
 
-std::size_t Position(const lookup::NearestList& list, std::int32_t index) {
+std::size_t Position(const object::NearestList& list, std::int32_t index) {
     if (index < 0 || static_cast<std::size_t>(index) >= list.entries.size()) {
         throw support::Error(support::kErrorSubscript, L"Subscript out of range");
     }
@@ -38,13 +38,13 @@ std::size_t Position(const lookup::NearestList& list, std::int32_t index) {
 
 } // namespace
 
-bool Nearest_StartList(lookup::Quorvex& object, const std::wstring& postcode, double maxDistanceKm, double& longitude,
+bool Nearest_StartList(object::Quorvex& object, const std::wstring& postcode, double maxDistanceKm, double& longitude,
                        double& latitude, double& boxSize) {
     if (!GetPostZonAddressRecord(object, postcode)) return false;
     return Guarded(object, false, [&] {
         const double homeLongitude = support::ParseNumber(object.PostZon_Longitude_wgs84);
         const double homeLatitude = support::ParseNumber(object.PostZon_Latitude_wgs84);
-        lookup::NearestList& list = object.nearest;
+        object::NearestList& list = object.nearest;
         list.homeLongitude = longitude = homeLongitude;
         list.homeLatitude = latitude = homeLatitude;
         boxSize = maxDistanceKm * kDegreesPerKilometre;
@@ -56,10 +56,10 @@ bool Nearest_StartList(lookup::Quorvex& object, const std::wstring& postcode, do
     });
 }
 
-bool Nearest_AddToList(lookup::Quorvex& object, double longitude, double latitude, const std::wstring& text1,
+bool Nearest_AddToList(object::Quorvex& object, double longitude, double latitude, const std::wstring& text1,
                        const std::wstring& text2, const std::wstring& text3) {
     return Guarded(object, false, [&] {
-        lookup::NearestList& list = object.nearest;
+        object::NearestList& list = object.nearest;
         // Longitudes stand where latitudes are read and the other way round: intended, lists are ranked by this figure.
         const double kilometres =
             GetDistance(object.platform, list.homeLongitude, list.homeLatitude, longitude, latitude);
@@ -74,9 +74,9 @@ bool Nearest_AddToList(lookup::Quorvex& object, double longitude, double latitud
     });
 }
 
-std::int32_t Nearest_GetNumberOfRecordsReturned(lookup::Quorvex& object) {
+std::int32_t Nearest_GetNumberOfRecordsReturned(object::Quorvex& object) {
     return Guarded(object, std::int32_t{0}, [&] {
-        lookup::NearestList& list = object.nearest;
+        object::NearestList& list = object.nearest;
         // The empty entry at position count takes part and comes to stand at position 0, the nearest at 1.
         if (!list.entries.empty())
             support::QuickSort(list.entries, 0, static_cast<std::ptrdiff_t>(Position(list, list.count)));
@@ -84,8 +84,8 @@ std::int32_t Nearest_GetNumberOfRecordsReturned(lookup::Quorvex& object) {
     });
 }
 
-bool Nearest_GetRecord(lookup::Quorvex& object, std::int32_t index, NearestRecord& record) {
-    const lookup::NearestList& list = object.nearest;
+bool Nearest_GetRecord(object::Quorvex& object, std::int32_t index, NearestRecord& record) {
+    const object::NearestList& list = object.nearest;
     if (index > list.count) return false;
     return Guarded(object, false, [&] {
         std::wstring entry = list.entries[Position(list, index)] + L"|";
@@ -100,7 +100,7 @@ bool Nearest_GetRecord(lookup::Quorvex& object, std::int32_t index, NearestRecor
     });
 }
 
-void Nearest_EndList(lookup::Quorvex& object) {
+void Nearest_EndList(object::Quorvex& object) {
     object.nearest.entries.assign(1, {});
     object.nearest.entries.shrink_to_fit();
 }

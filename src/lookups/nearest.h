@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 
 #include <cstdint>
 #include <string>
@@ -12,12 +12,12 @@ namespace quorvex::lookups {
 
 // False when the postcode is not found; an earlier list then stays as it was. boxSize is a half-width in degrees for
 // the host's own pre-selection.
-bool Nearest_StartList(lookup::Quorvex& object, const std::wstring& postcode, double maxDistanceKm, double& longitude,
+bool Nearest_StartList(object::Quorvex& object, const std::wstring& postcode, double maxDistanceKm, double& longitude,
                        double& latitude, double& boxSize);
 // Points farther away than the maximum are dropped. False before the first list.
-bool Nearest_AddToList(lookup::Quorvex& object, double longitude, double latitude, const std::wstring& text1,
+bool Nearest_AddToList(object::Quorvex& object, double longitude, double latitude, const std::wstring& text1,
                        const std::wstring& text2, const std::wstring& text3);
-std::int32_t Nearest_GetNumberOfRecordsReturned(lookup::Quorvex& object);
+std::int32_t Nearest_GetNumberOfRecordsReturned(object::Quorvex& object);
 
 struct NearestRecord {
     double distance = 0; // kilometres
@@ -28,7 +28,7 @@ struct NearestRecord {
     std::wstring text3;
 };
 // False for an index above the count; index 0 is the empty entry. False where no entry is.
-bool Nearest_GetRecord(lookup::Quorvex& object, std::int32_t index, NearestRecord& record);
-void Nearest_EndList(lookup::Quorvex& object);
+bool Nearest_GetRecord(object::Quorvex& object, std::int32_t index, NearestRecord& record);
+void Nearest_EndList(object::Quorvex& object);
 
 } // namespace quorvex::lookups

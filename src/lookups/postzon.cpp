@@ -4,9 +4,9 @@
 #include "lookups/data_file.h"
 #include "lookups/guarded.h"
 #include "lookups/local_replies.h"
+#include "object/reply_header.h"
 #include "web/data_request.h"
 #include "web/endpoints.h"
-#include "web/reply_header.h"
 
 namespace quorvex::lookups {
 namespace {
@@ -15,7 +15,7 @@ constexpr std::size_t kShortestKey = 5;
 
 } // namespace
 
-bool GetPostZonAddressRecord(lookup::Quorvex& object, const std::wstring& key) {
+bool GetPostZonAddressRecord(object::Quorvex& object, const std::wstring& key) {
     object.General_confirm = false;
     if (key.size() < kShortestKey) {
         object.General_errormessage = L"Please specify Postcode";
@@ -27,12 +27,12 @@ bool GetPostZonAddressRecord(lookup::Quorvex& object, const std::wstring& key) {
         const std::wstring reply = object.LocalMode()
                                        ? LocalPostZonRecord(object, key)
                                        : web::GetDataFromHTTPRequest(object, web::SearchForPostZonDataUrl(object, key));
-        web::ReadReplyHeader(object, reply, false);
+        object::ReadReplyHeader(object, reply, false);
         return object.General_confirm;
     });
 }
 
-std::wstring GetPostZonAddressLongLat(lookup::Quorvex& object, double longitude, double latitude) {
+std::wstring GetPostZonAddressLongLat(object::Quorvex& object, double longitude, double latitude) {
     if (!object.LocalMode()) return {};
     return Guarded(object, std::wstring(), [&] { return LocalNearestPostcode(object, longitude, latitude); });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 
 #include <string>
 
@@ -8,8 +8,8 @@ namespace quorvex::lookups {
 
 // The PostZon record of a postcode (5 to 8 characters), a grid reference (9 or more) or, in local mode,
 // "longitude|latitude".
-bool GetPostZonAddressRecord(lookup::Quorvex& object, const std::wstring& key);
+bool GetPostZonAddressRecord(object::Quorvex& object, const std::wstring& key);
 // The postcode nearest to a point among the local data's rows within about 10 km; empty when there is none.
-std::wstring GetPostZonAddressLongLat(lookup::Quorvex& object, double longitude, double latitude);
+std::wstring GetPostZonAddressLongLat(object::Quorvex& object, double longitude, double latitude);
 
 } // namespace quorvex::lookups

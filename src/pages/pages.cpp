@@ -1,7 +1,7 @@
 #include "pages/pages.h"
 
 #include "build_constants.h"
-#include "lookup/tag_reader.h"
+#include "object/tag_reader.h"
 #include "support/files.h"
 #include "web/data_request.h"
 #include "web/endpoints.h"
@@ -11,61 +11,61 @@ namespace {
 
 constexpr int kFirstShellSuccess = 32; // what the shell returns below it is a failure
 
-std::wstring GetUrlforPrefuredMap(lookup::Quorvex& object, const std::wstring& postcode,
+std::wstring GetUrlforPrefuredMap(object::Quorvex& object, const std::wstring& postcode,
                                   const std::wstring& zoomLevel) {
     if (postcode.empty()) return {};
     const std::wstring url = web::GetUrlforPrefuredMapUrl(object, postcode, zoomLevel);
-    return lookup::ReadBetweenTags(web::GetDataFromHTTPRequest(object, url), L"<url>", L"</url>");
+    return object::ReadBetweenTags(web::GetDataFromHTTPRequest(object, url), L"<url>", L"</url>");
 }
 
 // Opens the address found for a postcode; an address that could not be found is opened, too, so that the user is told.
-std::wstring Display(lookup::Quorvex& object, const std::wstring& postcode, std::wstring address) {
+std::wstring Display(object::Quorvex& object, const std::wstring& postcode, std::wstring address) {
     if (!postcode.empty()) DisplayWebPage(object, address);
     return address;
 }
 
-void OpenResellerPage(lookup::Quorvex& object, const wchar_t* use) {
+void OpenResellerPage(object::Quorvex& object, const wchar_t* use) {
     DisplayWebPage(object, std::wstring(kAccountUrl) + L"/A2CustomerAccount/WebAccountCreateFromReseller.aspx?r=" +
                                use + L"&id=" + std::to_wstring(object.ResellerID()));
 }
 
 } // namespace
 
-std::wstring GetUrlforPrefuredMapArea(lookup::Quorvex& object, const std::wstring& postcode) {
+std::wstring GetUrlforPrefuredMapArea(object::Quorvex& object, const std::wstring& postcode) {
     return GetUrlforPrefuredMap(object, postcode, L"Area");
 }
 
-std::wstring GetUrlforPrefuredMapStreet(lookup::Quorvex& object, const std::wstring& postcode) {
+std::wstring GetUrlforPrefuredMapStreet(object::Quorvex& object, const std::wstring& postcode) {
     return GetUrlforPrefuredMap(object, postcode, L"Street");
 }
 
-std::wstring GetUrlforPrefuredMapDistrict(lookup::Quorvex& object, const std::wstring& postcode) {
+std::wstring GetUrlforPrefuredMapDistrict(object::Quorvex& object, const std::wstring& postcode) {
     return GetUrlforPrefuredMap(object, postcode, L"District");
 }
 
-std::wstring DisplayPrefuredMapArea(lookup::Quorvex& object, const std::wstring& postcode) {
+std::wstring DisplayPrefuredMapArea(object::Quorvex& object, const std::wstring& postcode) {
     return Display(object, postcode, GetUrlforPrefuredMapArea(object, postcode));
 }
 
-std::wstring DisplayPrefuredMapStreet(lookup::Quorvex& object, const std::wstring& postcode) {
+std::wstring DisplayPrefuredMapStreet(object::Quorvex& object, const std::wstring& postcode) {
     return Display(object, postcode, GetUrlforPrefuredMapStreet(object, postcode));
 }
 
-std::wstring DisplayPrefuredMapDistrict(lookup::Quorvex& object, const std::wstring& postcode) {
+std::wstring DisplayPrefuredMapDistrict(object::Quorvex& object, const std::wstring& postcode) {
     return Display(object, postcode, GetUrlforPrefuredMapDistrict(object, postcode));
 }
 
-std::wstring GetUrlDirectoryOfService(lookup::Quorvex& object, const std::wstring& postcode,
+std::wstring GetUrlDirectoryOfService(object::Quorvex& object, const std::wstring& postcode,
                                       const std::wstring& category, const std::wstring& refinement) {
     return GetUrlforPrefuredMap(object, postcode, category + L":" + refinement);
 }
 
-std::wstring DisplayDirectoryOfService(lookup::Quorvex& object, const std::wstring& postcode,
+std::wstring DisplayDirectoryOfService(object::Quorvex& object, const std::wstring& postcode,
                                        const std::wstring& category, const std::wstring& refinement) {
     return Display(object, postcode, GetUrlDirectoryOfService(object, postcode, category, refinement));
 }
 
-void ShowAccountAdminPage(lookup::Quorvex& object) {
+void ShowAccountAdminPage(object::Quorvex& object) {
     if (!object.General_accountadminpage.empty()) {
         DisplayWebPage(object, object.General_accountadminpage);
     } else {
@@ -73,19 +73,19 @@ void ShowAccountAdminPage(lookup::Quorvex& object) {
     }
 }
 
-void OpenAnAccountAndLinkToResellerForInternalUse(lookup::Quorvex& object) {
+void OpenAnAccountAndLinkToResellerForInternalUse(object::Quorvex& object) {
     OpenResellerPage(object, L"I");
 }
 
-void OpenAnAccountAndLinkToResellerForWebUse(lookup::Quorvex& object) {
+void OpenAnAccountAndLinkToResellerForWebUse(object::Quorvex& object) {
     OpenResellerPage(object, L"W");
 }
 
-void OpenAnAccountAndLinkToResellerForWebAndInternalUse(lookup::Quorvex& object) {
+void OpenAnAccountAndLinkToResellerForWebAndInternalUse(object::Quorvex& object) {
     OpenResellerPage(object, L"");
 }
 
-void DisplayWebPage(lookup::Quorvex& object, const std::wstring& address) {
+void DisplayWebPage(object::Quorvex& object, const std::wstring& address) {
     // The working directory is the whole address, not its folder: intended, some handlers expect it.
     if (object.platform.OpenWithShell(support::FileNameOf(address), address) < kFirstShellSuccess) {
         object.platform.ShowMessage(L"Unable to open " + address, support::kStyleCritical, {});

@@ -14,11 +14,11 @@
 
 namespace quorvex::server {
 
-WindowsPlatform::WindowsPlatform(localdata::DatabaseProvider& databases, web::TransportLimits limits)
+WindowsPlatform::WindowsPlatform(database::DatabaseProvider& databases, http::TransportLimits limits)
     : databases_(databases), transport_(*this, std::move(limits)) {}
 
 bool WindowsPlatform::RequestRunning() const {
-    return web::RequestRunning();
+    return http::RequestRunning();
 }
 
 std::wstring WindowsPlatform::GetUrl(const std::wstring& url, int limitSeconds) {

@@ -2,8 +2,8 @@
 
 #include "dialogs/progress_window_win.h"
 #include "dialogs/zip_form_win.h"
+#include "http/transport_win.h"
 #include "support/platform.h"
-#include "web/transport_win.h"
 
 namespace quorvex::server {
 
@@ -11,7 +11,7 @@ namespace quorvex::server {
 class WindowsPlatform final : public support::Platform {
   public:
     // The provider must outlive the platform.
-    explicit WindowsPlatform(localdata::DatabaseProvider& databases, web::TransportLimits limits = {});
+    explicit WindowsPlatform(database::DatabaseProvider& databases, http::TransportLimits limits = {});
 
     bool RequestRunning() const override;
     std::wstring GetUrl(const std::wstring& url, int limitSeconds) override;
@@ -39,11 +39,11 @@ class WindowsPlatform final : public support::Platform {
     std::wstring DataAccessVersion() const override;
     std::wstring SystemVersion() const override;
 
-    localdata::DatabaseProvider& Databases() override { return databases_; }
+    database::DatabaseProvider& Databases() override { return databases_; }
 
   private:
-    localdata::DatabaseProvider& databases_;
-    web::Transport transport_;
+    database::DatabaseProvider& databases_;
+    http::Transport transport_;
     dialogs::ProgressWindow progress_{*this, [this] { StopRequest(); }};
     dialogs::ZipForm zipForm_{*this};
 };

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvex::localdata {
+namespace quorvex::database {
 class DatabaseProvider;
 }
 
@@ -104,7 +104,7 @@ class Platform {
 
     // --- Local data --------------------------------------------------------------------------------------------
     // The engine in use for the data files.
-    virtual localdata::DatabaseProvider& Databases() = 0;
+    virtual database::DatabaseProvider& Databases() = 0;
 };
 
 } // namespace quorvex::support

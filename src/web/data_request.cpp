@@ -3,7 +3,7 @@
 namespace quorvex::web {
 namespace {
 
-void ShowDetail(lookup::Quorvex& object, const std::wstring& text) {
+void ShowDetail(object::Quorvex& object, const std::wstring& text) {
     if (object.ShowHTTPcallsInDetailFlg == 0) return;
     object.platform.SetClipboardText(text);
     object.platform.ShowMessage(text, support::kStyleInformation, L"Detailed Debug Info (Also on clipboard!)");
@@ -20,7 +20,7 @@ std::wstring GetDataFromHTTPRequest(support::Platform& platform, const std::wstr
     return reply == L"TimeOut" ? std::wstring(kTimeOutMessage) : reply;
 }
 
-std::wstring GetDataFromHTTPRequest(lookup::Quorvex& object, const std::wstring& url) {
+std::wstring GetDataFromHTTPRequest(object::Quorvex& object, const std::wstring& url) {
     if (object.platform.RequestRunning()) return {};
     ShowDetail(object, L"Calling:\r\n" + url);
     std::wstring reply = GetDataFromHTTPRequest(object.platform, url, kRequestLimitSeconds);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 
 #include <string>
 
@@ -12,7 +12,7 @@ inline constexpr int kRequestLimitSeconds = 30;
 
 // The whole reply to a GET of the URL as text; kTimeOutMessage when there was none; empty when another request is
 // waiting. With ShowHTTPcallsInDetailFlg the call and the reply are shown and put on the clipboard.
-std::wstring GetDataFromHTTPRequest(lookup::Quorvex& object, const std::wstring& url);
+std::wstring GetDataFromHTTPRequest(object::Quorvex& object, const std::wstring& url);
 
 // The same with a limit of its own and without the debug display; for the update procedure.
 std::wstring GetDataFromHTTPRequest(support::Platform& platform, const std::wstring& url, int limitSeconds);

@@ -1,13 +1,12 @@
 // What the product does with the local data, over the data access layer and over the embedded engine: the answers and
 // the files must be the same.
 
-#include "localdata/ado/provider_win.h"
-#include "localdata/update_procedure.h"
-#include "lookup/quorvex.h"
+#include "database/ado/provider_win.h"
 #include "lookups/address_list.h"
 #include "lookups/address_record.h"
 #include "lookups/nearest.h"
 #include "lookups/postzon.h"
+#include "object/quorvex.h"
 #include "support/process_state.h"
 #include "support/text.h"
 #include "support_code/ado_stand_in.h"
@@ -15,6 +14,7 @@
 #include "support_code/temp_folder.h"
 #include "support_code/tsv.h"
 #include "support_code/update_platform.h"
+#include "update/update_procedure.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@
 namespace quorvex::testing {
 namespace {
 
-using localdata::DatabaseProvider;
+using database::DatabaseProvider;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 
@@ -41,12 +41,12 @@ class Mode {
 
     void Update(const wchar_t* package) {
         CopyPackage(package, folder.Text());
-        localdata::UpdateRequest request;
+        update::UpdateRequest request;
         request.dataFolder = folder.Text();
         request.dates = localdata::GetLastUpdateDates(platform, folder.Text());
         request.unattended = true;
         int applied = 0;
-        EXPECT_TRUE(localdata::Update(object, request, applied));
+        EXPECT_TRUE(update::Update(object, request, applied));
         EXPECT_EQ(applied, 1);
         for (const FakePlatform::Message& message : platform.messages) {
             EXPECT_EQ(message.style, support::kStyleInformation) << support::ToUtf8(message.text);
@@ -55,7 +55,7 @@ class Mode {
 
     TempFolder folder;
     UpdatePlatform platform;
-    lookup::Quorvex object{platform};
+    object::Quorvex object{platform};
 };
 
 class BothEngines : public ::testing::Test {
@@ -63,14 +63,14 @@ class BothEngines : public ::testing::Test {
     // The answers of one engine to a series of questions.
     using Answers = std::vector<std::wstring>;
 
-    static void Note(Answers& answers, lookup::Quorvex& object, bool found) {
+    static void Note(Answers& answers, object::Quorvex& object, bool found) {
         answers.push_back(found ? L"found" : support::ReplaceAll(object.General_errormessage, object.DataPath(), L""));
         answers.push_back(RecordOf(object));
     }
 
     static Answers Ask(DatabaseProvider& databases) {
         Mode mode(databases);
-        lookup::Quorvex& object = mode.object;
+        object::Quorvex& object = mode.object;
         Answers answers;
         object.SetHomePostCode(L"PE13 2QL");
         const std::vector<TsvRow> rows = ReadTsv(DataFolder(L"sample\\truth\\postzon.tsv"));
@@ -95,8 +95,8 @@ class BothEngines : public ::testing::Test {
     }
 
     AdoStandIn ado;
-    localdata::ado::AdoProvider overAdo;
-    localdata::JetProvider embedded;
+    database::ado::AdoProvider overAdo;
+    database::JetProvider embedded;
 };
 
 TEST_F(BothEngines, EveryLookupGivesTheSame) {

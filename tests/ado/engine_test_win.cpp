@@ -1,5 +1,5 @@
-#include "localdata/ado/provider_win.h"
-#include "localdata/ado/value_win.h"
+#include "database/ado/provider_win.h"
+#include "database/ado/value_win.h"
 #include "support/error.h"
 #include "support/text.h"
 #include "support_code/ado_stand_in.h"
@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvex::localdata::ado {
+namespace quorvex::database::ado {
 namespace {
 
 using quorvex::testing::AdoStandIn;
@@ -137,4 +137,4 @@ TEST(AdoValues, KeepTheirKindBothWays) {
 }
 
 } // namespace
-} // namespace quorvex::localdata::ado
+} // namespace quorvex::database::ado

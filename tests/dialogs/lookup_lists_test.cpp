@@ -17,7 +17,7 @@ const std::wstring kReply =
 class LookupListsTest : public ::testing::Test {
   protected:
     testing::FakePlatform platform;
-    lookup::Quorvex object{platform};
+    object::Quorvex object{platform};
     testing::TempFolder folder;
     LookupLists lists{object};
 

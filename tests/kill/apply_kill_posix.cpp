@@ -1,15 +1,15 @@
+#include "database/jet/jet_provider.h"
 #include "kill/kill_count.h"
-#include "localdata/jet/journal.h"
-#include "localdata/jet_provider.h"
 #include "localdata/status.h"
-#include "localdata/unzip.h"
-#include "localdata/update_applier.h"
+#include "storage/journal.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/text.h"
 #include "support_code/fake_platform.h"
 #include "support_code/sample_data.h"
 #include "support_code/temp_folder.h"
+#include "update/unzip.h"
+#include "update/update_applier.h"
 
 #include <gtest/gtest.h>
 
@@ -22,13 +22,11 @@
 namespace quorvex::testing {
 namespace {
 
-namespace jet = localdata::jet;
-
 constexpr wchar_t kPackage[] = L"UPDATE_F_20260331";
 constexpr wchar_t kTable[] = L"PAF_FULLAddress";
 constexpr int kRecords = 300;
 // As the product does it, and in small groups, so that many kills meet a file that is being written.
-constexpr std::array<unsigned, 3> kTogether = {localdata::JetProvider::kRecordsTogether, 7, 1};
+constexpr std::array<unsigned, 3> kTogether = {database::JetProvider::kRecordsTogether, 7, 1};
 constexpr int kKillsInARow = 4; // of the same file, before a new one is begun
 
 // Tells another process of every record that is about to be merged.
@@ -50,8 +48,8 @@ class ApplyKill : public ::testing::Test {
         CopySampleData(folder_.Text());
         CopyPackage(std::wstring(kPackage) + L".zip", folder_.Text());
         FakePlatform platform;
-        EXPECT_TRUE(localdata::Unzip(platform, {}, {}, folder_.File(std::wstring(kPackage) + L".zip"), folder_.Text(),
-                                     {}, true));
+        EXPECT_TRUE(
+            update::Unzip(platform, {}, {}, folder_.File(std::wstring(kPackage) + L".zip"), folder_.Text(), {}, true));
         package_ = AddressRows(update_, kTable);
         packageKeys_ = KeysInOrder(update_, kTable, L"FT_Postcode");
         EXPECT_EQ(packageKeys_.size(), static_cast<std::size_t>(kRecords));
@@ -63,13 +61,13 @@ class ApplyKill : public ::testing::Test {
 
     [[noreturn]] void ApplyInChild(int pipe, unsigned recordsTogether) {
         ReportingPlatform platform(pipe);
-        localdata::JetProvider databases(recordsTogether);
+        database::JetProvider databases(recordsTogether);
         platform.databases = &databases;
         int result = 0;
         try {
-            localdata::Progress progress(platform);
+            update::Progress progress(platform);
             long count = 0;
-            localdata::UpdateData(platform, progress, folder_.Text(), update_, L'F', L"20260331", count);
+            update::UpdateData(platform, progress, folder_.Text(), update_, L'F', L"20260331", count);
         } catch (const support::Error& error) {
             std::cerr << support::ToUtf8(error.Description()) << std::endl;
             result = 2;
@@ -146,7 +144,7 @@ class ApplyKill : public ::testing::Test {
 
     std::wstring Version() {
         FakePlatform platform;
-        localdata::JetProvider databases;
+        database::JetProvider databases;
         platform.databases = &databases;
         return localdata::GetLastUpdateFULL(platform, folder_.Text());
     }

@@ -108,7 +108,7 @@ TEST_F(Status, TheDetailedSummaryAddsSystemSizesAndCounts) {
     const auto other = Hold(L"PAF_POSTZON.dat");
     const auto bytes = [this](const wchar_t* name) { return std::to_wstring(support::FileSize(folder.File(name))); };
     const std::wstring text = localdata::GetDetailedSummary(platform, folder.Text());
-    EXPECT_TRUE(text.starts_with(L"System:\r\n  Component version:" + lookup::GetVersion() + L"\r\n"));
+    EXPECT_TRUE(text.starts_with(L"System:\r\n  Component version:" + object::GetVersion() + L"\r\n"));
     for (const std::wstring& part : std::vector<std::wstring>{
              L"-bit\r\n", L"  Windows version:10.0\r\n", L"  Computer:COUNTER-1\r\n", L"  User:clerk\r\n",
              L"  Database engine:strict\r\nData Status:\r\n  Full PAF data present\r\n",

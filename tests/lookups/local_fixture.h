@@ -1,7 +1,7 @@
 #pragma once
 
-#include "localdata/jet_provider.h"
-#include "lookup/quorvex.h"
+#include "database/jet/jet_provider.h"
+#include "object/quorvex.h"
 #include "support/process_state.h"
 #include "support_code/fake_platform.h"
 #include "support_code/temp_folder.h"
@@ -35,9 +35,9 @@ class LocalTest : public ::testing::Test {
     }
 
     TempFolder logs;
-    localdata::JetProvider databases;
+    database::JetProvider databases;
     FakePlatform platform;
-    lookup::Quorvex object{platform};
+    object::Quorvex object{platform};
 };
 
 } // namespace quorvex::testing

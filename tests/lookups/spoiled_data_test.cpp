@@ -1,4 +1,4 @@
-#include "localdata/jet/database.h"
+#include "jet/database.h"
 #include "lookups/address_list.h"
 #include "lookups/address_record.h"
 #include "lookups/local_fixture.h"
@@ -99,14 +99,14 @@ TEST_F(SpoiledDataTest, NoisyPagesNeverGiveAWrongAddress) {
 }
 
 TEST_F(SpoiledDataTest, LockedForWritingFailsAndReadersShare) {
-    localdata::jet::OpenOptions writing;
+    jet::OpenOptions writing;
     writing.writable = true;
     const auto file = support::ToPath(folder.File(L"PAF_FULL.dat"));
     {
-        const auto writer = localdata::jet::Database::Open(file, u"lanternfox", writing);
+        const auto writer = jet::Database::Open(file, u"lanternfox", writing);
         ExpectFailure(L"somebody writes");
     }
-    const auto reader = localdata::jet::Database::Open(file, u"lanternfox", {});
+    const auto reader = jet::Database::Open(file, u"lanternfox", {});
     EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA"));
 }
 

@@ -10,7 +10,7 @@ namespace {
 class PagesTest : public ::testing::Test {
   protected:
     testing::FakePlatform platform;
-    lookup::Quorvex object{platform};
+    object::Quorvex object{platform};
 
     PagesTest() {
         object.ServerURL = L"http://s";

@@ -1,6 +1,6 @@
 #include "fixture.h"
 
-#include "lookup/tag_reader.h"
+#include "object/tag_reader.h"
 #include "support/files.h"
 #include "support/text.h"
 
@@ -37,7 +37,7 @@ std::wstring ServiceTest::Text(const std::string& target) {
 }
 
 std::wstring ServiceTest::ElementOf(const std::string& page, const std::wstring& element) {
-    return lookup::ReadElement(Text("/xmlservice/" + page), element);
+    return object::ReadElement(Text("/xmlservice/" + page), element);
 }
 
 } // namespace quorvex::service

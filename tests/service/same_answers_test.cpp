@@ -1,5 +1,5 @@
+#include "database/jet/jet_provider.h"
 #include "fixture.h"
-#include "localdata/jet_provider.h"
 #include "lookups/address_list.h"
 #include "lookups/address_record.h"
 #include "lookups/postzon.h"
@@ -86,12 +86,12 @@ class SameAnswers : public ServiceTest {
   private:
     FakePlatform webPlatform_;
     FakePlatform localPlatform_;
-    localdata::JetProvider databases_;
+    database::JetProvider databases_;
     std::unique_ptr<httplib::Client> client_;
 
   protected:
-    lookup::Quorvex web{webPlatform_};
-    lookup::Quorvex local{localPlatform_};
+    object::Quorvex web{webPlatform_};
+    object::Quorvex local{localPlatform_};
 };
 
 TEST_F(SameAnswers, EveryPostcodeOfTheSampleFolder) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "localdata/ado/value_win.h"
+#include "database/ado/value_win.h"
 #include "support_code/ado_object.h"
 
 namespace quorvex::testing {
@@ -14,7 +14,7 @@ class AdoConnectionObject final : public AdoObject<AdoConnectionObject> {
     static std::span<const AdoMember<AdoConnectionObject>> Members();
     static std::wstring Name() { return L"Connection"; }
 
-    localdata::Connection& Inner() { return *inner_; }
+    database::Connection& Inner() { return *inner_; }
 
   private:
     using Variant = support::Variant;
@@ -25,7 +25,7 @@ class AdoConnectionObject final : public AdoObject<AdoConnectionObject> {
         return {};
     }
 
-    std::unique_ptr<localdata::Connection> inner_;
+    std::unique_ptr<database::Connection> inner_;
 };
 
 class AdoRecordsetObject final : public AdoObject<AdoRecordsetObject> {
@@ -35,7 +35,7 @@ class AdoRecordsetObject final : public AdoObject<AdoRecordsetObject> {
     static std::span<const AdoMember<AdoRecordsetObject>> Members();
     static std::wstring Name() { return L"Recordset"; }
 
-    localdata::Recordset& Inner() { return *inner_; }
+    database::Recordset& Inner() { return *inner_; }
 
   private:
     using Variant = support::Variant;
@@ -48,14 +48,14 @@ class AdoRecordsetObject final : public AdoObject<AdoRecordsetObject> {
     Variant RecordCount(const AdoArguments&) { return static_cast<std::int32_t>(inner_->RecordCount()); }
     Variant Find(const AdoArguments& arguments);
     Variant Fields(const AdoArguments&);
-    template <void (localdata::Recordset::*Method)()>
+    template <void (database::Recordset::*Method)()>
     Variant Forward(const AdoArguments&) {
         (*inner_.*Method)();
         return {};
     }
     void LetGo();
 
-    std::unique_ptr<localdata::Recordset> inner_;
+    std::unique_ptr<database::Recordset> inner_;
     AdoConnectionObject* connection_ = nullptr; // a reference is held while open
 };
 

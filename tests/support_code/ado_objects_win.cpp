@@ -26,9 +26,9 @@ class AdoFieldObject final : public AdoObject<AdoFieldObject> {
     }
 
   private:
-    Variant GetValue(const AdoArguments&) { return localdata::ado::ToVariant(recordset_.Inner().Field(name_)); }
+    Variant GetValue(const AdoArguments&) { return database::ado::ToVariant(recordset_.Inner().Field(name_)); }
     Variant PutValue(const AdoArguments& arguments) {
-        recordset_.Inner().SetField(name_, localdata::ado::FromVariant(arguments[0]));
+        recordset_.Inner().SetField(name_, database::ado::FromVariant(arguments[0]));
         return {};
     }
 
@@ -105,15 +105,15 @@ std::span<const AdoMember<AdoRecordsetObject>> AdoRecordsetObject::Members() {
         {L"Close", DISPATCH_METHOD, 0, 0, &Me::Close},
         {L"BOF", DISPATCH_PROPERTYGET, 0, 0, &Me::GetBof},
         {L"EOF", DISPATCH_PROPERTYGET, 0, 0, &Me::GetEof},
-        {L"MoveFirst", DISPATCH_METHOD, 0, 0, &Me::Forward<&localdata::Recordset::MoveFirst>},
-        {L"MoveLast", DISPATCH_METHOD, 0, 0, &Me::Forward<&localdata::Recordset::MoveLast>},
-        {L"MoveNext", DISPATCH_METHOD, 0, 0, &Me::Forward<&localdata::Recordset::MoveNext>},
+        {L"MoveFirst", DISPATCH_METHOD, 0, 0, &Me::Forward<&database::Recordset::MoveFirst>},
+        {L"MoveLast", DISPATCH_METHOD, 0, 0, &Me::Forward<&database::Recordset::MoveLast>},
+        {L"MoveNext", DISPATCH_METHOD, 0, 0, &Me::Forward<&database::Recordset::MoveNext>},
         {L"RecordCount", DISPATCH_PROPERTYGET, 0, 0, &Me::RecordCount},
         {L"Find", DISPATCH_METHOD, 1, 4, &Me::Find},
         {L"Fields", DISPATCH_PROPERTYGET, 0, 0, &Me::Fields},
-        {L"AddNew", DISPATCH_METHOD, 0, 2, &Me::Forward<&localdata::Recordset::AddNew>},
-        {L"Update", DISPATCH_METHOD, 0, 2, &Me::Forward<&localdata::Recordset::Update>},
-        {L"UpdateBatch", DISPATCH_METHOD, 0, 1, &Me::Forward<&localdata::Recordset::UpdateBatch>},
+        {L"AddNew", DISPATCH_METHOD, 0, 2, &Me::Forward<&database::Recordset::AddNew>},
+        {L"Update", DISPATCH_METHOD, 0, 2, &Me::Forward<&database::Recordset::Update>},
+        {L"UpdateBatch", DISPATCH_METHOD, 0, 1, &Me::Forward<&database::Recordset::UpdateBatch>},
     }};
     return members;
 }
@@ -121,14 +121,14 @@ std::span<const AdoMember<AdoRecordsetObject>> AdoRecordsetObject::Members() {
 Variant AdoRecordsetObject::PutCursorType(const AdoArguments& arguments) {
     const std::int32_t type = arguments[0].Int();
     if (type < 0 || type > 3) RefuseArguments();
-    inner_->SetCursorType(static_cast<localdata::CursorType>(type));
+    inner_->SetCursorType(static_cast<database::CursorType>(type));
     return {};
 }
 
 Variant AdoRecordsetObject::PutLockType(const AdoArguments& arguments) {
     const std::int32_t type = arguments[0].Int();
     if (type < 1 || type > 4) RefuseArguments();
-    inner_->SetLockType(static_cast<localdata::LockType>(type));
+    inner_->SetLockType(static_cast<database::LockType>(type));
     return {};
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "localdata/database.h"
+#include "database/database.h"
 #include "support/error.h"
 #include "support/platform.h"
 
@@ -102,9 +102,9 @@ class FakePlatform : public support::Platform {
     std::wstring SystemVersion() const override { return systemVersion; }
 
     // --- Local data --------------------------------------------------------------------------------------------
-    localdata::DatabaseProvider* databases = nullptr;
+    database::DatabaseProvider* databases = nullptr;
 
-    localdata::DatabaseProvider& Databases() override {
+    database::DatabaseProvider& Databases() override {
         if (databases == nullptr) throw support::Error(support::kErrorInternal, L"This test has no databases");
         return *databases;
     }

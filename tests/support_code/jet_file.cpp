@@ -1,38 +1,36 @@
 #include "support_code/jet_file.h"
 
-#include "localdata/jet/database.h"
-#include "localdata/jet_translation.h"
+#include "database/jet/jet_translation.h"
+#include "jet/database.h"
 #include "support/files.h"
 
 namespace quorvex::testing {
-
-namespace jet = localdata::jet;
 
 void WriteJetFile(const std::wstring& path, const FileData& data) {
     std::filesystem::remove(support::ToPath(path));
     jet::OpenOptions options;
     options.batch = 10000;
-    jet::Database database = jet::Database::Create(support::ToPath(path), localdata::ToUtf16(data.password), options);
+    jet::Database database = jet::Database::Create(support::ToPath(path), database::ToUtf16(data.password), options);
     for (const auto& [name, contents] : data.tables) {
         const jet::IndexSpec byKey{.name = u"Key", .columns = {contents.columns.front().name}};
-        jet::Table table = database.CreateTable({localdata::ToUtf16(name), contents.columns, {byKey}});
+        jet::Table table = database.CreateTable({database::ToUtf16(name), contents.columns, {byKey}});
         for (const auto& row : contents.rows) {
             std::vector<jet::Assignment> values;
-            for (std::size_t i = 0; i < row.size(); ++i) values.push_back({i, localdata::ToJet(row[i])});
+            for (std::size_t i = 0; i < row.size(); ++i) values.push_back({i, database::ToJet(row[i])});
             table.Insert(values);
         }
     }
     database.Close();
 }
 
-std::vector<std::vector<localdata::Value>> ReadJetRows(const std::wstring& path, const std::wstring& table) {
+std::vector<std::vector<database::Value>> ReadJetRows(const std::wstring& path, const std::wstring& table) {
     jet::Database database = jet::Database::Open(support::ToPath(path), u"lanternfox");
-    std::vector<std::vector<localdata::Value>> rows;
-    const jet::Table opened = database.OpenTable(localdata::ToUtf16(table));
+    std::vector<std::vector<database::Value>> rows;
+    const jet::Table opened = database.OpenTable(database::ToUtf16(table));
     for (jet::Cursor cursor = opened.Rows(); cursor.Next();) {
         auto& row = rows.emplace_back();
         for (std::size_t i = 0; i < opened.definition().columns.size(); ++i) {
-            row.push_back(localdata::FromJet(cursor.Current().Get(i)));
+            row.push_back(database::FromJet(cursor.Current().Get(i)));
         }
     }
     return rows;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "localdata/database.h"
-#include "localdata/jet/table_def.h"
+#include "database/database.h"
+#include "format/table_def.h"
 
 #include <map>
 #include <string>
@@ -11,8 +11,8 @@ namespace quorvex::testing {
 
 // Small database files of a test's own making, as plain values.
 struct TableData {
-    std::vector<localdata::jet::ColumnSpec> columns;
-    std::vector<std::vector<localdata::Value>> rows;
+    std::vector<jet::ColumnSpec> columns;
+    std::vector<std::vector<database::Value>> rows;
 };
 struct FileData {
     std::wstring password = L"lanternfox";
@@ -22,6 +22,6 @@ struct FileData {
 // Writes a Jet 4 file in place of whatever stands there. Each table gets an index over its first column that takes
 // duplicates.
 void WriteJetFile(const std::wstring& path, const FileData& data);
-std::vector<std::vector<localdata::Value>> ReadJetRows(const std::wstring& path, const std::wstring& table);
+std::vector<std::vector<database::Value>> ReadJetRows(const std::wstring& path, const std::wstring& table);
 
 } // namespace quorvex::testing

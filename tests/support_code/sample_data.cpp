@@ -1,9 +1,9 @@
 #include "support_code/sample_data.h"
 
+#include "database/jet/jet_provider.h"
+#include "database/row_reader.h"
+#include "jet/check.h"
 #include "localdata/data_file_names.h"
-#include "localdata/jet/checker.h"
-#include "localdata/jet_provider.h"
-#include "localdata/row_reader.h"
 #include "localdata/substitution.h"
 #include "support/files.h"
 #include "support_code/tsv.h"
@@ -23,8 +23,8 @@ constexpr wchar_t kPostZonColumns[] =
 // Calls visit(reader) on every row.
 template <typename Visitor>
 void ForEachRow(const std::wstring& file, const std::wstring& table, Visitor&& visit) {
-    localdata::JetProvider databases;
-    localdata::RowReader rows(databases, file, L"SELECT * From " + table);
+    database::JetProvider databases;
+    database::RowReader rows(databases, file, L"SELECT * From " + table);
     for (; !rows.AtEnd(); rows.Next()) visit(rows);
     rows.Close();
 }
@@ -61,7 +61,7 @@ SampleRows TruthRows(const std::wstring& truthFile) {
 SampleRows AddressRows(const std::wstring& file, const std::wstring& table) {
     static const localdata::SubstitutionTable substitution = localdata::LoadSubstitution(DataFolder(L"sample"));
     SampleRows rows;
-    ForEachRow(file, table, [&rows](localdata::RowReader& row) {
+    ForEachRow(file, table, [&rows](database::RowReader& row) {
         AddOnce(rows, row.Text(L"FT_Postcode"),
                 {row.Text(L"FT_Update"), substitution.Unscramble(row.Text(L"FT_Address"))});
     });
@@ -71,7 +71,7 @@ SampleRows AddressRows(const std::wstring& file, const std::wstring& table) {
 SampleRows PostZonRows(const std::wstring& file) {
     const std::vector<std::wstring> columns = Items(kPostZonColumns);
     SampleRows rows;
-    ForEachRow(file, L"PAF_PostZon", [&](localdata::RowReader& row) {
+    ForEachRow(file, L"PAF_PostZon", [&](database::RowReader& row) {
         std::vector<std::wstring> values;
         for (const std::wstring& column : columns) values.push_back(row.Text(column));
         AddOnce(rows, row.Text(L"PZ_Postcode"), std::move(values));
@@ -81,11 +81,11 @@ SampleRows PostZonRows(const std::wstring& file) {
 
 std::vector<std::wstring> KeysInOrder(const std::wstring& file, const std::wstring& table, const std::wstring& column) {
     std::vector<std::wstring> keys;
-    ForEachRow(file, table, [&](localdata::RowReader& row) { keys.push_back(row.Text(column)); });
+    ForEachRow(file, table, [&](database::RowReader& row) { keys.push_back(row.Text(column)); });
     return keys;
 }
 
-std::wstring RecordOf(const lookup::Quorvex& object) {
+std::wstring RecordOf(const object::Quorvex& object) {
     return object.PostZon_postcode + L"|" + object.Address_Id + L"|" + object.Address_Organisation + L"|" +
            object.Address_Line1 + L"|" + object.Address_Line2 + L"|" + object.Address_Line3 + L"|" +
            object.Address_Town + L"|" + object.Address_County + L"|" + object.Address_Postcode + L"|" +
@@ -101,7 +101,6 @@ std::wstring RecordOf(const lookup::Quorvex& object) {
 }
 
 std::string IntegrityErrors(const std::wstring& file) {
-    namespace jet = localdata::jet;
     jet::Database database = jet::Database::Open(support::ToPath(file), u"lanternfox");
     return jet::ErrorsOf(jet::CheckIntegrity(database));
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 
 #include <map>
 #include <string>
@@ -26,7 +26,7 @@ SampleRows PostZonRows(const std::wstring& file);
 std::vector<std::wstring> KeysInOrder(const std::wstring& file, const std::wstring& table, const std::wstring& column);
 
 // The address and PostZon properties that the last lookup left, joined by bars.
-std::wstring RecordOf(const lookup::Quorvex& object);
+std::wstring RecordOf(const object::Quorvex& object);
 
 // What the integrity checker has against a data file; empty for a sound one.
 std::string IntegrityErrors(const std::wstring& file);

@@ -5,14 +5,14 @@
 namespace quorvex::testing {
 namespace {
 
-using localdata::CursorType;
-using localdata::LockType;
-using localdata::Value;
+using database::CursorType;
+using database::LockType;
+using database::Value;
 using support::Error;
 
 class StrictRecordset;
 
-class StrictConnection final : public localdata::Connection {
+class StrictConnection final : public database::Connection {
   public:
     explicit StrictConnection(StrictDatabases& world) : world_(world), inner_(world.Engine().CreateConnection()) {}
     ~StrictConnection() override {
@@ -40,17 +40,17 @@ class StrictConnection final : public localdata::Connection {
 
     bool IsOpen() const { return open_; }
     int Mode() const { return mode_; }
-    localdata::Connection& Inner() { return *inner_; }
+    database::Connection& Inner() { return *inner_; }
     std::set<StrictRecordset*> recordsets;
 
   private:
     StrictDatabases& world_;
-    std::unique_ptr<localdata::Connection> inner_;
+    std::unique_ptr<database::Connection> inner_;
     int mode_ = 0;
     bool open_ = false;
 };
 
-class StrictRecordset final : public localdata::Recordset {
+class StrictRecordset final : public database::Recordset {
   public:
     explicit StrictRecordset(StrictDatabases& world) : world_(world), inner_(world.Engine().CreateRecordset()) {}
     ~StrictRecordset() override { Drop(); }
@@ -72,7 +72,7 @@ class StrictRecordset final : public localdata::Recordset {
         inner_->SetLockType(type);
         lockType_ = type;
     }
-    void Open(const std::wstring& query, localdata::Connection& connection) override {
+    void Open(const std::wstring& query, database::Connection& connection) override {
         world_.Note(query + L" cursor " + std::to_wstring(static_cast<int>(cursorType_)) + L" lock " +
                     std::to_wstring(static_cast<int>(lockType_)));
         auto* const own = dynamic_cast<StrictConnection*>(&connection);
@@ -139,7 +139,7 @@ class StrictRecordset final : public localdata::Recordset {
     void RequireWritable() {
         inner_->AtEnd(); // says when it is closed
         if (lockType_ == LockType::ReadOnly || cursorType_ == CursorType::Static ||
-            connection_->Mode() == localdata::kModeShareDenyWrite) {
+            connection_->Mode() == database::kModeShareDenyWrite) {
             throw Error(3251, L"Current Recordset does not support updating. This may be a limitation of the "
                               L"provider, or of the selected locktype.");
         }
@@ -160,7 +160,7 @@ class StrictRecordset final : public localdata::Recordset {
     }
 
     StrictDatabases& world_;
-    std::unique_ptr<localdata::Recordset> inner_;
+    std::unique_ptr<database::Recordset> inner_;
     StrictConnection* connection_ = nullptr;
     CursorType cursorType_ = CursorType::ForwardOnly;
     LockType lockType_ = LockType::ReadOnly;
@@ -177,11 +177,11 @@ void StrictConnection::Close() {
 
 } // namespace
 
-std::unique_ptr<localdata::Connection> StrictDatabases::CreateConnection() {
+std::unique_ptr<database::Connection> StrictDatabases::CreateConnection() {
     return std::make_unique<StrictConnection>(*this);
 }
 
-std::unique_ptr<localdata::Recordset> StrictDatabases::CreateRecordset() {
+std::unique_ptr<database::Recordset> StrictDatabases::CreateRecordset() {
     return std::make_unique<StrictRecordset>(*this);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "localdata/jet_provider.h"
+#include "database/jet/jet_provider.h"
 
 #include <functional>
 #include <memory>
@@ -13,7 +13,7 @@ namespace quorvex::testing {
 // The embedded engine's files behind the rules of the installed data access layer, also where the engine is more
 // lenient: the provider, user and password are checked, a static cursor changes nothing, a dynamic one does not count
 // its records, nothing is closed over a pending change, a closed connection takes its record sets along.
-class StrictDatabases final : public localdata::DatabaseProvider {
+class StrictDatabases final : public database::DatabaseProvider {
   public:
     // "Open Provider=...", "SELECT ... cursor 3 lock 1", "Find [ID]=2" and the like: each call that opens, closes,
     // searches or changes.
@@ -23,15 +23,15 @@ class StrictDatabases final : public localdata::DatabaseProvider {
     int openConnections = 0;
     int openRecordsets = 0;
 
-    std::unique_ptr<localdata::Connection> CreateConnection() override;
-    std::unique_ptr<localdata::Recordset> CreateRecordset() override;
+    std::unique_ptr<database::Connection> CreateConnection() override;
+    std::unique_ptr<database::Recordset> CreateRecordset() override;
     std::wstring Name() const override { return L"strict"; }
 
     void Note(const std::wstring& call);
-    localdata::JetProvider& Engine() { return engine_; }
+    database::JetProvider& Engine() { return engine_; }
 
   private:
-    localdata::JetProvider engine_;
+    database::JetProvider engine_;
 };
 
 } // namespace quorvex::testing

@@ -1,7 +1,7 @@
 #include "support_code/update_world.h"
 
-#include "localdata/connection_string.h"
-#include "localdata/jet_translation.h"
+#include "database/connection_string.h"
+#include "database/jet/jet_translation.h"
 #include "support/files.h"
 #include "support/process_state.h"
 #include "support/text.h"
@@ -12,9 +12,9 @@ namespace {
 
 constexpr std::size_t kFixedLogColumns = 4; // time, title, computer, user
 
-using localdata::Value;
-using localdata::jet::ColumnSpec;
-using localdata::jet::ColumnType;
+using database::Value;
+using jet::ColumnSpec;
+using jet::ColumnType;
 
 constexpr std::size_t kKindPosition = 7;
 constexpr std::size_t kDatePosition = 9;
@@ -46,7 +46,7 @@ std::vector<Value> RowFor(const std::vector<ColumnSpec>& columns, const std::wst
         if (columns[i].type == ColumnType::kDouble) {
             row.emplace_back(static_cast<double>(i) + 0.25);
         } else {
-            row.emplace_back(localdata::FromUtf16(columns[i].name) + L" of " + postcode + L" " + update);
+            row.emplace_back(database::FromUtf16(columns[i].name) + L" of " + postcode + L" " + update);
         }
     }
     row.emplace_back(update);
@@ -143,12 +143,12 @@ std::wstring UpdateWorld::UpdateOf(const std::wstring& fileName, const std::wstr
     return found;
 }
 
-std::unique_ptr<localdata::Connection> UpdateWorld::Hold(const std::wstring& fileName) {
-    localdata::JetProvider engine;
+std::unique_ptr<database::Connection> UpdateWorld::Hold(const std::wstring& fileName) {
+    database::JetProvider engine;
     auto connection = engine.CreateConnection();
-    connection->Open(localdata::ConnectionString(folder.File(fileName)), L"admin", {});
+    connection->Open(database::ConnectionString(folder.File(fileName)), L"admin", {});
     const auto writer = engine.CreateRecordset();
-    writer->SetLockType(localdata::LockType::Optimistic);
+    writer->SetLockType(database::LockType::Optimistic);
     writer->Open(L"SELECT * From [Version]", *connection);
     writer->Close();
     return connection;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lookup/quorvex.h"
+#include "object/quorvex.h"
 #include "support_code/jet_file.h"
 #include "support_code/strict_database.h"
 #include "support_code/temp_folder.h"
@@ -31,12 +31,12 @@ class UpdateWorld {
     // A zip of that name in the folder that holds the unpacked form.
     void AddPackage(const std::wstring& name, const std::vector<std::wstring>& postcodes, const Spoil& spoil = {});
 
-    std::vector<std::vector<localdata::Value>> Rows(const std::wstring& fileName, const std::wstring& table) const;
+    std::vector<std::vector<database::Value>> Rows(const std::wstring& fileName, const std::wstring& table) const;
     std::wstring VersionOf(const std::wstring& fileName) const;
     // The last column ("update") of the row with this key, all rows' values joined by commas when several have it.
     std::wstring UpdateOf(const std::wstring& fileName, const std::wstring& table, const std::wstring& key) const;
     // Another program that has the file open until the result is gone.
-    std::unique_ptr<localdata::Connection> Hold(const std::wstring& fileName);
+    std::unique_ptr<database::Connection> Hold(const std::wstring& fileName);
 
     bool HasFile(const std::wstring& name) const;
     // Message and extras of each line of the activity log, empty extras dropped, joined by bars.
@@ -48,7 +48,7 @@ class UpdateWorld {
     TempFolder folder;
     StrictDatabases databases;
     UpdatePlatform platform;
-    lookup::Quorvex object{platform};
+    object::Quorvex object{platform};
 
   private:
     void AddData(const wchar_t* fileName, FileData data, const std::wstring& date, const Spoil& spoil);

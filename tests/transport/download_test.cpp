@@ -59,12 +59,12 @@ TEST_F(DownloadTest, NothingIsLeftOfADownloadThatFails) {
         if (target == "/reset") connection.Reset();
         connection.Close();
     });
-    web::Transport impatient(platform_, {kShortLimit, web::SecondsSinceMidnight});
+    http::Transport impatient(platform_, {kShortLimit, http::SecondsSinceMidnight});
     for (const wchar_t* target : {L"/missing", L"/cut", L"/reset", L"/silent"}) {
         EXPECT_FALSE(impatient.GetHTTPFile(server.Url(target), file_, L"")) << target;
         EXPECT_EQ(Files(), std::vector<std::wstring>()) << target;
         EXPECT_FALSE(platform_.progressShown);
-        EXPECT_FALSE(web::RequestRunning());
+        EXPECT_FALSE(http::RequestRunning());
     }
     EXPECT_FALSE(transport_.GetHTTPFile(L"http://127.0.0.1:" + std::to_wstring(ClosedPort()) + L"/", file_, L""));
 }
@@ -88,7 +88,7 @@ TEST_F(DownloadTest, ADownloadMayTakeLongerThanItsSilenceLimit) {
         connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n");
         for (int i = 0; i < 10 && connection.Send("x"); ++i) connection.StaySilent(150);
     });
-    web::Transport impatient(platform_, {kShortLimit, web::SecondsSinceMidnight});
+    http::Transport impatient(platform_, {kShortLimit, http::SecondsSinceMidnight});
     EXPECT_TRUE(impatient.GetHTTPFile(server.Url(L"/"), file_, L""));
     EXPECT_EQ(support::ReadFileBytes(file_), "xxxxxxxxxx");
 }

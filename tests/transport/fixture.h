@@ -1,9 +1,9 @@
 #pragma once
 
+#include "http/transport_win.h"
 #include "support_code/after.h"
 #include "support_code/fake_platform.h"
 #include "support_code/temp_folder.h"
-#include "web/transport_win.h"
 
 #include <gtest/gtest.h>
 
@@ -65,7 +65,7 @@ class TransportTest : public ::testing::Test {
     }
 
     ShowingPlatform platform_;
-    web::Transport transport_{platform_};
+    http::Transport transport_{platform_};
 
   private:
     const TempFolder folder_;

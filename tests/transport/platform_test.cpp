@@ -23,10 +23,10 @@ class HeldKey {
     const BYTE key_;
 };
 
-class NoDatabases : public localdata::DatabaseProvider {
+class NoDatabases : public database::DatabaseProvider {
   public:
-    std::unique_ptr<localdata::Connection> CreateConnection() override { return nullptr; }
-    std::unique_ptr<localdata::Recordset> CreateRecordset() override { return nullptr; }
+    std::unique_ptr<database::Connection> CreateConnection() override { return nullptr; }
+    std::unique_ptr<database::Recordset> CreateRecordset() override { return nullptr; }
     std::wstring Name() const override { return {}; }
 };
 
@@ -114,7 +114,7 @@ TEST_F(PlatformTest, NamesAndTimeComeFromTheSystem) {
     EXPECT_EQ(platform_.SystemVersion().find(L" 0.0"), std::wstring::npos);
     const support::LocalTime now = platform_.Now();
     const double seconds = now.hour * 3600.0 + now.minute * 60.0 + now.second;
-    EXPECT_NEAR(web::SecondsSinceMidnight(), seconds, 2);
+    EXPECT_NEAR(http::SecondsSinceMidnight(), seconds, 2);
 }
 
 TEST_F(PlatformTest, TheDataAccessVersionIsTheRegistrysOwn) {

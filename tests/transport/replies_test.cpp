@@ -55,14 +55,14 @@ TEST_F(RepliesTest, EachKindOfReplyComesBackWhole) {
         {L"/latin", L"caf\u00E9 \u00C3\u00A9"},
     };
     for (const auto& [target, expected] : cases) EXPECT_EQ(Get(server.Url(target)), expected) << target;
-    EXPECT_EQ(transport_.LastState(), web::Transport::kComplete);
+    EXPECT_EQ(transport_.LastState(), http::Transport::kComplete);
     EXPECT_FALSE(transport_.Busy());
 }
 
 TEST_F(RepliesTest, ACutReplyIsNoReply) {
     const SocketServer server(Answer);
     EXPECT_EQ(Get(server.Url(L"/cut")), L"TimeOut");
-    EXPECT_EQ(transport_.LastState(), web::Transport::kError);
+    EXPECT_EQ(transport_.LastState(), http::Transport::kError);
     EXPECT_EQ(Get(server.Url(L"/escaped")),
               L"<a>Marks & Spencer</a>&amp;&lt;"); // and the next request is none the worse
 }

@@ -48,7 +48,7 @@ TEST_F(WaitingTest, ADeadNetworkFailsAtOnce) {
                                  L"http://no-such-host.invalid/"};
     for (const std::wstring& url : urls) {
         ExpectTimeOut(url, 0, 5000);
-        EXPECT_EQ(transport_.LastState(), web::Transport::kError);
+        EXPECT_EQ(transport_.LastState(), http::Transport::kError);
     }
 }
 
@@ -91,12 +91,12 @@ TEST_F(WaitingTest, TheQuitMessageEndsTheRequestAndStaysInTheQueue) {
 TEST_F(WaitingTest, MessagesRunAndASecondRequestGetsNothing) {
     const SocketServer server([](Connection& connection, const std::string&) { AnswerAfter(connection, 400); });
     ShowingPlatform otherPlatform;
-    web::Transport other(otherPlatform);
+    http::Transport other(otherPlatform);
     std::wstring same = L"?";
     std::wstring foreign = L"?";
     bool downloaded = true;
     const After reenter(50, [&] {
-        EXPECT_TRUE(web::RequestRunning());
+        EXPECT_TRUE(http::RequestRunning());
         same = Get(server.Url(L"/again"));
         foreign = other.GetURL(server.Url(L"/other"), kLongLimit);
         downloaded = transport_.GetHTTPFile(server.Url(L"/file"), Path(L"file.zip"), L"");
@@ -106,7 +106,7 @@ TEST_F(WaitingTest, MessagesRunAndASecondRequestGetsNothing) {
     EXPECT_EQ(foreign, L"");
     EXPECT_FALSE(downloaded);
     EXPECT_EQ(server.Heads().size(), 1U);
-    EXPECT_FALSE(web::RequestRunning());
+    EXPECT_FALSE(http::RequestRunning());
 }
 
 TEST_F(WaitingTest, ARequestOfAnotherThreadGetsNothingEither) {
@@ -115,7 +115,7 @@ TEST_F(WaitingTest, ARequestOfAnotherThreadGetsNothingEither) {
     std::thread second([&] {
         Sleep(100);
         ShowingPlatform platform;
-        reply = web::Transport(platform).GetURL(server.Url(L"/second"), kLongLimit);
+        reply = http::Transport(platform).GetURL(server.Url(L"/second"), kLongLimit);
     });
     EXPECT_EQ(Get(server.Url(L"/first")), L"late");
     second.join();
@@ -172,14 +172,14 @@ TEST_F(WaitingTest, KeysOfTheModalDialogWorkMeanwhile) {
 
 TEST_F(WaitingTest, TheSystemLetsAbandonedRequestsGo) {
     const auto settled = [](long most) {
-        for (int i = 0; i < 500 && web::OutstandingRequests() > most; ++i) Sleep(20);
-        return web::OutstandingRequests() <= most;
+        for (int i = 0; i < 500 && http::OutstandingRequests() > most; ++i) Sleep(20);
+        return http::OutstandingRequests() <= most;
     };
     ASSERT_TRUE(settled(0)); // those of earlier tests
     {
         const SocketServer server(NeverAnswer);
         EXPECT_EQ(Get(server.Url(L"/"), kShortLimit), L"TimeOut");
-        EXPECT_LE(web::OutstandingRequests(), 1);
+        EXPECT_LE(http::OutstandingRequests(), 1);
     }
     EXPECT_TRUE(settled(0));
 }
@@ -188,7 +188,7 @@ TEST_F(WaitingTest, TheSystemLetsAbandonedRequestsGo) {
 class ClockTest : public TransportTest {
   protected:
     double seconds_ = 86399.95;
-    web::Transport timed_{platform_, {1, [this] { return seconds_; }}};
+    http::Transport timed_{platform_, {1, [this] { return seconds_; }}};
 };
 
 TEST_F(ClockTest, TheLimitIsMeasuredByTheDaysClock) {

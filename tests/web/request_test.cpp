@@ -1,7 +1,7 @@
+#include "object/reply_header.h"
 #include "support_code/fake_platform.h"
 #include "web/data_request.h"
 #include "web/endpoints.h"
-#include "web/reply_header.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ class Web : public ::testing::Test {
     }
 
     quorvex::testing::FakePlatform platform;
-    lookup::Quorvex object{platform};
+    object::Quorvex object{platform};
 };
 
 TEST_F(Web, AddressesAreBuiltAsTheServiceExpectsThem) {

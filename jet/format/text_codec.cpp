@@ -1,0 +1,91 @@
+#include "format/text_codec.h"
+
+#include <algorithm>
+
+namespace jet {
+namespace {
+
+constexpr Byte kMark0 = 0xFF;
+constexpr Byte kMark1 = 0xFE;
+constexpr char16_t kByteOrderMark = 0xFEFF;
+
+std::u16string DecodeCompressed(ByteView stored) {
+    const Byte* const zero = std::find(stored.data() + 2, stored.data() + stored.size(), Byte{0});
+    std::u16string text(stored.data() + 2, zero); // most texts have no other part
+    text.reserve(stored.size());
+    bool narrow = true;
+    for (auto i = static_cast<std::size_t>(zero - stored.data()); i < stored.size();) {
+        if (stored[i] == 0) {
+            narrow = !narrow;
+            ++i;
+        } else if (narrow) {
+            text.push_back(stored[i]);
+            ++i;
+        } else {
+            if (i + 1 >= stored.size()) break;
+            text.push_back(Load16(stored.data() + i));
+            i += 2;
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+std::u16string DecodeText(ByteView stored) {
+    if (stored.size() >= 2 && stored[0] == kMark0 && stored[1] == kMark1) return DecodeCompressed(stored);
+    std::u16string text(stored.size() / 2, u'\0');
+    for (std::size_t i = 0; i < text.size(); ++i) text[i] = Load16(stored.data() + 2 * i);
+    return text;
+}
+
+Bytes EncodeText(std::u16string_view text, bool compress) {
+    constexpr std::size_t kShortest = 3;
+    constexpr std::size_t kLongest = 1024;
+    if (text.starts_with(kByteOrderMark)) text.remove_prefix(1);
+    const auto fitsByte = [](char16_t c) { return c >= 1 && c <= 0xFF; };
+    Bytes stored;
+    if (compress && text.size() >= kShortest && text.size() <= kLongest &&
+        std::all_of(text.begin(), text.end(), fitsByte)) {
+        stored.resize(2 + text.size());
+        stored[0] = kMark0;
+        stored[1] = kMark1;
+        std::transform(text.begin(), text.end(), stored.begin() + 2, [](char16_t c) { return static_cast<Byte>(c); });
+        return stored;
+    }
+    stored.resize(2 * text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) Store16(stored.data() + 2 * i, text[i]);
+    return stored;
+}
+
+std::string ToUtf8(std::u16string_view text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char32_t c = text[i];
+        const bool high = c >= 0xD800 && c < 0xDC00;
+        if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
+            c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00U);
+        } else if (c >= 0xD800 && c < 0xE000) {
+            c = 0xFFFD;
+        }
+        const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
+        if (c < 0x80) {
+            put(c);
+        } else if (c < 0x800) {
+            put(0xC0 | c >> 6);
+            put(0x80 | (c & 0x3F));
+        } else if (c < 0x10000) {
+            put(0xE0 | c >> 12);
+            put(0x80 | (c >> 6 & 0x3F));
+            put(0x80 | (c & 0x3F));
+        } else {
+            put(0xF0 | c >> 18);
+            put(0x80 | (c >> 12 & 0x3F));
+            put(0x80 | (c >> 6 & 0x3F));
+            put(0x80 | (c & 0x3F));
+        }
+    }
+    return out;
+}
+
+} // namespace jet

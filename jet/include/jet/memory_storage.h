@@ -1,0 +1,34 @@
+#pragma once
+
+#include "jet/storage.h"
+
+#include <map>
+
+namespace jet {
+
+/// Files that live in memory only, for reading bytes that are not (or should not become) a file on disk.
+/// Share modes are kept as the system keeps them; the storage must outlive the files opened from it.
+class MemoryStorage final : public Storage {
+  public:
+    std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) override;
+    bool Exists(const std::filesystem::path& path) override { return entries_.contains(path); }
+    void Remove(const std::filesystem::path& path) override { entries_.erase(path); }
+
+    void Put(const std::filesystem::path& path, Bytes bytes);
+    /// The bytes of a file; it must exist.
+    const Bytes& Get(const std::filesystem::path& path) const { return *entries_.at(path).bytes; }
+
+    struct Holders {
+        int readers = 0;
+        int writers = 0;
+    };
+
+  private:
+    struct Entry {
+        std::shared_ptr<Bytes> bytes = std::make_shared<Bytes>();
+        std::shared_ptr<Holders> holders = std::make_shared<Holders>();
+    };
+    std::map<std::filesystem::path, Entry> entries_;
+};
+
+} // namespace jet

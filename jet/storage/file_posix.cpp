@@ -1,0 +1,130 @@
+#include "jet/error.h"
+#include "jet/storage.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace jet {
+namespace {
+
+[[noreturn]] void ThrowSystem(const char* what, const std::string& path, int error) {
+    ErrorCode code = ErrorCode::kIo;
+    if (error == ENOENT || error == ENOTDIR) code = ErrorCode::kFileNotFound;
+    if (error == EACCES || error == EPERM || error == EROFS || error == EISDIR) code = ErrorCode::kAccessDenied;
+    if (error == EEXIST) code = ErrorCode::kFileExists;
+    if (error == ENOSPC || error == EDQUOT || error == EFBIG) code = ErrorCode::kDiskFull;
+    throw Error(code, std::string(what) + " \"" + path + "\": " + std::strerror(error));
+}
+
+class PosixFile final : public File {
+  public:
+    PosixFile(int handle, std::string path) : handle_(handle), path_(std::move(path)) {}
+    ~PosixFile() override { ::close(handle_); }
+    PosixFile(const PosixFile&) = delete;
+    PosixFile& operator=(const PosixFile&) = delete;
+
+    std::uint64_t Size() override {
+        struct stat info {};
+        if (::fstat(handle_, &info) != 0) ThrowSystem("Cannot size", path_, errno);
+        if (!S_ISREG(info.st_mode)) throw Error(ErrorCode::kAccessDenied, "\"" + path_ + "\" is not a file");
+        return static_cast<std::uint64_t>(info.st_size);
+    }
+
+    std::size_t ReadAt(std::uint64_t offset, ByteSpan buffer) override {
+        std::size_t done = 0;
+        while (done < buffer.size()) {
+            const ssize_t n =
+                ::pread(handle_, buffer.data() + done, buffer.size() - done, static_cast<off_t>(offset + done));
+            if (n < 0 && errno == EINTR) continue;
+            if (n < 0) ThrowSystem("Cannot read", path_, errno);
+            if (n == 0) break;
+            done += static_cast<std::size_t>(n);
+        }
+        return done;
+    }
+
+    void WriteAt(std::uint64_t offset, ByteView data) override {
+        std::size_t done = 0;
+        while (done < data.size()) {
+            const ssize_t n =
+                ::pwrite(handle_, data.data() + done, data.size() - done, static_cast<off_t>(offset + done));
+            if (n < 0 && errno == EINTR) continue;
+            if (n < 0) ThrowSystem("Cannot write", path_, errno);
+            done += static_cast<std::size_t>(n);
+        }
+    }
+
+    void Resize(std::uint64_t size) override {
+        if (::ftruncate(handle_, static_cast<off_t>(size)) != 0) ThrowSystem("Cannot resize", path_, errno);
+    }
+
+    void Flush() override {
+        if (::fdatasync(handle_) != 0) ThrowSystem("Cannot flush", path_, errno);
+    }
+
+    /// Locks by open file, not by process, so that two openings inside one process exclude each other as well.
+    void Lock(bool exclusive) {
+        struct flock lock {};
+        lock.l_type = static_cast<short>(exclusive ? F_WRLCK : F_RDLCK);
+        lock.l_whence = SEEK_SET;
+        if (::fcntl(handle_, F_OFD_SETLK, &lock) == 0) return;
+        if (errno == EAGAIN || errno == EACCES) {
+            throw Error(ErrorCode::kInUse, "The file \"" + path_ + "\" is in use by someone else");
+        }
+        ThrowSystem("Cannot lock", path_, errno);
+    }
+
+  private:
+    int handle_;
+    std::string path_;
+};
+
+class PosixStorage final : public Storage {
+  public:
+    std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) override {
+        int flags = O_CLOEXEC;
+        switch (mode) {
+        case OpenMode::kReadDenyWrite:
+        case OpenMode::kSideFileRead:
+            flags |= O_RDONLY;
+            break;
+        case OpenMode::kWriteDenyWrite:
+            flags |= O_RDWR;
+            break;
+        case OpenMode::kCreateNew:
+            flags |= O_RDWR | O_CREAT | O_EXCL;
+            break;
+        case OpenMode::kSideFile:
+            flags |= O_RDWR | O_CREAT;
+            break;
+        }
+        const int handle = ::open(path.c_str(), flags, 0666);
+        if (handle < 0) ThrowSystem("Cannot open", path.native(), errno);
+        auto file = std::make_unique<PosixFile>(handle, path.native());
+        if (mode == OpenMode::kReadDenyWrite) file->Lock(false);
+        if (mode == OpenMode::kWriteDenyWrite || mode == OpenMode::kCreateNew) file->Lock(true);
+        return file;
+    }
+
+    bool Exists(const std::filesystem::path& path) override {
+        if (::access(path.c_str(), F_OK) == 0) return true;
+        if (errno == ENOENT || errno == ENOTDIR) return false;
+        ThrowSystem("Cannot look for", path.native(), errno);
+    }
+
+    void Remove(const std::filesystem::path& path) override {
+        if (::unlink(path.c_str()) != 0 && errno != ENOENT) ThrowSystem("Cannot remove", path.native(), errno);
+    }
+};
+
+} // namespace
+
+Storage& SystemStorage() {
+    static PosixStorage storage;
+    return storage;
+}
+
+} // namespace jet

@@ -1,0 +1,342 @@
+#include "storage/pager.h"
+
+#include "jet/error.h"
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <thread>
+
+namespace jet {
+namespace {
+
+constexpr std::size_t kSpareImages = 64;
+constexpr int kRecoveryTries = 25;
+constexpr int kLettingGoTries = 3;
+constexpr auto kRecoveryPause = std::chrono::milliseconds(10);
+
+/// Undoes the transaction described by the journal; the file is not open here. False: somebody else has it.
+bool Recover(Storage& storage, const std::filesystem::path& path, const std::filesystem::path& journalPath) {
+    try {
+        const auto file = storage.Open(path, OpenMode::kWriteDenyWrite);
+        // Somebody may have been faster.
+        if (!storage.Exists(journalPath) || !Journal::IsHot(storage, journalPath, *file)) return true;
+        Journal journal(storage, journalPath);
+        journal.Replay(*file, Journal::Identity(*file));
+        journal.Remove();
+        return true;
+    } catch (const Error& error) {
+        if (error.code() == ErrorCode::kInUse) return false;
+        if (error.code() == ErrorCode::kAccessDenied) {
+            throw Error(ErrorCode::kRecoveryNeeded,
+                        "The last change to the database was interrupted and must be undone first, but the file or its "
+                        "journal cannot be written here");
+        }
+        throw;
+    }
+}
+
+std::unique_ptr<File> OpenRecovered(Storage& storage, const std::filesystem::path& path, bool writable) {
+    const OpenMode mode = writable ? OpenMode::kWriteDenyWrite : OpenMode::kReadDenyWrite;
+    const std::filesystem::path journalPath = Journal::PathFor(path);
+    for (int tries = 0;; ++tries) {
+        try {
+            auto file = storage.Open(path, mode);
+            if (!storage.Exists(journalPath) || !Journal::IsHot(storage, journalPath, *file)) return file;
+        } catch (const Error& error) {
+            // A journal beside a busy file may mean that somebody is undoing an interrupted change this very moment.
+            // Whoever repairs removes the journal a moment before it lets go of the file.
+            const int most = storage.Exists(journalPath) ? kRecoveryTries : kLettingGoTries;
+            if (error.code() != ErrorCode::kInUse || tries >= most) throw;
+            std::this_thread::sleep_for(kRecoveryPause);
+            continue;
+        }
+        if (!Recover(storage, path, journalPath)) {
+            if (tries >= kRecoveryTries) throw Error(ErrorCode::kInUse, "The database is in use by someone else");
+            std::this_thread::sleep_for(kRecoveryPause);
+        }
+    }
+}
+
+} // namespace
+
+std::shared_ptr<Pager> Pager::Open(Storage& storage, const std::filesystem::path& path, const Options& options) {
+    auto file = OpenRecovered(storage, path, options.writable);
+    return std::shared_ptr<Pager>(new Pager(storage, path, std::move(file), options));
+}
+
+std::shared_ptr<Pager> Pager::Create(Storage& storage, const std::filesystem::path& path, ByteView pages,
+                                     const Options& options) {
+    auto file = storage.Open(path, OpenMode::kCreateNew);
+    try {
+        // A journal of an earlier file of this name must not be taken for this one's.
+        storage.Remove(Journal::PathFor(path));
+        file->WriteAt(0, pages);
+        if (options.durability == Durability::kPower) file->Flush();
+    } catch (const Error&) {
+        file.reset();
+        storage.Remove(path);
+        throw;
+    }
+    return std::shared_ptr<Pager>(new Pager(storage, path, std::move(file), options));
+}
+
+Pager::Pager(Storage& storage, const std::filesystem::path& path, std::unique_ptr<File> file, const Options& options)
+    : file_(std::move(file)), options_(options), journal_(storage, Journal::PathFor(path)) {
+    spareImages_.reserve(kSpareImages);
+    SetBatch(options.batch);
+    // A last part of a page belongs to no page; the header check reports it.
+    const std::uint64_t size = file_->Size();
+    const std::uint64_t pages = size / kPageSize;
+    partialPage_ = size % kPageSize != 0;
+    pageCount_ = static_cast<PageNo>(std::min<std::uint64_t>(pages, kMaxPages));
+    if (options_.writable) identity_ = Journal::Identity(*file_);
+}
+
+Pager::~Pager() {
+    try {
+        Close();
+    } catch (const std::exception&) {
+        return; // what could not be committed was taken back
+    }
+}
+
+void Pager::Close() {
+    if (!file_) return;
+    if (!broken_) Commit();
+    // After a failed undo the journal is what repairs the file; it must stay.
+    if (options_.writable && !broken_) journal_.Remove();
+    file_.reset();
+}
+
+void Pager::CheckUsable() const {
+    if (!file_) throw Error(ErrorCode::kUsage, "The database is closed");
+    if (broken_) throw Error(ErrorCode::kIo, "The database must be opened anew after a failed write");
+}
+
+/// Forgets a page; whoever still pins it keeps the bytes.
+void Pager::Drop(Page* page) noexcept {
+    const auto found = index_.find(page->number);
+    if (found != index_.end() && found->second == page) index_.erase(found);
+    page->number = kMaxPages;
+    page->dirty = false;
+    page->recent = false;
+    page->ends.reset();
+}
+
+/// Frees a frame by the clock method; false when nothing can go.
+bool Pager::MakeRoom() {
+    for (std::size_t steps = 2 * frames_.size(); steps > 0; --steps) {
+        hand_ = (hand_ + 1) % frames_.size();
+        Page& page = *frames_[hand_];
+        if (page.pins > 0 || page.dirty) continue;
+        if (page.recent) {
+            page.recent = false;
+            continue;
+        }
+        Drop(&page);
+        return true;
+    }
+    return false;
+}
+
+Page* Pager::NewFrame(PageNo number) {
+    Page* page = nullptr;
+    if (frames_.size() >= options_.cachePages && frames_.size() >= 2 * dirty_.size() && MakeRoom()) {
+        page = frames_[hand_].get();
+    } else {
+        frames_.push_back(std::make_unique_for_overwrite<Page>());
+        page = frames_.back().get();
+    }
+    page->number = number;
+    page->dirty = false;
+    page->recent = true;
+    index_.emplace(number, page);
+    return page;
+}
+
+Page* Pager::Load(PageNo number) {
+    CheckUsable();
+    if (const auto found = index_.find(number); found != index_.end()) {
+        found->second->recent = true;
+        return found->second;
+    }
+    if (number >= pageCount_) ThrowCorrupt("a page past the end of the file is referred to", number);
+    Page* const page = NewFrame(number);
+    ++pagesRead_;
+    std::size_t count = 0;
+    try {
+        count = file_->ReadAt(std::uint64_t{number} * kPageSize, page->bytes);
+    } catch (const Error&) {
+        Drop(page);
+        throw;
+    }
+    if (count != kPageSize) {
+        Drop(page);
+        throw Error(ErrorCode::kTruncated, "The database file ends in page " + std::to_string(number));
+    }
+    return page;
+}
+
+PageRef Pager::Read(PageNo number) {
+    return PageRef(Load(number));
+}
+
+void Pager::Remember(Page* page) {
+    if (page->before || page->number >= statementPages_) return;
+    std::unique_ptr<PageImage> image;
+    if (spareImages_.empty()) {
+        image = std::make_unique_for_overwrite<PageImage>();
+    } else {
+        image = std::move(spareImages_.back());
+        spareImages_.pop_back();
+    }
+    image->dirty = page->dirty;
+    image->bytes = page->bytes;
+    touched_.push_back(page);
+    page->before = std::move(image);
+}
+
+void Pager::ForgetImage(Page* page) noexcept {
+    if (spareImages_.size() < kSpareImages) {
+        spareImages_.push_back(std::move(page->before));
+    } else {
+        page->before.reset();
+    }
+}
+
+PageEdit Pager::Edit(PageNo number) {
+    if (!inStatement_) throw Error(ErrorCode::kUsage, "A page is changed outside a statement");
+    Page* const page = Load(number);
+    Remember(page);
+    if (!page->dirty) {
+        page->dirty = true;
+        dirty_.push_back(page);
+    }
+    return PageEdit(page);
+}
+
+PageEdit Pager::Append() {
+    CheckUsable();
+    if (!inStatement_) throw Error(ErrorCode::kUsage, "A page is added outside a statement");
+    if (pageCount_ >= kMaxPages)
+        throw Error(ErrorCode::kUnsupported, "The database has reached its largest size, 2 GiB");
+    Page* const page = NewFrame(pageCount_);
+    page->bytes.fill(0);
+    page->dirty = true;
+    dirty_.push_back(page);
+    ++pageCount_;
+    return PageEdit(page);
+}
+
+void Pager::BeginStatement() {
+    CheckUsable();
+    if (!options_.writable) throw Error(ErrorCode::kReadOnly, "The database is open for reading only");
+    if (inStatement_) throw Error(ErrorCode::kUsage, "Statements cannot be nested");
+    if (pending_ == 0) transactionPages_ = pageCount_;
+    statementPages_ = pageCount_;
+    inStatement_ = true;
+}
+
+void Pager::EndStatement() {
+    inStatement_ = false;
+    for (Page* page : touched_) ForgetImage(page);
+    touched_.clear();
+    ++pending_;
+    if (pending_ >= options_.batch) {
+        Commit();
+    } else if (dirty_.size() > options_.spillPages) {
+        try {
+            WriteOut();
+        } catch (const std::exception&) {
+            UndoTransaction();
+            throw;
+        }
+    }
+}
+
+void Pager::UndoStatement() noexcept {
+    for (Page* page : touched_) {
+        page->bytes = page->before->bytes;
+        page->dirty = page->before->dirty;
+        page->ends.reset();
+        ForgetImage(page);
+    }
+    touched_.clear();
+    std::erase_if(dirty_, [this](Page* page) {
+        if (page->number < statementPages_) return !page->dirty;
+        Drop(page);
+        return true;
+    });
+    pageCount_ = statementPages_;
+    inStatement_ = false;
+    ++rollbacks_;
+}
+
+void Pager::Commit() {
+    CheckUsable();
+    if (inStatement_) throw Error(ErrorCode::kUsage, "A statement is still open");
+    if (pending_ == 0) return;
+    try {
+        WriteOut();
+        if (options_.durability == Durability::kPower) file_->Flush();
+        if (journal_.active()) journal_.Invalidate(options_.durability == Durability::kPower);
+    } catch (const std::exception&) {
+        UndoTransaction();
+        throw;
+    }
+    pending_ = 0;
+    journaled_.clear();
+}
+
+/// Saves the old contents of the changed pages, then writes the new ones. The transaction stays undecided.
+void Pager::WriteOut() {
+    if (dirty_.empty()) return;
+    std::sort(dirty_.begin(), dirty_.end(), [](const Page* a, const Page* b) { return a->number < b->number; });
+    std::vector<PageNo> save;
+    for (const Page* page : dirty_) {
+        if (page->number < transactionPages_ && journaled_.insert(page->number).second) save.push_back(page->number);
+    }
+    journal_.Append(*file_, identity_, transactionPages_, save, options_.durability == Durability::kPower);
+    // New pages first: where the disk is full, that shows before anything is overwritten.
+    const auto grown = std::find_if(dirty_.begin(), dirty_.end(),
+                                    [this](const Page* page) { return page->number >= transactionPages_; });
+    std::rotate(dirty_.begin(), grown, dirty_.end());
+    WritePages();
+    for (Page* page : dirty_) page->dirty = false;
+    dirty_.clear();
+}
+
+/// Writes the changed pages, neighbours together.
+void Pager::WritePages() {
+    constexpr std::size_t kMostTogether = 64;
+    Bytes run;
+    for (std::size_t i = 0; i < dirty_.size(); ++i) {
+        AppendBytes(run, dirty_[i]->bytes);
+        const PageNo next = dirty_[i]->number + 1;
+        const bool goesOn = i + 1 < dirty_.size() && dirty_[i + 1]->number == next;
+        if (goesOn && run.size() < kMostTogether * kPageSize) continue;
+        file_->WriteAt(std::uint64_t{next} * kPageSize - run.size(), run);
+        run.clear();
+    }
+}
+
+void Pager::UndoTransaction() noexcept {
+    try {
+        dirty_.clear();
+        for (const auto& frame : frames_) Drop(frame.get());
+        pageCount_ = transactionPages_;
+        pending_ = 0;
+        ++rollbacks_;
+        journaled_.clear();
+        if (journal_.active()) {
+            journal_.Replay(*file_, identity_);
+        } else {
+            journal_.Remove(); // nothing was overwritten yet
+        }
+    } catch (const std::exception&) {
+        broken_ = true;
+    }
+}
+
+} // namespace jet

@@ -1,0 +1,223 @@
+#include "tables/table_writer.h"
+
+#include "format/sort_key.h"
+#include "format/text_codec.h"
+#include "jet/error.h"
+#include "tables/index_tree.h"
+#include "tables/long_value_writer.h"
+
+#include <algorithm>
+
+namespace jet {
+namespace {
+
+bool IsIndexed(const TableDef& def, std::size_t column) {
+    return std::any_of(def.indexes.begin(), def.indexes.end(), [column](const Index& index) {
+        return std::any_of(index.columns.begin(), index.columns.end(),
+                           [column](const IndexColumn& part) { return part.column == column; });
+    });
+}
+
+Bytes LongBytes(const Column& column, const Value& value) {
+    if (const auto* text = std::get_if<std::u16string>(&value)) {
+        return EncodeText(*text, (column.moreFlags & kColumnCompressed) != 0);
+    }
+    return std::get<Bytes>(value);
+}
+
+} // namespace
+
+/// The row's values as far as they are known here: those given, and of an old row those that an index needs.
+std::vector<Value> TableWriter::NewValues(std::span<const Assignment> values, const Row* old,
+                                          std::vector<bool>& changed) {
+    std::vector<Value> all(def_->columns.size());
+    for (std::size_t i = 0; old && i < all.size(); ++i) {
+        if (IsIndexed(*def_, i)) all[i] = old->Get(i);
+    }
+    for (const Assignment& assignment : values) {
+        if (assignment.column >= all.size())
+            throw Error(ErrorCode::kNoSuchColumn, "A column that is not there is assigned");
+        all[assignment.column] = Coerce(def_->columns[assignment.column], assignment.value);
+        changed[assignment.column] = true;
+    }
+    return all;
+}
+
+void TableWriter::AssignAutoNumbers(std::vector<Value>& values, std::vector<bool>& changed) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const Column& column = def_->columns[i];
+        if ((column.flags & kColumnAutoNumber) == 0 || column.type != ColumnType::kLong) continue;
+        const PageEdit page = pager_->Edit(def_->page);
+        const auto last = static_cast<std::int32_t>(Load32(page.data() + kDefAutoNumber));
+        if (IsNull(values[i])) values[i] = static_cast<std::int32_t>(static_cast<std::uint32_t>(last) + 1);
+        changed[i] = true;
+        const std::int32_t number = std::max(last, std::get<std::int32_t>(values[i]));
+        Store32(page.edit() + kDefAutoNumber, static_cast<std::uint32_t>(number));
+    }
+}
+
+TableWriter::Keys TableWriter::MakeKeys(const std::vector<Value>& values) const {
+    Keys keys;
+    for (const Index& index : def_->indexes) {
+        Bytes key;
+        key.reserve(kUsualKey);
+        std::size_t nulls = 0;
+        for (const IndexColumn& part : index.columns) {
+            const Value& value = values[part.column];
+            if (IsNull(value)) ++nulls;
+            if (IsNull(value) && index.IsRequired()) {
+                throw Error(ErrorCode::kNullKey,
+                            "The column " + ToUtf8(def_->columns[part.column].name) + " must not be empty");
+            }
+            AppendKey(key, def_->columns[part.column], value, part.ascending);
+        }
+        if (key.size() > kMaxKey) throw Error(ErrorCode::kValueTooLong, "A value is too long for its index");
+        const bool none = index.IgnoresNulls() && nulls == index.columns.size();
+        keys.push_back(none ? std::nullopt : std::optional<Bytes>(std::move(key)));
+    }
+    return keys;
+}
+
+void TableWriter::CheckUnique(const Keys& keys, const Keys& oldKeys, RowId except) const {
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        const Index& index = def_->indexes[i];
+        if (!index.IsUnique() || !keys[i] || (!oldKeys.empty() && keys[i] == oldKeys[i])) continue;
+        // Rows whose indexed columns are all NULL may be many; such a key has one flag byte a column.
+        if (keys[i]->size() == index.columns.size()) continue;
+        if (IndexTree(*pager_, *allocator_, *def_, index).HasOther(*keys[i], except)) {
+            throw Error(ErrorCode::kDuplicateKey, "A record with this key is there already");
+        }
+    }
+}
+
+/// Stored cells: new ones for what changed, an old row's own for the rest. Writes long values and frees replaced ones.
+TableWriter::Cells TableWriter::MakeCells(std::vector<Value>& values, const std::vector<bool>& changed,
+                                          const Row* old) {
+    const std::size_t count = def_->columns.size();
+    Cells cells(count);
+    std::vector<Bytes> longBytes(count);
+    std::size_t size = 2 + def_->fixedSize + 2 * (std::size_t{def_->variableColumns} + 2) + (def_->maxColumns + 7U) / 8;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Column& column = def_->columns[i];
+        const bool keep = old && !changed[i];
+        if (keep && column.type == ColumnType::kBoolean) {
+            cells[i] = Bytes{old->IsFlagSet(i) ? Byte{1} : Byte{0}};
+        } else if (keep) {
+            if (const auto stored = old->Stored(i)) cells[i] = Bytes(stored->begin(), stored->end());
+        } else if (column.type == ColumnType::kBoolean) {
+            cells[i] = EncodeCell(column, IsNull(values[i]) ? Value(false) : values[i]);
+        } else if (!IsNull(values[i]) && column.IsLong()) {
+            longBytes[i] = LongBytes(column, values[i]);
+            size += kLongCell + (longBytes[i].size() <= kMaxInlineLong ? longBytes[i].size() : 0);
+        } else if (!IsNull(values[i])) {
+            cells[i] = EncodeCell(column, values[i]);
+        }
+        if (cells[i] && !column.IsFixed()) size += cells[i]->size();
+    }
+    const bool mayInline = size <= kMaxRow;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Column& column = def_->columns[i];
+        if (cells[i] || !column.IsLong() || (old && !changed[i])) continue;
+        const auto oldCell = old ? old->Stored(i) : std::nullopt;
+        if (!oldCell || oldCell->empty()) {
+            if (!IsNull(values[i])) cells[i] = WriteLongValue(*pager_, *allocator_, column, longBytes[i], mayInline);
+        } else if (IsNull(values[i])) {
+            FreeLongValue(*pager_, *allocator_, column, *oldCell, old->id().page);
+        } else {
+            cells[i] =
+                ReplaceLongValue(*pager_, *allocator_, column, longBytes[i], mayInline, *oldCell, old->id().page);
+        }
+    }
+    return cells;
+}
+
+RowId TableWriter::Insert(std::span<const Assignment> given) {
+    std::vector<bool> changed(def_->columns.size());
+    std::vector<Value> values = NewValues(given, nullptr, changed);
+    AssignAutoNumbers(values, changed);
+    const Keys keys = MakeKeys(values);
+    CheckUnique(keys, {}, kAfterAllRows);
+    const Bytes row = EncodeRow(*def_, MakeCells(values, changed, nullptr));
+    const RowId id = RowSpace(*pager_, *allocator_, def_->page, def_->ownedMap, def_->freeMap).Place(row, 0);
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        if (keys[i]) AddEntry(i, *keys[i], id);
+    }
+    CountRow(1);
+    return id;
+}
+
+void TableWriter::Update(RowId id, std::span<const Assignment> given) {
+    const RowBody body = FollowRow(*pager_, def_->page, id);
+    const Row old(pager_, def_, id, body.bytes, body.id.page);
+    std::vector<bool> changed(def_->columns.size());
+    std::vector<Value> values = NewValues(given, &old, changed);
+    std::vector<Value> oldValues(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (IsIndexed(*def_, i)) oldValues[i] = old.Get(i);
+    }
+    const Keys keys = MakeKeys(values);
+    const Keys oldKeys = MakeKeys(oldValues);
+    CheckUnique(keys, oldKeys, id);
+    const Bytes row = EncodeRow(*def_, MakeCells(values, changed, &old));
+
+    RowSpace space(*pager_, *allocator_, def_->page, def_->ownedMap, def_->freeMap);
+    if (!space.Replace(body.id, row, body.flags)) {
+        const RowId place = space.Place(row, kSlotBody);
+        Bytes address;
+        Append32(address, PointerFromRowId(place));
+        // An older row may be shorter than an address only where the page was full to the last byte.
+        if (!space.Replace(id, address, kSlotHeader))
+            throw Error(ErrorCode::kUnsupported, "The record cannot be moved");
+        if (body.id != id) space.Delete(body.id);
+    }
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        if (keys[i] == oldKeys[i]) continue;
+        if (oldKeys[i]) IndexTree(*pager_, *allocator_, *def_, def_->indexes[i]).Remove(*oldKeys[i], id);
+        if (keys[i]) AddEntry(i, *keys[i], id);
+    }
+}
+
+void TableWriter::Delete(RowId id) {
+    const RowBody body = FollowRow(*pager_, def_->page, id);
+    const Row old(pager_, def_, id, body.bytes, body.id.page);
+    std::vector<Value> values(def_->columns.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (IsIndexed(*def_, i)) values[i] = old.Get(i);
+    }
+    const Keys keys = MakeKeys(values);
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        if (keys[i]) IndexTree(*pager_, *allocator_, *def_, def_->indexes[i]).Remove(*keys[i], id);
+    }
+    RowSpace space(*pager_, *allocator_, def_->page, def_->ownedMap, def_->freeMap);
+    space.Delete(id);
+    if (body.id != id) space.Delete(body.id);
+    for (std::size_t i = 0; i < values.size(); ++i) FreeLongCell(old, i);
+    CountRow(-1);
+}
+
+void TableWriter::FreeLongCell(const Row& row, std::size_t column) {
+    if (!def_->columns[column].IsLong()) return;
+    const auto cell = row.Stored(column);
+    if (cell && !cell->empty()) FreeLongValue(*pager_, *allocator_, def_->columns[column], *cell, row.id().page);
+}
+
+/// Adds an entry and keeps the count of distinct keys, which only ever grows.
+void TableWriter::AddEntry(std::size_t number, const Bytes& key, RowId id) {
+    const Index& index = def_->indexes[number];
+    IndexTree tree(*pager_, *allocator_, *def_, index);
+    const bool known = !index.IsUnique() && tree.HasOther(key, id);
+    tree.Insert(key, id);
+    if (known) return;
+    const PageEdit page = pager_->Edit(def_->page);
+    Byte* const count = page.edit() + kDefCounters + kDefCounterSize * number + 4;
+    Store32(count, Load32(count) + 1);
+}
+
+void TableWriter::CountRow(int change) {
+    const PageEdit page = pager_->Edit(def_->page);
+    const std::uint32_t count = Load32(page.data() + kDefRowCount);
+    if (change < 0 && count == 0) return; // the stored count is a statistic and may have been wrong
+    Store32(page.edit() + kDefRowCount, change < 0 ? count - 1 : count + 1);
+}
+
+} // namespace jet

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "jet/cursor.h"
+#include "tables/allocator.h"
+
+#include <span>
+
+namespace jet {
+
+/// A new value for the column at this position in the definition.
+struct Assignment {
+    std::size_t column = 0;
+    Value value;
+};
+
+/// Inserts, updates and deletes rows of one table, with their long values, index entries and counts. Each call must run
+/// inside a statement; when it throws, the statement must be taken back.
+class TableWriter {
+  public:
+    TableWriter(std::shared_ptr<Pager> pager, Allocator& allocator, std::shared_ptr<const TableDef> def)
+        : pager_(std::move(pager)), allocator_(&allocator), def_(std::move(def)) {}
+
+    /// Columns without a value become NULL; an autonumber without one gets the next number.
+    RowId Insert(std::span<const Assignment> values);
+    /// The other columns keep what they hold.
+    void Update(RowId id, std::span<const Assignment> values);
+    void Delete(RowId id);
+
+  private:
+    using Keys = std::vector<std::optional<Bytes>>; ///< per index; nothing: the row has no entry there
+    using Cells = std::vector<std::optional<Bytes>>;
+
+    Keys MakeKeys(const std::vector<Value>& values) const;
+    void CheckUnique(const Keys& keys, const Keys& oldKeys, RowId except) const;
+    Cells MakeCells(std::vector<Value>& values, const std::vector<bool>& changed, const Row* old);
+    std::vector<Value> NewValues(std::span<const Assignment> values, const Row* old, std::vector<bool>& changed);
+    void AssignAutoNumbers(std::vector<Value>& values, std::vector<bool>& changed);
+    void AddEntry(std::size_t index, const Bytes& key, RowId id);
+    void CountRow(int change);
+    void FreeLongCell(const Row& row, std::size_t column);
+
+    std::shared_ptr<Pager> pager_;
+    Allocator* allocator_;
+    std::shared_ptr<const TableDef> def_;
+};
+
+} // namespace jet

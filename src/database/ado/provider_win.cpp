@@ -1,0 +1,117 @@
+#include "database/ado/provider_win.h"
+
+#include "database/ado/value_win.h"
+#include "support/dispatch_win.h"
+#include "support/error.h"
+
+#include <map>
+#include <objbase.h>
+
+namespace quorvex::database::ado {
+namespace {
+
+using support::Dispatch;
+using support::Error;
+using support::Variant;
+
+constexpr wchar_t kConnectionClass[] = L"ADODB.Connection";
+constexpr wchar_t kRecordsetClass[] = L"ADODB.Recordset";
+constexpr wchar_t kJetProvider[] = L"Microsoft.Jet.OLEDB.4.0";
+
+class AdoConnection final : public Connection {
+  public:
+    AdoConnection() : object_(Dispatch::Create(kConnectionClass)) {}
+
+    void SetMode(int mode) override { object_.Put(L"Mode", mode); }
+    void Open(const std::wstring& connectionString, const std::wstring& user, const std::wstring& password) override {
+        object_.Call(L"Open", {connectionString, user, password});
+    }
+    void Close() override { object_.Call(L"Close"); }
+
+    const Dispatch& Object() const { return object_; }
+
+  private:
+    Dispatch object_;
+};
+
+class AdoRecordset final : public Recordset {
+  public:
+    AdoRecordset() : object_(Dispatch::Create(kRecordsetClass)) {}
+
+    void SetCursorType(CursorType type) override { object_.Put(L"CursorType", static_cast<std::int32_t>(type)); }
+    void SetLockType(LockType type) override { object_.Put(L"LockType", static_cast<std::int32_t>(type)); }
+
+    void Open(const std::wstring& query, Connection& connection) override {
+        const auto* const own = dynamic_cast<const AdoConnection*>(&connection);
+        if (own == nullptr) throw Error(support::kErrorInternal, L"The connection belongs to another database engine");
+        fields_.clear();
+        object_.Call(L"Open", {query, own->Object().Get()});
+    }
+    void Close() override {
+        fields_.clear();
+        object_.Call(L"Close");
+    }
+
+    bool AtBeginning() override { return object_.Property(L"BOF").Bool(); }
+    bool AtEnd() override { return object_.Property(L"EOF").Bool(); }
+    void MoveFirst() override { object_.Call(L"MoveFirst"); }
+    void MoveLast() override { object_.Call(L"MoveLast"); }
+    void MoveNext() override { object_.Call(L"MoveNext"); }
+    long RecordCount() override { return object_.Property(L"RecordCount").Int(); }
+    void Find(const std::wstring& criterion) override { object_.Call(L"Find", {criterion}); }
+
+    Value Field(const std::wstring& column) override { return FromVariant(FieldObject(column).Property(L"Value")); }
+    void SetField(const std::wstring& column, const Value& value) override {
+        FieldObject(column).Put(L"Value", ToVariant(value));
+    }
+    void AddNew() override { object_.Call(L"AddNew"); }
+    void Update() override { object_.Call(L"Update"); }
+    void UpdateBatch() override { object_.Call(L"UpdateBatch"); }
+
+  private:
+    // A field object stands for its column in whichever row is current, so each is fetched once per opening.
+    const Dispatch& FieldObject(const std::wstring& column) {
+        const auto known = fields_.find(column);
+        if (known != fields_.end()) return known->second;
+        return fields_.emplace(column, object_.Object(L"Fields").Object(L"Item", {column})).first->second;
+    }
+
+    Dispatch object_;
+    std::map<std::wstring, Dispatch> fields_;
+};
+
+bool CanCreate(const wchar_t* progId) {
+    CLSID classId{};
+    if (FAILED(CLSIDFromProgID(progId, &classId))) return false;
+    void* object = nullptr;
+    if (FAILED(CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &object)) || object == nullptr) {
+        return false;
+    }
+    static_cast<IUnknown*>(object)->Release();
+    return true;
+}
+
+} // namespace
+
+bool AdoAvailable() {
+    if (!CanCreate(kJetProvider)) return false;
+    try {
+        return Dispatch::Create(kConnectionClass).HasMember(L"Open") && CanCreate(kRecordsetClass);
+    } catch (const Error&) {
+        return false;
+    }
+}
+
+std::unique_ptr<Connection> AdoProvider::CreateConnection() {
+    return std::make_unique<AdoConnection>();
+}
+
+std::unique_ptr<Recordset> AdoProvider::CreateRecordset() {
+    return std::make_unique<AdoRecordset>();
+}
+
+std::wstring AdoProvider::Name() const {
+    return L"ADO (Microsoft.Jet.OLEDB.4.0)";
+}
+
+} // namespace quorvex::database::ado

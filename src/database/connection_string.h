@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace quorvex::database {
+
+// User name and password argument with which every data file is opened; the file's own password is part of the string.
+inline constexpr wchar_t kDatabaseUser[] = L"admin";
+
+// The connection string of a data or update file, given by its full path, used as it stands.
+std::wstring ConnectionString(const std::wstring& file);
+
+} // namespace quorvex::database

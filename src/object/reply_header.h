@@ -1,0 +1,14 @@
+#pragma once
+
+#include "object/quorvex.h"
+
+#include <string>
+
+namespace quorvex::object {
+
+// Reads the header that every reply carries, and the address-record and PostZon elements, into the object's properties.
+// requireRecord: a reply without a postcode does not count as confirmed. A reply without "<confirm>" leaves
+// General_confirm as it is and becomes the error message (in local mode: its errormessage element does).
+void ReadReplyHeader(object::Quorvex& object, const std::wstring& reply, bool requireRecord);
+
+} // namespace quorvex::object

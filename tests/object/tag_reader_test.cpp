@@ -1,0 +1,94 @@
+#include "object/tag_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace quorvex::object {
+namespace {
+
+TEST(TagReader, WalksRepeatedElements) {
+    std::wstring html = L"<line1>1</line1>\r\n<line1>2</line1>";
+    const auto next = [&] { return GetBetweenTags(L"<line1>", html, L"</line1>", true, L"none"); };
+    EXPECT_EQ(next(), L"1");
+    EXPECT_EQ(html, L"\r\n<line1>2</line1>");
+    EXPECT_EQ(next(), L"2");
+    EXPECT_EQ(html, L"");
+    EXPECT_EQ(next(), L"none");
+    EXPECT_EQ(html, L"");
+}
+
+TEST(TagReader, ComparesExactlyAndUnescapesNothing) {
+    std::wstring html = L"<line1 x=\"1\">no</line1><line1> a &amp; b </line1><empty></empty><b>";
+    EXPECT_EQ(GetBetweenTags(L"<LINE1>", html, L"</LINE1>", true, L"default"), L"default");
+    EXPECT_EQ(html.substr(0, 8), L"<line1 x") << "not found: untouched";
+    EXPECT_EQ(ReadElement(html, L"line1"), L" a &amp; b ");
+    EXPECT_EQ(ReadElement(html, L"nothing"), L"");
+    EXPECT_EQ(ReadBetweenTags(html, L"<empty>", L"</empty>", L"default"), L"default");
+    EXPECT_EQ(ReadBetweenTags(html, L"<empty>", L"</empty>"), L"");
+    EXPECT_EQ(ReadBetweenTags(L"ab<c>rest", L"", L"<c>"), L"ab") << "an empty start matches at the front";
+    EXPECT_EQ(ReadBetweenTags(L"", L"", L"<c>", L"default"), L"default");
+    EXPECT_EQ(ReadBetweenTags(L"</c><c>x</c>", L"<c>", L"</c>"), L"x") << "an end before the start does not count";
+}
+
+TEST(TagReader, AMissingEndGivesTheRestAndCutsOneCharacterShort) {
+    std::wstring html = L"xx<a>value that goes on";
+    EXPECT_EQ(GetBetweenTags(L"<a>", html, L"</a>", true), L"value that goes on");
+    // 2 before the tag + 3 of the tag - 1 + 4 of the end tag
+    EXPECT_EQ(html, L"ue that goes on");
+    html = L"<a>";
+    EXPECT_EQ(GetBetweenTags(L"<a>", html, L"</a>", true, L"d"), L"d");
+    EXPECT_EQ(html, L"") << "never cut beyond the end";
+    html = L"<a>v";
+    EXPECT_EQ(GetBetweenTags(L"<a>", html, L"#", true), L"v");
+    EXPECT_EQ(html, L"v") << "3 - 1 + 1";
+}
+
+TEST(TagReader, ReadsElementsByName) {
+    const std::wstring longName(100, L'n');
+    EXPECT_EQ(ReadElement(L"<" + longName + L">x</" + longName + L">", longName), L"x");
+    EXPECT_EQ(ReadElement(L"<ab>1</a><a>2</ab></a>", L"a"), L"2</ab>");
+    EXPECT_EQ(ReadElement(L"<a>the rest", L"a"), L"the rest");
+    EXPECT_EQ(ReadElement(L"</a><a>", L"a"), L"");
+    EXPECT_EQ(ReadElement(L"<>x</>", L""), L"x");
+}
+
+// The definition, with 1-based positions and 0 for "not there".
+struct Expected {
+    std::wstring value;
+    std::wstring rest;
+};
+Expected ByDefinition(const std::wstring& name, const std::wstring& html, const std::wstring& end) {
+    if (html.empty()) return {L"", html};
+    const std::size_t start = html.find(name) + 1;
+    if (start == 0) return {L"", html};
+    const std::wstring rest = html.substr(start - 1 + name.size());
+    const std::size_t p = rest.find(end) + 1;
+    const std::wstring value = p > 0 ? rest.substr(0, p - 1) : rest;
+    const std::size_t cut = (start - 1) + name.size() + p + end.size();
+    return {value, cut == 0 || cut - 1 >= html.size() ? L"" : html.substr(cut - 1)};
+}
+
+TEST(TagReader, AgreesWithItsDefinitionOnRandomTexts) {
+    std::mt19937 random(42);
+    const auto text = [&](std::size_t longest) {
+        std::wstring made(random() % (longest + 1), L' ');
+        for (wchar_t& c : made) c = L"<a>/"[random() % 4];
+        return made;
+    };
+    for (int i = 0; i < 50000; ++i) {
+        const std::wstring name = text(3);
+        std::wstring end = text(3);
+        if (end.empty()) end = L">";
+        std::wstring html = text(14);
+        const Expected expected = ByDefinition(name, html, end);
+        const std::wstring before = html;
+        EXPECT_EQ(ReadBetweenTags(html, name, end), expected.value);
+        EXPECT_EQ(GetBetweenTags(name, html, end, true), expected.value);
+        const bool found = !before.empty() && before.find(name) != std::wstring::npos;
+        EXPECT_EQ(html, found ? expected.rest : before);
+    }
+}
+
+} // namespace
+} // namespace quorvex::object
