@@ -1,0 +1,89 @@
+"""The person at the screen: works the component's dialogs with pywinauto, told by their captions what to do.
+
+    clerk.py             until it is ended
+
+"Pick" picks the second address, "Advanced" finds the street KILN HILL in ABERDEEN and takes its first address, "Stop" ends the
+search that is under way and closes, "Update" downloads updates. Message boxes are answered with OK.
+"""
+import sys
+import time
+
+sys.modules["comtypes"] = None  # pywinauto's other backend wants a type library that Wine lacks
+import commctrl  # noqa: E402
+import win32con  # noqa: E402
+from pywinauto import Desktop  # noqa: E402
+from pywinauto.timings import Timings  # noqa: E402
+
+Timings.fast()
+MESSAGE_TEXT = 0xFFFF
+
+
+def control(window, number):
+    return next(child for child in window.children() if child.control_id() == number)
+
+
+def pick(window):
+    addresses = control(window, 104)
+    if addresses.item_count() >= 2:
+        addresses.select(1)
+        control(window, 108).click()
+
+
+def advanced(window):
+    tree, find, street = control(window, 127), control(window, 124), control(window, 112)
+    if tree.is_visible():
+        line = tree.roots()[0].children()[0]
+        tree.send_message(commctrl.TVM_SELECTITEM, commctrl.TVGN_CARET, line.elem)
+        tree.post_message(win32con.WM_KEYDOWN, win32con.VK_SPACE)
+    elif not street.window_text():
+        street.set_edit_text("KILN HILL")
+    elif not find.is_enabled() and control(window, 113).item_count() > 0:
+        control(window, 113).select("ABERDEEN")
+    elif find.window_text() == "&Find":
+        find.click()
+
+
+def stop(window):
+    """Ends the search, then closes the dialog."""
+    if control(window, 102).window_text() == "STOP":
+        control(window, 102).click()
+    else:
+        window.close()
+
+
+def update(window):
+    control(window, 101).click()
+
+
+WORK = {"Pick": pick, "Advanced": advanced, "Stop": stop, "Update": update}
+
+
+def work_on(window):
+    if not window.is_visible():
+        return
+    text = [child.window_text() for child in window.children() if child.control_id() == MESSAGE_TEXT]
+    if text:
+        print("message:", text[0], flush=True)
+        window.children(class_name="Button")[0].click()
+        return
+    for word, action in WORK.items():
+        if word in window.window_text():
+            action(window)
+
+
+def main():
+    print("ready", flush=True)
+    said = ""
+    while True:
+        for window in Desktop(backend="win32").windows(class_name="#32770"):
+            try:
+                work_on(window)
+            except Exception as error:  # the window may go at any time
+                if said != repr(error):
+                    print("clerk:", repr(error), file=sys.stderr, flush=True)
+                said = repr(error)
+        time.sleep(0.1)
+
+
+if __name__ == "__main__":
+    main()

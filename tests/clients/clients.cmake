@@ -1,0 +1,13 @@
+# Programs that others wrote, as clients of the DLL: Python with pywin32, comtypes and pywinauto. What fetches them belongs to the
+# tests, so that a wrong checksum is a failure and a registry that cannot be reached is a skipped test with its reason.
+set(quorvex_clients ${CMAKE_CURRENT_SOURCE_DIR}/clients)
+add_test(NAME clients_fetch COMMAND ${quorvex_clients}/fetch ${quorvex_bits})
+set_tests_properties(clients_fetch PROPERTIES FIXTURES_SETUP clients SKIP_RETURN_CODE 77 TIMEOUT 500)
+
+# quorvex_client_test(NAME COMMAND...): a test of a fetched client, while the service answers.
+function(quorvex_client_test name)
+  quorvex_host_test(${name} SERVICE ${ARGN})
+  set_property(TEST ${name} APPEND PROPERTY FIXTURES_REQUIRED clients)
+endfunction()
+
+quorvex_client_test(python_members ${quorvex_clients}/run ${quorvex_bits} ${quorvex_clients}/members.py)
