@@ -4,6 +4,7 @@ Each binding's call gives (result, by-reference arguments after the call); the s
 """
 import os
 import shutil
+import subprocess
 import sys
 import tempfile
 
@@ -90,6 +91,12 @@ class Comtypes(Binding):
 
 def bindings():
     return [Plain, Late, Early, Comtypes]
+
+
+def start_clerk(*arguments):
+    """The program that works the dialogs; the caller ends it."""
+    clerk = os.path.join(os.path.dirname(os.path.abspath(__file__)), "clerk.py")
+    return subprocess.Popen([sys.executable, "-B", clerk, *arguments])
 
 
 class Checks:

@@ -1,9 +1,10 @@
 """The person at the screen: works the component's dialogs with pywinauto, told by their captions what to do.
 
-    clerk.py             until it is ended
+    clerk.py             until it is ended: "Pick" picks the second address, "Advanced" finds the street KILN HILL in ABERDEEN
+                         and takes its first address, "Update" downloads updates
+    clerk.py impatient   stops every search and closes the dialog
 
-"Pick" picks the second address, "Advanced" finds the street KILN HILL in ABERDEEN and takes its first address, "Stop" ends the
-search that is under way and closes, "Update" downloads updates. Message boxes are answered with OK.
+Message boxes are answered with OK.
 """
 import sys
 import time
@@ -22,11 +23,17 @@ def control(window, number):
     return next(child for child in window.children() if child.control_id() == number)
 
 
+def press(button):
+    """Posted, since what a button opens may be modal."""
+    if button.is_enabled():
+        button.post_message(win32con.BM_CLICK)
+
+
 def pick(window):
     addresses = control(window, 104)
     if addresses.item_count() >= 2:
         addresses.select(1)
-        control(window, 108).click()
+        press(control(window, 108))
 
 
 def advanced(window):
@@ -40,44 +47,47 @@ def advanced(window):
     elif not find.is_enabled() and control(window, 113).item_count() > 0:
         control(window, 113).select("ABERDEEN")
     elif find.window_text() == "&Find":
-        find.click()
+        press(find)
 
 
 def stop(window):
-    """Ends the search, then closes the dialog."""
     if control(window, 102).window_text() == "STOP":
-        control(window, 102).click()
-    else:
-        window.close()
+        press(control(window, 102))
+
+
+def close(window):
+    window.close()
 
 
 def update(window):
-    control(window, 101).click()
+    press(control(window, 101))
 
 
-WORK = {"Pick": pick, "Advanced": advanced, "Stop": stop, "Update": update}
+WORK = {"Pick": pick, "Advanced": advanced, "Update": update}
+IMPATIENT = {"Searching": stop, "Found nothing": close}
 
 
-def work_on(window):
+def work_on(window, work):
     if not window.is_visible():
         return
     text = [child.window_text() for child in window.children() if child.control_id() == MESSAGE_TEXT]
     if text:
         print("message:", text[0], flush=True)
-        window.children(class_name="Button")[0].click()
+        press(window.children(class_name="Button")[0])
         return
-    for word, action in WORK.items():
+    for word, action in work.items():
         if word in window.window_text():
             action(window)
 
 
 def main():
     print("ready", flush=True)
+    work = IMPATIENT if "impatient" in sys.argv else WORK
     said = ""
     while True:
         for window in Desktop(backend="win32").windows(class_name="#32770"):
             try:
-                work_on(window)
+                work_on(window, work)
             except Exception as error:  # the window may go at any time
                 if said != repr(error):
                     print("clerk:", repr(error), file=sys.stderr, flush=True)

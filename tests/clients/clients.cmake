@@ -11,3 +11,5 @@ function(quorvex_client_test name)
 endfunction()
 
 quorvex_client_test(python_members ${quorvex_clients}/run ${quorvex_bits} ${quorvex_clients}/members.py)
+quorvex_client_test(python_waiting ${quorvex_clients}/run ${quorvex_bits} ${quorvex_clients}/waiting.py)
+quorvex_client_test(python_ending ${quorvex_clients}/run ${quorvex_bits} ${quorvex_clients}/ending.py)

@@ -6,13 +6,12 @@ binding does with wrong calls.
 import os
 import re
 import socket
-import subprocess
 import sys
 import tempfile
 import time
 import winreg
 
-from bindings import CALLS, Checks, Comtypes, Early, Plain, bindings, idl, type_library_members
+from bindings import CALLS, Checks, Comtypes, Plain, bindings, idl, start_clerk, type_library_members
 
 DATA = os.environ["QUORVEX_TEST_DATA"]
 SERVICE = os.environ["QUORVEX_SERVICE_URL"]
@@ -206,7 +205,7 @@ def main():
     checks.equal("the type library", type_library_members(), idl.members())
     called = {row[0] for row in SESSION + PAGES}
     checks.equal("methods that are not called", sorted(CALLS.keys() - called), [])
-    clerk = subprocess.Popen([sys.executable, "-B", os.path.join(os.path.dirname(os.path.abspath(__file__)), "clerk.py")])
+    clerk = start_clerk()
     try:
         for column, make in enumerate(bindings()):
             binding = make()
