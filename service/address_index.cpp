@@ -170,7 +170,7 @@ class AddressIndex::Candidates {
     std::optional<RowNumbers> rows_;
 };
 
-AddressIndex::AddressIndex(const LocalData& data) : data_(data) {
+AddressIndex::AddressIndex(const LocalData& data) {
     data.WalkFull([this](const std::wstring& key, const std::wstring& plain) { AddRow(key, plain); });
     MakeLists();
 }
@@ -201,7 +201,7 @@ void AddressIndex::MakeLists() {
     listVersion_ = Fingerprint(areas_ + L"|" + townList_ + L"|" + countyList_);
 }
 
-AddressIndex::Result AddressIndex::Search(const web::AdvancedCriteria& criteria) const {
+AddressIndex::Result AddressIndex::Search(const LocalData& data, const web::AdvancedCriteria& criteria) const {
     const Criterion organisation(criteria.company);
     const Criterion house(criteria.house);
     const Criterion street(criteria.street, Criterion::Kind::Street);
@@ -224,7 +224,7 @@ AddressIndex::Result AddressIndex::Search(const web::AdvancedCriteria& criteria)
     for (const std::uint32_t row : candidates.Rows(keys_.size())) {
         const std::wstring& key = keys_[row];
         if (!area.MetBy(key)) continue;
-        listing.Add(key, PartsOf(data_.FullRow(key).value_or(std::wstring())));
+        listing.Add(key, PartsOf(data.FullRow(key).value_or(std::wstring())));
         if (listing.Full()) break;
     }
     listing.WriteTo(result);

@@ -14,7 +14,7 @@ namespace quorvex::service {
 // read again when a search comes to them.
 class AddressIndex {
   public:
-    // Reads all rows; keeps the reference.
+    // Reads all rows.
     explicit AddressIndex(const LocalData& data);
 
     // The values that a place can be chosen from, joined by ",", and a text that changes whenever one of the lists
@@ -35,7 +35,7 @@ class AddressIndex {
     // Addresses that meet all criteria given. Organisation, building and street are met by whole words or beginnings
     // ("some*"); a town or county by its name, else by words of it; a postcode area by its letters, an outward code, or
     // a beginning.
-    Result Search(const web::AdvancedCriteria& criteria) const;
+    Result Search(const LocalData& data, const web::AdvancedCriteria& criteria) const;
 
   private:
     using RowNumbers = std::vector<std::uint32_t>; // ascending
@@ -45,7 +45,6 @@ class AddressIndex {
     void AddRow(const std::wstring& key, const std::wstring& plain);
     void MakeLists();
 
-    const LocalData& data_;
     std::vector<std::wstring> keys_; // by row number
     WordRows organisations_;
     WordRows houses_;

@@ -41,6 +41,11 @@ bool IsTest(const std::wstring& postcode) {
     return lookups::LocalPostcode(postcode) == lookups::kTestPostcode;
 }
 
+// No postcode holds one, and the queries of the lookups cannot.
+bool HasQuote(const std::wstring& text) {
+    return text.find(L'\'') != std::wstring::npos;
+}
+
 } // namespace
 
 class LocalData::Lease {
@@ -86,6 +91,7 @@ LocalData::LocalData(const std::filesystem::path& folder)
 Reply LocalData::AddressList(const std::wstring& postcode) const {
     const lookups::PostcodeAndHouse asked = lookups::SplitCommaForm(postcode);
     if (support::Trim(asked.postcode).empty()) return Refused(L"Please specify Postcode");
+    if (HasQuote(asked.postcode)) return Refused(L"Postcode not found: " + asked.postcode);
     Lease object(*this);
     const lookups::LocalList list = lookups::LocalAddressList(*object, asked.postcode, asked.house);
     Reply reply = FromLocal(list.reply);
@@ -98,8 +104,8 @@ Reply LocalData::AddressList(const std::wstring& postcode) const {
 Reply LocalData::AddressRecord(const std::wstring& id) const {
     const std::wstring postcode = id.substr(0, id.find(L'_'));
     if (support::Trim(postcode).empty()) return Refused(L"Please specify an address identifier");
-    Lease object(*this);
-    Reply reply = FromLocal(lookups::LocalAddressRecord(*object, id));
+    Reply reply;
+    if (!HasQuote(postcode)) reply = FromLocal(lookups::LocalAddressRecord(*Lease(*this), id));
     if (!reply.confirm) return Refused(L"Address not found: " + id);
     reply.free = IsTest(postcode);
     return reply;
@@ -107,8 +113,8 @@ Reply LocalData::AddressRecord(const std::wstring& id) const {
 
 Reply LocalData::StreetRecord(const std::wstring& postcode) const {
     if (postcode.size() < 4 || postcode.size() > 8) return Refused(L"Please specify Postcode");
-    Lease object(*this);
-    Reply reply = FromLocal(lookups::LocalThoroughfareRecord(*object, postcode));
+    Reply reply;
+    if (!HasQuote(postcode)) reply = FromLocal(lookups::LocalThoroughfareRecord(*Lease(*this), postcode));
     if (!reply.confirm) return Refused(L"Postcode not found: " + postcode);
     reply.free = IsTest(postcode);
     return reply;
@@ -116,10 +122,15 @@ Reply LocalData::StreetRecord(const std::wstring& postcode) const {
 
 Reply LocalData::PostZonRecord(const std::wstring& key, const std::wstring& homePostcode) const {
     if (key.size() < 5) return Refused(L"Please specify Postcode");
+    if (HasQuote(key)) return Refused(L"Postcode not found: " + key);
     Lease object(*this);
-    (*object).SetHomePostCode(homePostcode);
+    (*object).SetHomePostCode(HasQuote(homePostcode) ? std::wstring() : homePostcode);
     Reply reply = FromLocal(lookups::LocalPostZonRecord(*object, key));
     return reply.confirm ? reply : Refused(L"Postcode not found: " + key);
+}
+
+localdata::LastUpdateDates LocalData::Dates() const {
+    return localdata::GetLastUpdateDates(platform_, folder_);
 }
 
 std::optional<std::wstring> LocalData::FullRow(const std::wstring& key) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "localdata/status.h"
 #include "localdata/substitution.h"
 #include "object/quorvex.h"
 #include "service/reply.h"
@@ -33,6 +34,7 @@ class LocalData {
     // postcode that is found.
     Reply PostZonRecord(const std::wstring& key, const std::wstring& homePostcode) const;
 
+    localdata::LastUpdateDates Dates() const;
     // The plain text of a row of the full addresses; nothing when there is none.
     std::optional<std::wstring> FullRow(const std::wstring& key) const;
     // All rows of the full addresses in table order; none when the folder does not hold them.

@@ -1,11 +1,5 @@
-#include "service/service.h"
+#include "service/misbehave.h"
 
-#include "support/files.h"
-
-#include <httplib.h>
-
-#include <algorithm>
-#include <memory>
 #include <utility>
 
 namespace quorvex::service {
@@ -19,56 +13,53 @@ void Remove(std::string& body, const std::string& element) {
     if (start != std::string::npos && end != std::string::npos) body.erase(start, end + element.size() + 3 - start);
 }
 
-// Promises a length and sends other bytes than that many; the connection ends with them.
-void SendUnder(std::size_t promised, std::string body, const std::string& type, httplib::Response& response) {
-    response.set_header("Connection", "close");
-    response.set_content_provider(promised, type,
-                                  [body = std::move(body)](std::size_t, std::size_t, httplib::DataSink& sink) {
-                                      sink.write(body.data(), body.size());
-                                      return false;
-                                  });
-}
-
 } // namespace
 
-void Service::Misbehave(TestControl::Order order, PageAnswer answer, httplib::Response& response) {
-    if (answer.file) answer.body = support::ReadFileBytes(support::FromPath(*answer.file));
-    response.status = answer.status;
-    std::string& body = answer.body;
+http::Response Misbehaved(TestControl& control, TestControl::Order order, http::Response response) {
+    std::string& body = response.body;
+    if (response.file) {
+        const http::FilePart part = *std::exchange(response.file, std::nullopt);
+        body = part.file->Read(part.offset, static_cast<std::size_t>(part.length));
+    }
     const std::size_t size = body.size();
+    const auto promise = [&response](std::optional<std::uint64_t> length) {
+        response.distortion.emplace();
+        response.distortion->promisedLength = length;
+    };
     switch (order.mode) {
     case Mode::Never:
         order.time = {};
-        control_.Wait(order);
+        control.Wait(order);
         response.status = 503;
-        return;
+        body.clear();
+        break;
     case Mode::Slow:
-        control_.Wait(order);
+        control.Wait(order);
         break;
     case Mode::Dribble:
-        response.set_content_provider(size, answer.contentType,
-                                      [this, order, body](std::size_t offset, std::size_t, httplib::DataSink& sink) {
-                                          if (order.time.count() > 0 && !control_.Wait(order)) return false;
-                                          return sink.write(body.data() + offset, 1);
-                                      });
-        return;
+        promise(size);
+        response.distortion->byteByByte = true;
+        response.distortion->pause = order.time;
+        response.distortion->goOn = [&control, order] { return control.Stands(order); };
+        break;
     case Mode::Cut:
-        return SendUnder(size, body.substr(0, size / 2), answer.contentType, response);
+        promise(size);
+        body.resize(size / 2);
+        break;
     case Mode::Longer:
-        return SendUnder(size + 1000, body, answer.contentType, response);
+        promise(size + 1000);
+        break;
     case Mode::Shorter:
-        return SendUnder(size / 2, body, answer.contentType, response);
+        promise(size / 2);
+        break;
     case Mode::NoLength:
-        response.set_header("Connection", "close");
-        response.set_content_provider(answer.contentType, [body](std::size_t, httplib::DataSink& sink) {
-            sink.write(body.data(), body.size());
-            return false; // ends the connection
-        });
-        return;
+        promise(std::nullopt);
+        break;
     case Mode::ErrorPage:
         response.status = 500;
-        response.set_content("<html><body><h1>Server Error</h1></body></html>\n", "text/html; charset=utf-8");
-        return;
+        response.contentType = "text/html; charset=utf-8";
+        body = "<html><body><h1>Server Error</h1></body></html>\n";
+        break;
     case Mode::NoConfirm:
         Remove(body, "confirm");
         Remove(body, "Confirm");
@@ -79,7 +70,7 @@ void Service::Misbehave(TestControl::Order order, PageAnswer answer, httplib::Re
     case Mode::None:
         break;
     }
-    response.set_content(body, answer.contentType);
+    return response;
 }
 
 } // namespace quorvex::service

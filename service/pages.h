@@ -1,13 +1,13 @@
 #pragma once
 
-#include "service/accounts.h"
-#include "service/address_index.h"
-#include "service/local_data.h"
+#include "service/accounts/accounts.h"
+#include "service/data_source.h"
 #include "service/query.h"
 #include "service/reply.h"
 #include "service/update_folder.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,38 +24,53 @@ struct PageSettings {
     std::wstring directoryUrl = L"https://www.openstreetmap.org/search?query={words}%20near%20{postcode}";
 };
 
-struct PageAnswer {
-    int status = 200;
-    std::string contentType;
-    std::string body;
-    std::optional<std::filesystem::path> file; // sent in the place of the body
+struct PageRequest {
+    std::string target; // path and query as they came
+    std::string base;   // scheme, host and port under which the caller knows the service
+    std::string client; // the caller's address
+    std::string id;     // of its own for each request; charged once
 };
 
-// What stands at an address of the service. Any number of threads may ask at a time.
+struct PageAnswer {
+    int status = 200;
+    std::string contentType{};
+    std::string body{};
+    std::optional<std::filesystem::path> file{}; // sent in the place of the body
+    bool retry = false;                          // the same request may succeed in a moment
+    std::string page = "other";                  // for logs
+    std::string result = "ok";                   // for logs: ok, none, refused, busy, error
+    std::string account{};                       // the key's short name
+    int credits = 0;                             // taken
+};
+
+// What lies at an address of the service. Any number of threads may ask at a time.
 class Pages {
   public:
-    Pages(const LocalData& data, const AddressIndex& index, Accounts& accounts, const UpdateFolder& updates,
-          PageSettings settings)
-        : data_(data), index_(index), accounts_(accounts), updates_(updates), settings_(std::move(settings)) {}
+    Pages(const DataSource& data, accounts::Accounts& accounts, const UpdateFolder& updates, PageSettings settings)
+        : data_(data), accounts_(accounts), updates_(updates), settings_(std::move(settings)) {}
 
-    // target: path and query as they came. base: scheme, host and port under which the caller knows the service.
-    PageAnswer Get(std::string_view target, const std::string& base) const;
+    // done may be called on another thread, when the credit for the answer was taken.
+    using Done = std::function<void(PageAnswer)>;
+    void Get(const PageRequest& request, Done done) const;
 
   private:
-    template <typename Lookup>
-    std::wstring Charged(const Query& query, Lookup lookup) const;
-    std::optional<std::wstring> Document(const std::string& path, std::string_view target,
-                                         const std::string& base) const;
-    Reply SearchAdvanced(const Query& query) const;
-    std::wstring MapAddress(const Query& query) const;
-    std::wstring Lookups(const Query& query) const;
+    struct Lookup;
+    const Lookup* FindLookup(const std::string& path) const;
+    void Charged(const Lookup& lookup, const PageRequest& request, const Query& query, Done done) const;
+    PageAnswer Rendered(const Lookup& lookup, const DataSet& set, const Reply& reply,
+                        const accounts::Accounts::Standing& standing) const;
+    Reply SearchAdvanced(const DataSet& set, const Query& query) const;
+    std::wstring MapAddress(const DataSet& set, const Query& query) const;
+    PageAnswer Lists(const DataSet& set, const Query& query) const;
     std::wstring UpdateList(const Query& query, const std::string& base) const;
 
-    const LocalData& data_;
-    const AddressIndex& index_;
-    Accounts& accounts_;
+    const DataSource& data_;
+    accounts::Accounts& accounts_;
     const UpdateFolder& updates_;
     PageSettings settings_;
 };
+
+// A refusal with status 503, for a caller who may try again in a moment.
+PageAnswer BusyAnswer(const std::wstring& message);
 
 } // namespace quorvex::service

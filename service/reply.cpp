@@ -3,6 +3,23 @@
 #include "support/text.h"
 
 namespace quorvex::service {
+namespace {
+
+std::wstring AmpersandsEscaped(std::wstring_view text) {
+    return support::ReplaceAll(text, L"&", L"&amp;");
+}
+
+// What the operator or the caller wrote must not end an element.
+std::wstring Escaped(std::wstring_view text) {
+    return support::ReplaceAll(support::ReplaceAll(AmpersandsEscaped(text), L"<", L"&lt;"), L">", L"&gt;");
+}
+
+std::wstring Wrapped(std::wstring_view elements) {
+    std::wstring text = L"<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<reply>\r\n";
+    return text.append(elements).append(L"</reply>\r\n");
+}
+
+} // namespace
 
 Reply Refused(std::wstring_view errorMessage) {
     Reply reply;
@@ -23,16 +40,16 @@ std::wstring Element(std::wstring_view name, std::wstring_view value) {
 
 std::wstring ReplyText(const Reply& reply, const HeaderValues& header) {
     const std::wstring& credits = reply.creditsText.empty() ? header.creditsText : reply.creditsText;
-    return Document(Element(L"confirm", reply.confirm ? L"Yes" : L"No") +
-                    Element(L"credits_display_showbutton", header.creditsButton ? L"1" : L"0") +
-                    Element(L"pop_message", reply.popMessage) + Element(L"lookuplistversion", header.listVersion) +
-                    Element(L"credits_display_text", credits) + Element(L"accountadminpage", header.accountPage) +
-                    Element(L"errormessage", reply.errorMessage) + reply.body);
+    return Wrapped(
+        Element(L"confirm", reply.confirm ? L"Yes" : L"No") +
+        Element(L"credits_display_showbutton", header.creditsButton ? L"1" : L"0") +
+        Element(L"pop_message", Escaped(reply.popMessage)) + Element(L"lookuplistversion", header.listVersion) +
+        Element(L"credits_display_text", Escaped(credits)) + Element(L"accountadminpage", Escaped(header.accountPage)) +
+        Element(L"errormessage", Escaped(reply.errorMessage)) + AmpersandsEscaped(reply.body));
 }
 
 std::wstring Document(std::wstring_view elements) {
-    std::wstring text = L"<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<reply>\r\n";
-    return text.append(support::ReplaceAll(elements, L"&", L"&amp;")).append(L"</reply>\r\n");
+    return Wrapped(AmpersandsEscaped(elements));
 }
 
 } // namespace quorvex::service

@@ -57,6 +57,11 @@ bool TestControl::Wait(const Order& order) {
     return false;
 }
 
+bool TestControl::Stands(const Order& order) {
+    const std::lock_guard lock(mutex_);
+    return !stopped_ && resets_ == order.resets;
+}
+
 void TestControl::Stop() {
     const std::lock_guard lock(mutex_);
     stopped_ = true;

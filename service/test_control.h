@@ -36,6 +36,8 @@ class TestControl {
     // Waits the order's time; true when it is over, false when a reset since the order or the end of the service came
     // first. No time: until then.
     bool Wait(const Order& order);
+    // Whether neither a reset nor the end of the service came since the order.
+    bool Stands(const Order& order);
     void Stop();
 
     // The pages below "/test/"; false when there is no such page or its query cannot be read (answer then says why).

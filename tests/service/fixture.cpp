@@ -8,11 +8,13 @@ namespace quorvex::service {
 
 ServiceTest::ServiceTest() {
     options.data = std::filesystem::path(QUORVEX_TEST_DATA) / "sample";
+    options.accounts = (folder_.Path() / "accounts.db").string();
 }
 
 void ServiceTest::Begin() {
     service_ = std::make_unique<Service>(options);
     service_->Start();
+    ASSERT_TRUE(service_->WaitForLists(std::chrono::seconds(20)));
 }
 
 httplib::Result ServiceTest::Request(std::string target) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "service/service.h"
+#include "support_code/temp_folder.h"
 
 #include <gtest/gtest.h>
 #include <httplib.h>
@@ -27,6 +28,7 @@ class ServiceTest : public ::testing::Test {
     std::wstring ElementOf(const std::string& page, const std::wstring& element);
 
   private:
+    quorvex::testing::TempFolder folder_;
     std::unique_ptr<Service> service_;
 };
 

@@ -27,7 +27,7 @@ TEST(Options, EveryOption) {
     EXPECT_EQ(options.pages.popMessage + options.pages.accountPage + options.pages.mapUrl + options.pages.directoryUrl,
               L"mauv");
     EXPECT_TRUE(options.test);
-    EXPECT_TRUE(Parsed("--help").help);
+    EXPECT_TRUE(Parsed("--help").text.find("--trusted-proxy") != std::string::npos);
     for (const char* wrong : {"", "--data d", "--port 1", "--data d --port", "--data d --port x",
                               "--data d --port 65536", "--data d --port 1.5", "--data d --port -1",
                               "--data d --port 1 --nonsense", "--data d --port 1 --credits 5"}) {
@@ -41,14 +41,16 @@ TEST(Options, KeysFile) {
     options.keysFile = folder.Path() / "keys.txt";
     options.credits = 2;
     std::ofstream(options.keysFile) << "# customers\r\nalpha\r\n\r\nBETA\t7 # seven\n  gamma   0\n";
-    Accounts accounts;
-    AddKeys(accounts, options);
-    EXPECT_EQ(accounts.Take(L"ALPHA", L"").text, L"Credits left: 1");
-    EXPECT_EQ(accounts.Take(L"Beta", L"").text, L"Credits left: 6");
-    EXPECT_FALSE(accounts.Take(L"GAMMA", L"").refusal.empty());
-    EXPECT_FALSE(accounts.Take(L"CUSTOMERS", L"").refusal.empty());
-    EXPECT_THROW(accounts.AddLines(L"A 1\nB many", {}), support::Error);
-    EXPECT_THROW(accounts.AddLines(L"A -1", {}), support::Error);
+    using Key = accounts::Accounts::Key;
+    const std::vector<Key> keys = KeysOf(options);
+    ASSERT_EQ(keys.size(), 3U);
+    EXPECT_TRUE(keys[0].key == L"alpha" && keys[0].credits == 2);
+    EXPECT_TRUE(keys[1].key == L"BETA" && keys[1].credits == 7);
+    EXPECT_TRUE(keys[2].key == L"gamma" && keys[2].credits == 0);
+    for (const char* wrong : {"A 1\nB many", "A -1"}) {
+        std::ofstream(options.keysFile, std::ios::trunc) << wrong;
+        EXPECT_THROW(KeysOf(options), support::Error) << wrong;
+    }
 }
 
 TEST(Queries, ValuesAsHostsGiveThem) {

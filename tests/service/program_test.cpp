@@ -73,7 +73,8 @@ TEST(Program, WrongArgumentsAndFolders) {
     } cases[] = {{"", "quorvex-service: --data is missing\n", 1},
                  {"--data " QUORVEX_TEST_DATA "/nowhere --port 0", "quorvex-service: no data files in ", 1},
                  {kData + "--port 0 --keys " QUORVEX_TEST_DATA "/nowhere", "quorvex-service: ", 1},
-                 {"--help", "usage: ", 0}};
+                 {"--help", "Answers the pages", 0},
+                 {"--version", "quorvex-service 2", 0}};
     for (const auto& [arguments, firstLine, exitCode] : cases) {
         Program program(arguments);
         EXPECT_TRUE(program.Line().starts_with(firstLine)) << arguments;
