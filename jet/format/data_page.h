@@ -5,10 +5,10 @@
 
 namespace jet {
 
-/// A data page's slots, every one checked before it is handed out.
+/// A data page. Each slot is checked before it is returned.
 class DataPage {
   public:
-    /// Checks type and owner (a definition's page, 0 for map pages, kLongValueOwner).
+    /// Checks the type and the owner: a definition's page, kMapPageOwner or kLongValueOwner. Throws kCorrupt.
     DataPage(PageRef page, std::uint32_t owner);
 
     unsigned slotCount() const { return slotCount_; }
@@ -18,9 +18,9 @@ class DataPage {
         std::uint16_t flags;
         ByteView bytes;
     };
-    /// Throws kCorrupt for a slot that does not exist or is out of bounds.
+    /// Throws kCorrupt if the slot does not exist or is out of bounds.
     Slot Get(unsigned slot) const;
-    /// Where the lowest row begins. Checks all slots, as is due before a page is changed. Throws kCorrupt.
+    /// Where the lowest row begins. Checks all slots, which is necessary before a page is changed. Throws kCorrupt.
     std::size_t CheckedLowest() const;
 
   private:
@@ -31,7 +31,7 @@ class DataPage {
 /// Opens `number` as a data page of `owner`.
 DataPage OpenDataPage(Pager& pager, PageNo number, std::uint32_t owner);
 
-/// A row's body found from its header: where it is and its bytes (valid while `page` is held).
+/// A row's body, found from its header. `bytes` is valid while `page` is held.
 struct RowBody {
     PageRef page;
     RowId id;
@@ -39,7 +39,7 @@ struct RowBody {
     ByteView bytes;
 };
 
-/// Follows a row from its header to its body. Throws kCorrupt for a deleted or missing row or a chain without end.
+/// Follows a row from its header to its body. Throws kCorrupt if the row is deleted or missing, or the chain endless.
 RowBody FollowRow(Pager& pager, std::uint32_t owner, RowId header);
 
 } // namespace jet

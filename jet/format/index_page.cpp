@@ -9,11 +9,11 @@ namespace jet {
 
 IndexPage::IndexPage(PageRef page, PageNo owner) : page_(std::move(page)) {
     const Byte* const p = page_.data();
-    if ((p[0] != kIndexLeafPage && p[0] != kIndexNodePage) || p[1] != 1) {
+    if (!IsPage(p, kIndexLeafPage) && !IsPage(p, kIndexNodePage)) {
         ThrowCorrupt("an index page has another type", number());
     }
     if (Load32(p + kIndexOwner) != owner) ThrowCorrupt("an index page belongs to another table", number());
-    leaf_ = p[0] == kIndexLeafPage;
+    leaf_ = p[kPageType] == kIndexLeafPage;
     prefix_ = Load16(p + kIndexPrefix);
     if (!page_.ends()) page_.KeepEnds(CheckedEnds());
     ends_ = page_.ends();
@@ -21,7 +21,7 @@ IndexPage::IndexPage(PageRef page, PageNo owner) : page_(std::move(page)) {
 
 std::shared_ptr<const EntryEnds> IndexPage::CheckedEnds() const {
     const Byte* const p = page_.data();
-    // A set bit stands where an entry ends. The end of the area itself has a bit too.
+    // A set bit marks the end of an entry, and the end of the area itself has a bit.
     constexpr std::size_t kBitmapBytes = kIndexArea / 8 + 1;
     std::array<std::uint16_t, 8 * kBitmapBytes> ends;
     std::size_t count = 0;
@@ -43,7 +43,7 @@ RowId IndexPage::Row(std::size_t entry) const {
 }
 
 PageNo IndexPage::Child(std::size_t entry) const {
-    return Load32Big(Area() + (*ends_)[entry] - 4);
+    return Load32Big(Area() + (*ends_)[entry] - kEntryChild);
 }
 
 Bytes IndexPage::Key(std::size_t entry) const {

@@ -7,7 +7,7 @@
 
 namespace jet {
 
-/// A place in an index's order: by key bytes, then by row.
+/// A position in an index's order: by key bytes, then by row.
 struct IndexPosition {
     ByteView key;
     RowId row;
@@ -16,7 +16,7 @@ struct IndexPosition {
 inline constexpr RowId kBeforeAllRows{0, 0};
 inline constexpr RowId kAfterAllRows{0xFFFFFF, 0xFF};
 
-/// One page of an index tree, its layout checked when made.
+/// One page of an index tree. Its layout is checked on construction.
 class IndexPage {
   public:
     /// Checks that `page` is an index page of the table defined on `owner`. Throws kCorrupt.
@@ -34,16 +34,16 @@ class IndexPage {
     PageNo Child(std::size_t entry) const;
     Bytes Key(std::size_t entry) const;
     std::strong_ordering Compare(std::size_t entry, const IndexPosition& position) const;
-    /// The first entry that is not before `position`; size() when there is none.
+    /// The first entry at or after `position`; size() if there is none.
     std::size_t LowerBound(const IndexPosition& position) const;
-    /// Where to go down for `position`; 0 for a node without children.
+    /// The child that leads to `position`; 0 if the node has no children.
     PageNo ChildFor(const IndexPosition& position) const;
 
   private:
     const Byte* Area() const { return page_.data() + kIndexEntries; }
     std::shared_ptr<const EntryEnds> CheckedEnds() const;
     std::size_t Start(std::size_t entry) const { return entry == 0 ? 0 : (*ends_)[entry - 1]; }
-    std::size_t Trailer() const { return leaf_ ? 4 : 8; }
+    std::size_t Trailer() const { return EntryTrailer(leaf_); }
 
     PageRef page_;
     bool leaf_ = true;

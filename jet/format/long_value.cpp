@@ -14,8 +14,8 @@ struct Cell {
 
 Cell ReadCell(const Pager& pager, ByteView cell, PageNo page) {
     if (cell.size() < kLongCell) ThrowCorrupt("a long value's cell is too short", page);
-    const std::uint32_t word = Load32(cell.data());
-    const Cell parts{word & kLongLength, word & ~kLongLength, Load32(cell.data() + 4)};
+    const std::uint32_t word = Load32(cell.data() + kLongWord);
+    const Cell parts{word & kLongLength, word & ~kLongLength, Load32(cell.data() + kLongPointer)};
     if (parts.length / kPageSize > pager.pageCount()) ThrowCorrupt("a long value is longer than the file", page);
     if (parts.kind == (kLongInline | kLongSingle)) ThrowCorrupt("a long value has an unknown form", page);
     if (parts.kind == kLongInline && cell.size() - kLongCell < parts.length) {
@@ -26,22 +26,22 @@ Cell ReadCell(const Pager& pager, ByteView cell, PageNo page) {
 
 ByteView LiveRow(const DataPage& page, RowId id) {
     const auto slot = page.Get(id.slot);
-    if (slot.flags != 0) ThrowCorrupt("a long value that is gone is referred to", id.page);
+    if (slot.flags != 0) ThrowCorrupt("a cell refers to a deleted long value", id.page);
     return slot.bytes;
 }
 
-/// Runs through the rows of a chain; each must bring the value forward, so a circle cannot last.
+/// Visits the rows of a chain. Each must add to the value, so a circle ends.
 template <typename Action>
 void EachChainRow(Pager& pager, const Cell& cell, const Action& action) {
-    constexpr std::size_t kNext = 4;
     std::size_t left = cell.length;
     std::uint32_t next = cell.pointer;
     while (next != 0) {
         const RowId id = RowIdFromPointer(next);
         const DataPage page = OpenDataPage(pager, id.page, kLongValueOwner);
         const ByteView row = LiveRow(page, id);
-        if (row.size() <= kNext || left == 0) ThrowCorrupt("a long value's chain does not fit its length", id.page);
-        const ByteView data = row.subspan(kNext, std::min(row.size() - kNext, left));
+        if (row.size() <= kChainData || left == 0)
+            ThrowCorrupt("a long value's chain does not fit its length", id.page);
+        const ByteView data = row.subspan(kChainData, std::min(row.size() - kChainData, left));
         action(id, data);
         left -= data.size();
         next = Load32(row.data());

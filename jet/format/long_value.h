@@ -5,10 +5,10 @@
 
 namespace jet {
 
-/// Reads a MEMO or OLE value from its cell, whichever way it is stored. Throws kCorrupt.
+/// Reads a MEMO or OLE value from its cell, in whichever of the three ways it is stored. Throws kCorrupt.
 Bytes ReadLongValue(Pager& pager, ByteView cell, PageNo page);
 
-/// The rows (outside the table's own) that a cell's value takes; empty when it stands inline. Throws kCorrupt.
+/// The long-value rows that hold a cell's value; empty if the value is inline. Throws kCorrupt.
 std::vector<RowId> LongValueRows(Pager& pager, ByteView cell, PageNo page);
 
 } // namespace jet

@@ -11,15 +11,16 @@
 namespace jet {
 
 RowView::RowView(const TableDef& def, ByteView row, PageNo page) : row_(row), page_(page) {
-    if (row.size() < 3) ThrowCorrupt("a row is too short", page);
-    columns_ = Load16(row.data());
-    const std::size_t maskSize = (columns_ + 7) / 8;
-    if (columns_ > def.maxColumns || row.size() < 2 + maskSize) ThrowCorrupt("a row has a wrong column count", page);
+    if (row.size() < kRowFixed + MaskSize(1)) ThrowCorrupt("a row is too short", page);
+    columns_ = Load16(row.data() + kRowColumns);
+    const std::size_t maskSize = MaskSize(columns_);
+    if (columns_ > def.maxColumns || row.size() < kRowFixed + maskSize)
+        ThrowCorrupt("a row has a wrong column count", page);
     maskStart_ = row.size() - maskSize;
     if (def.variableColumns == 0) return;
-    if (maskStart_ < 2 + 2 + 2) ThrowCorrupt("a row has no offset table", page);
-    variables_ = Load16(row.data() + maskStart_ - 2);
-    if (variables_ > def.variableColumns || maskStart_ < 2 + 4 + 2 * variables_) {
+    if (maskStart_ < kRowFixed + 2 * kRowOffset) ThrowCorrupt("a row has no offset table", page);
+    variables_ = Load16(row.data() + maskStart_ - kRowOffset);
+    if (variables_ > def.variableColumns || maskStart_ < kRowFixed + kRowOffset * (variables_ + 2)) {
         ThrowCorrupt("a row has a wrong offset table", page);
     }
 }
@@ -33,19 +34,20 @@ bool RowView::Flag(const Column& column) const {
 }
 
 std::optional<ByteView> RowView::Cell(const Column& column) const {
-    // The mask first: the offset table of a row older than the column is shorter.
+    // Test the mask first: a row older than the column has a shorter offset table.
     if (!MaskBit(column.number)) return std::nullopt;
     if (column.IsFixed()) {
-        const std::size_t start = std::size_t{2} + column.fixedOffset;
+        const std::size_t start = kRowFixed + column.fixedOffset;
         if (start + column.length > maskStart_) ThrowCorrupt("a row is shorter than its columns", page_);
         return row_.subspan(start, column.length);
     }
     if (column.variableIndex >= variables_) return std::nullopt;
-    const Byte* const table = row_.data() + maskStart_ - 4;
-    const std::size_t start = Load16(table - 2 * column.variableIndex);
-    const std::size_t end = Load16(table - 2 * (column.variableIndex + 1));
-    const std::size_t limit = maskStart_ - 4 - 2 * variables_;
-    if (start < 2 || start > end || end > limit) ThrowCorrupt("a cell lies outside its row", page_);
+    // The offsets run backwards from the number of variable columns.
+    const Byte* const table = row_.data() + maskStart_ - 2 * kRowOffset;
+    const std::size_t start = Load16(table - kRowOffset * column.variableIndex);
+    const std::size_t end = Load16(table - kRowOffset * (column.variableIndex + 1));
+    const std::size_t limit = maskStart_ - kRowOffset * (variables_ + 2);
+    if (start < kRowFixed || start > end || end > limit) ThrowCorrupt("a cell lies outside its row", page_);
     return row_.subspan(start, end - start);
 }
 
@@ -105,7 +107,7 @@ Value DecodeCell(const Column& column, ByteView stored, PageNo page) {
 namespace {
 
 [[noreturn]] void Mismatch(const Column& column) {
-    throw Error(ErrorCode::kTypeMismatch, "A value does not suit the column " + ToUtf8(column.name));
+    throw Error(ErrorCode::kTypeMismatch, "A value has the wrong type for the column " + ToUtf8(column.name));
 }
 
 std::int32_t WholeNumber(const Column& column, const Value& value) {
@@ -249,26 +251,27 @@ Bytes EncodeCell(const Column& column, const Value& value) {
     Mismatch(column);
 }
 
+std::size_t EmptyRowSize(const TableDef& def) {
+    return EmptyRowSize(def.fixedSize, def.variableColumns, def.maxColumns);
+}
+
 Bytes EncodeRow(const TableDef& def, const std::vector<std::optional<Bytes>>& cells) {
     const std::size_t variables = def.variableColumns;
-    const std::size_t maskSize = (std::size_t{def.maxColumns} + 7) / 8;
-    const std::size_t offsetsSize = variables > 0 ? 2 * variables + 4 : 0;
-    std::size_t size = 2 + def.fixedSize + offsetsSize + maskSize;
+    std::size_t size = EmptyRowSize(def);
     std::vector<const Bytes*> cellAt(variables); // by variable index
     for (std::size_t i = 0; i < def.columns.size(); ++i) {
         const Column& column = def.columns[i];
         if (!cells[i] || column.IsFixed() || column.type == ColumnType::kBoolean) continue;
-        if (column.variableIndex >= variables) ThrowCorrupt("a column has a wrong place", def.page);
+        if (column.variableIndex >= variables) ThrowCorrupt("a column has a wrong position", def.page);
         cellAt[column.variableIndex] = &*cells[i];
         size += cells[i]->size();
     }
-    // A relocated row leaves an address of four bytes behind, which must always find room.
-    const std::size_t padding = size < 4 ? 4 - size : 0;
     if (size > kMaxRow) throw Error(ErrorCode::kValueTooLong, "The record is too large");
 
-    Bytes row(size + padding);
-    Store16(row.data(), def.maxColumns);
-    Byte* const mask = row.data() + row.size() - maskSize;
+    // A row must have room for the pointer that replaces it when it is relocated.
+    Bytes row(std::max(size, kPointerSize));
+    Store16(row.data() + kRowColumns, def.maxColumns);
+    Byte* const mask = row.data() + row.size() - MaskSize(def.maxColumns);
     for (std::size_t i = 0; i < def.columns.size(); ++i) {
         const Column& column = def.columns[i];
         if (!cells[i]) continue;
@@ -276,21 +279,20 @@ Bytes EncodeRow(const TableDef& def, const std::vector<std::optional<Bytes>>& ce
         if (!isFalse) mask[column.number / 8] = static_cast<Byte>(mask[column.number / 8] | 1U << (column.number % 8));
         if (column.type == ColumnType::kBoolean || !column.IsFixed()) continue;
         std::copy_n(cells[i]->begin(), std::min<std::size_t>(cells[i]->size(), column.length),
-                    row.begin() + 2 + column.fixedOffset);
+                    row.begin() + static_cast<std::ptrdiff_t>(kRowFixed + column.fixedOffset));
     }
     if (variables == 0) return row;
-    // Cells one after another; behind them where they end and, from the last to the first, where they start.
-    std::size_t at = 2 + def.fixedSize;
-    Byte* offset = mask - 2;
+    std::size_t at = kRowFixed + def.fixedSize;
+    Byte* offset = mask - kRowOffset;
     Store16(offset, def.variableColumns);
     for (std::size_t k = 0; k < variables; ++k) {
-        offset -= 2;
+        offset -= kRowOffset;
         Store16(offset, static_cast<std::uint32_t>(at));
         if (!cellAt[k]) continue;
         std::copy(cellAt[k]->begin(), cellAt[k]->end(), row.begin() + static_cast<std::ptrdiff_t>(at));
         at += cellAt[k]->size();
     }
-    Store16(offset - 2, static_cast<std::uint32_t>(at));
+    Store16(offset - kRowOffset, static_cast<std::uint32_t>(at));
     return row;
 }
 

@@ -2,16 +2,14 @@
 
 #include "format/table_def.h"
 
-#include <optional>
-
 namespace jet {
 
-/// The stored bytes of a row's cells, checked once when made. The bytes must outlive it.
+/// The cells of a stored row. Checked on construction; the bytes must outlive it.
 class RowView {
   public:
-    /// Throws kCorrupt when the row contradicts its table's definition; `page` is for the message.
+    /// Throws kCorrupt if the row contradicts its table's definition. `page` is for the message.
     RowView(const TableDef& def, ByteView row, PageNo page);
-    /// A cell's stored bytes, or nothing for NULL. BOOLEAN cells are never NULL and have no bytes: see Flag.
+    /// A cell's stored bytes, or nothing for NULL. BOOLEAN cells are never NULL and have no bytes; use Flag.
     std::optional<ByteView> Cell(const Column& column) const;
     /// The value of a BOOLEAN column.
     bool Flag(const Column& column) const;
@@ -26,14 +24,17 @@ class RowView {
     std::size_t variables_ = 0;
 };
 
-/// A cell's value; not for MEMO and OLE. Throws kCorrupt when the bytes do not suit the type.
+/// A cell's value; not for MEMO and OLE. Throws kCorrupt if the bytes do not fit the type.
 Value DecodeCell(const Column& column, ByteView stored, PageNo page);
 
 /// The stored bytes of a value in the column's type (see Coerce); not for MEMO, OLE and NULL. BOOLEAN gives one byte, 0
 /// or 1. Throws kValueTooLong.
 Bytes EncodeCell(const Column& column, const Value& value);
 
-/// Lays out a row; `cells` by column position, nothing for NULL. Throws kValueTooLong when it does not fit a page.
+/// Bytes of a row in which every variable cell is empty.
+std::size_t EmptyRowSize(const TableDef& def);
+
+/// Lays out a row; `cells` by column position, nothing for NULL. Throws kValueTooLong if it does not fit on a page.
 Bytes EncodeRow(const TableDef& def, const std::vector<std::optional<Bytes>>& cells);
 
 /// `value` in the type that `column` stores (whole numbers into DOUBLE and the like). Throws kTypeMismatch.

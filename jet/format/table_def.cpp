@@ -8,9 +8,7 @@ namespace jet {
 namespace {
 
 constexpr std::size_t kMaxDefPages = 64;
-constexpr std::size_t kMaxColumns = 255;
-constexpr std::size_t kMaxIndexes = 255;
-constexpr std::uint16_t kNoColumn = 0xFFFF;
+constexpr std::size_t kMaxIndexesRead = 255; ///< other programs may exceed the documented limit
 
 /// The joined definition with checked reads.
 class Definition {
@@ -21,14 +19,14 @@ class Definition {
                 ThrowCorrupt("a table definition has no end", first);
             }
             const PageRef page = pager.Read(next);
-            if (page.data()[0] != kTableDefPage || page.data()[1] != 1) {
+            if (!IsPage(page.data(), kTableDefPage)) {
                 ThrowCorrupt("a table definition page has another type", next);
             }
-            AppendBytes(bytes_, ByteView(page.data(), kPageSize).subspan(pages_.empty() ? 0 : 8));
+            AppendBytes(bytes_, ByteView(page.data(), kPageSize).subspan(pages_.empty() ? 0 : kDefPageHead));
             pages_.push_back(next);
-            next = Load32(page.data() + 4);
+            next = Load32(page.data() + kDefNext);
         }
-        const std::uint32_t length = Load32(bytes_.data() + 8);
+        const std::uint32_t length = Load32(bytes_.data() + kDefLength);
         if (length > bytes_.size()) ThrowCorrupt("a table definition is cut off", first);
         if (length >= kDefCounters) bytes_.resize(length);
     }
@@ -40,12 +38,12 @@ class Definition {
         return bytes_.data() + offset;
     }
     std::u16string Name(std::size_t& offset) const {
-        const std::size_t size = Load16(At(offset, 2));
-        if (size % 2 != 0 || size > 2 * 64) ThrowCorrupt("a name in a table definition is too long", first_);
-        const Byte* const text = At(offset + 2, size);
+        const std::size_t size = Load16(At(offset, kNameText));
+        if (size % 2 != 0 || size > 2 * kMaxName) ThrowCorrupt("a name in a table definition is too long", first_);
+        const Byte* const text = At(offset + kNameText, size);
         std::u16string name(size / 2, u'\0');
         for (std::size_t i = 0; i < name.size(); ++i) name[i] = Load16(text + 2 * i);
-        offset += 2 + size;
+        offset += kNameText + size;
         return name;
     }
 
@@ -57,19 +55,19 @@ class Definition {
 
 Column ReadColumn(const Byte* record) {
     Column column;
-    column.type = static_cast<ColumnType>(record[0]);
-    column.number = Load16(record + 5);
-    column.variableIndex = Load16(record + 7);
+    column.type = static_cast<ColumnType>(record[kColumnType]);
+    column.number = Load16(record + kColumnNumber);
+    column.variableIndex = Load16(record + kColumnVariable);
     if (column.type == ColumnType::kNumeric) {
-        column.scale = record[12];
+        column.scale = record[kColumnScale];
     } else {
-        column.sortOrder = Load16(record + 11);
-        column.sortVersion = record[14];
+        column.sortOrder = Load16(record + kColumnSortOrder);
+        column.sortVersion = record[kColumnSortVersion];
     }
-    column.flags = record[15];
-    column.moreFlags = record[16];
-    column.fixedOffset = Load16(record + 21);
-    column.length = Load16(record + 23);
+    column.flags = record[kColumnFlags];
+    column.moreFlags = record[kColumnMoreFlags];
+    column.fixedOffset = Load16(record + kColumnFixedOffset);
+    column.length = Load16(record + kColumnLength);
     return column;
 }
 
@@ -79,8 +77,7 @@ void CheckColumns(TableDef& def) {
         if (column.number >= def.maxColumns || seen[column.number])
             ThrowCorrupt("a column has a wrong number", def.page);
         seen[column.number] = true;
-        if (column.type == ColumnType::kBoolean) continue;
-        if (!column.IsFixed()) continue;
+        if (column.type == ColumnType::kBoolean || !column.IsFixed()) continue;
         column.length = static_cast<std::uint16_t>(FixedSize(column.type, column.length));
         const std::size_t end = std::size_t{column.fixedOffset} + column.length;
         if (end > kPageSize) ThrowCorrupt("a column lies outside its row", def.page);
@@ -92,30 +89,30 @@ void CheckColumns(TableDef& def) {
 
 Index ReadIndex(const TableDef& def, const Byte* record) {
     Index index;
-    for (std::size_t i = 0; i < 10; ++i) {
-        const Byte* const part = record + 4 + 3 * i;
+    for (std::size_t i = 0; i < kMaxIndexColumns; ++i) {
+        const Byte* const part = record + kRealIndexColumns + kIndexColumnSize * i;
         const std::uint16_t number = Load16(part);
         if (number == kNoColumn) continue;
         const auto found = std::find_if(def.columns.begin(), def.columns.end(),
                                         [number](const Column& column) { return column.number == number; });
         if (found == def.columns.end()) ThrowCorrupt("an index has an unknown column", def.page);
-        index.columns.push_back({static_cast<std::size_t>(found - def.columns.begin()), (part[2] & 1) != 0});
+        index.columns.push_back(
+            {static_cast<std::size_t>(found - def.columns.begin()), (part[kIndexColumnOrder] & kAscending) != 0});
     }
     if (index.columns.empty()) ThrowCorrupt("an index has no columns", def.page);
-    index.ownedMap = Load32(record + 34);
-    index.root = Load32(record + 38);
-    index.flags = record[46];
+    index.ownedMap = Load32(record + kRealIndexMap);
+    index.root = Load32(record + kRealIndexRoot);
+    index.flags = record[kRealIndexFlags];
     return index;
 }
 
 void ReadLogicalIndexes(TableDef& def, const Definition& definition, std::size_t& offset, std::size_t count) {
-    constexpr Byte kPrimary = 1;
     std::vector<std::size_t> realOf(count);
     for (std::size_t i = 0; i < count; ++i) {
         const Byte* const record = definition.At(offset, kDefLogicalIndexSize);
-        realOf[i] = Load32(record + 8);
+        realOf[i] = Load32(record + kLogicalReal);
         if (realOf[i] >= def.indexes.size()) ThrowCorrupt("an index names an unknown tree", def.page);
-        if (record[23] == kPrimary) def.indexes[realOf[i]].primary = true;
+        if (record[kLogicalKind] == kPrimaryKey) def.indexes[realOf[i]].primary = true;
         offset += kDefLogicalIndexSize;
     }
     for (std::size_t i = 0; i < count; ++i) {
@@ -127,15 +124,15 @@ void ReadLogicalIndexes(TableDef& def, const Definition& definition, std::size_t
 
 void ReadLongMaps(TableDef& def, const Definition& definition, std::size_t offset) {
     for (std::size_t i = 0; i <= kMaxColumns; ++i) {
-        const std::uint16_t number = Load16(definition.At(offset, 2));
+        const std::uint16_t number = Load16(definition.At(offset, sizeof kNoColumn));
         if (number == kNoColumn) return;
-        const Byte* const record = definition.At(offset, 10);
+        const Byte* const record = definition.At(offset, kDefLongMapsSize);
         for (Column& column : def.columns) {
             if (column.number != number || !column.IsLong()) continue;
-            column.ownedMap = Load32(record + 2);
-            column.freeMap = Load32(record + 6);
+            column.ownedMap = Load32(record + kLongMapsOwned);
+            column.freeMap = Load32(record + kLongMapsFree);
         }
-        offset += 10;
+        offset += kDefLongMapsSize;
     }
     ThrowCorrupt("a table definition has too many long columns", def.page);
 }
@@ -179,7 +176,7 @@ TableDef ReadTableDef(Pager& pager, PageNo page) {
     def.page = page;
     def.pages = definition.pages();
     const Byte* const head = definition.At(0, kDefCounters);
-    def.system = head[40] == 0x53;
+    def.system = head[kDefKind] == kSystemTable;
     def.maxColumns = Load16(head + kDefMaxColumns);
     def.variableColumns = Load16(head + kDefVariableColumns);
     const std::size_t columns = Load16(head + kDefColumns);
@@ -187,7 +184,8 @@ TableDef ReadTableDef(Pager& pager, PageNo page) {
     const std::size_t real = Load32(head + kDefRealIndexes);
     def.ownedMap = Load32(head + kDefOwnedMap);
     def.freeMap = Load32(head + kDefFreeMap);
-    if (columns > kMaxColumns || real > kMaxIndexes || logical > kMaxIndexes || def.variableColumns > def.maxColumns) {
+    if (columns > kMaxColumns || real > kMaxIndexesRead || logical > kMaxIndexesRead ||
+        def.variableColumns > def.maxColumns) {
         ThrowCorrupt("a table definition has impossible counts", page);
     }
     std::size_t offset = kDefCounters + kDefCounterSize * real;

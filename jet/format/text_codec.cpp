@@ -11,7 +11,7 @@ constexpr char16_t kByteOrderMark = 0xFEFF;
 
 std::u16string DecodeCompressed(ByteView stored) {
     const Byte* const zero = std::find(stored.data() + 2, stored.data() + stored.size(), Byte{0});
-    std::u16string text(stored.data() + 2, zero); // most texts have no other part
+    std::u16string text(stored.data() + 2, zero); // most texts end here
     text.reserve(stored.size());
     bool narrow = true;
     for (auto i = static_cast<std::size_t>(zero - stored.data()); i < stored.size();) {
@@ -56,36 +56,6 @@ Bytes EncodeText(std::u16string_view text, bool compress) {
     stored.resize(2 * text.size());
     for (std::size_t i = 0; i < text.size(); ++i) Store16(stored.data() + 2 * i, text[i]);
     return stored;
-}
-
-std::string ToUtf8(std::u16string_view text) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        char32_t c = text[i];
-        const bool high = c >= 0xD800 && c < 0xDC00;
-        if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
-            c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00U);
-        } else if (c >= 0xD800 && c < 0xE000) {
-            c = 0xFFFD;
-        }
-        const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
-        if (c < 0x80) {
-            put(c);
-        } else if (c < 0x800) {
-            put(0xC0 | c >> 6);
-            put(0x80 | (c & 0x3F));
-        } else if (c < 0x10000) {
-            put(0xE0 | c >> 12);
-            put(0x80 | (c >> 6 & 0x3F));
-            put(0x80 | (c & 0x3F));
-        } else {
-            put(0xF0 | c >> 18);
-            put(0x80 | (c >> 12 & 0x3F));
-            put(0x80 | (c >> 6 & 0x3F));
-            put(0x80 | (c & 0x3F));
-        }
-    }
-    return out;
 }
 
 } // namespace jet

@@ -9,203 +9,215 @@
 namespace jet {
 namespace {
 
-constexpr Byte kInlineMap = 0;
-constexpr Byte kReferenceMap = 1;
-constexpr std::size_t kInlineBits = 5;
-constexpr std::size_t kBitmapStart = 4;
-
-/// A page of map rows has owner 0, the global one 1.
 DataPage OpenMapPage(Pager& pager, PageNo number) {
-    return OpenDataPage(pager, number, number == kGlobalMapPage ? 1U : 0U);
+    return OpenDataPage(pager, number, number == kGlobalMapPage ? kGlobalMapOwner : kMapPageOwner);
 }
 
 PageRef OpenBitmapPage(Pager& pager, PageNo number) {
     PageRef page = pager.Read(number);
-    if (page.data()[0] != kBitmapPage) ThrowCorrupt("a map's bitmap page has another type", number);
+    if (page.data()[kPageType] != kBitmapPage) ThrowCorrupt("a map's bitmap page has another type", number);
     return page;
 }
 
-bool TestBit(const Byte* bitmap, std::size_t bit) {
-    return (bitmap[bit / 8] >> (bit % 8) & 1) != 0;
-}
-void SetBit(Byte* bitmap, std::size_t bit) {
-    bitmap[bit / 8] = static_cast<Byte>(bitmap[bit / 8] | 1U << (bit % 8));
-}
-void ClearBit(Byte* bitmap, std::size_t bit) {
-    bitmap[bit / 8] = static_cast<Byte>(bitmap[bit / 8] & ~(1U << (bit % 8)));
+ByteView BitmapOf(const PageRef& page) {
+    return {page.data() + kBitmapStart, kBitmapSize};
 }
 
-/// The map row's bytes for changing. The row has been read, and so checked, before.
-Byte* EditRow(const PageEdit& page, unsigned slot) {
-    return page.edit() + (Load16(page.data() + kDataSlots + 2 * slot) & kSlotStart);
+bool TestBit(ByteView bitmap, std::size_t bit) {
+    return (bitmap[bit / 8] >> (bit % 8) & 1) != 0;
+}
+
+void ChangeBit(Byte* bitmap, std::size_t bit, bool set) {
+    const unsigned mask = 1U << (bit % 8);
+    bitmap[bit / 8] = static_cast<Byte>(set ? bitmap[bit / 8] | mask : bitmap[bit / 8] & ~mask);
+}
+
+/// The highest set bit below `bits`; nothing if there is none.
+std::optional<std::size_t> HighestBit(ByteView bitmap, std::size_t bits) {
+    while (bits > 0) {
+        if (bits % 64 == 0 && Load64(bitmap.data() + bits / 8 - 8) == 0) {
+            bits -= 64;
+            continue;
+        }
+        const std::size_t i = (bits - 1) / 8;
+        const unsigned keep = bits % 8 == 0 ? 0xFFU : (1U << (bits % 8)) - 1;
+        const unsigned byte = bitmap[i] & keep;
+        if (byte != 0) return 8 * i + static_cast<std::size_t>(std::bit_width(byte)) - 1;
+        bits = i * 8;
+    }
+    return std::nullopt;
 }
 
 } // namespace
 
-/// The row, checked for a form that can be used.
-UsageMap::MapRow UsageMap::Row() const {
-    if (!exists()) return {};
+/// The row, checked; nothing for a map without a row.
+std::optional<UsageMap::Row> UsageMap::Read() const {
+    if (!exists()) return std::nullopt;
     const DataPage page = OpenMapPage(*pager_, at_.page);
     const auto slot = page.Get(at_.slot);
-    if (slot.flags != 0 || slot.bytes.size() < kInlineBits) ThrowCorrupt("a usage map is not a map", at_.page);
-    if (slot.bytes[0] > kReferenceMap) ThrowCorrupt("a usage map has an unknown form", at_.page);
-    if (slot.bytes[0] == kInlineMap && Load32(slot.bytes.data() + 1) > kMaxPages) {
-        ThrowCorrupt("a usage map starts past the end", at_.page);
+    if (slot.flags != 0 || slot.bytes.size() < kMapBits) ThrowCorrupt("a usage map is not a map", at_.page);
+    if (slot.bytes[kMapKind] > kReferenceMap) ThrowCorrupt("a usage map has an unknown form", at_.page);
+    Row row{page.page(), slot.bytes};
+    if (row.isInline() && row.base() > kMaxPages) ThrowCorrupt("a usage map starts past the end", at_.page);
+    return row;
+}
+
+/// The row's bytes for changing. The caller has called Read, which checked the slot.
+Byte* UsageMap::EditRow(const PageEdit& page) const {
+    return page.edit() + (Load16(page.data() + SlotOffset(at_.slot)) & kSlotStart);
+}
+
+template <typename Action>
+void UsageMap::EachPage(const Action& action) const {
+    const auto row = Read();
+    if (!row) return;
+    const auto visit = [&action](ByteView bitmap, PageNo base) {
+        EachBit(bitmap, [&](std::size_t bit) { action(base + static_cast<PageNo>(bit)); });
+    };
+    if (row->isInline()) {
+        visit(row->bitmap(), row->base());
+        return;
     }
-    return {page.page(), slot.bytes};
+    for (std::size_t k = 0; k < row->references(); ++k) {
+        const PageNo reference = row->Reference(k);
+        if (reference == 0) continue;
+        const PageRef page = OpenBitmapPage(*pager_, reference);
+        visit(BitmapOf(page), static_cast<PageNo>(k) * kBitmapPageBits);
+    }
 }
 
 std::vector<PageNo> UsageMap::Pages() const {
     std::vector<PageNo> pages;
-    const MapRow held = Row();
-    const ByteView row = held.bytes;
-    if (row.empty()) return pages;
     const PageNo limit = pager_->pageCount();
-    const auto add = [&](ByteView bitmap, PageNo base) {
-        EachBit(bitmap, [&](std::size_t bit) {
-            const PageNo page = base + static_cast<PageNo>(bit);
-            if (page >= limit) ThrowCorrupt("a table owns a page past the end of the file", page);
-            pages.push_back(page);
-        });
-    };
-    if (row[0] == kInlineMap) {
-        add(row.subspan(kInlineBits), Load32(row.data() + 1));
-        return pages;
-    }
-    for (std::size_t k = 0; 1 + 4 * k + 4 <= row.size(); ++k) {
-        const PageNo reference = Load32(row.data() + 1 + 4 * k);
-        if (reference == 0) continue;
-        const PageRef bitmap = OpenBitmapPage(*pager_, reference);
-        add(ByteView(bitmap.data() + kBitmapStart, kPageSize - kBitmapStart), static_cast<PageNo>(k) * kBitmapPageBits);
-    }
+    EachPage([&](PageNo page) {
+        if (page >= limit) ThrowCorrupt("a table owns a page past the end of the file", page);
+        pages.push_back(page);
+    });
+    return pages;
+}
+
+std::vector<PageNo> UsageMap::PagesInFile() const {
+    std::vector<PageNo> pages;
+    const PageNo limit = pager_->pageCount();
+    EachPage([&](PageNo page) {
+        if (page < limit) pages.push_back(page);
+    });
     return pages;
 }
 
 std::vector<PageNo> UsageMap::BitmapPages() const {
     std::vector<PageNo> pages;
-    const MapRow held = Row();
-    const ByteView row = held.bytes;
-    if (row.empty() || row[0] == kInlineMap) return pages;
-    for (std::size_t k = 0; 1 + 4 * k + 4 <= row.size(); ++k) {
-        if (const PageNo reference = Load32(row.data() + 1 + 4 * k); reference != 0) pages.push_back(reference);
+    const auto row = Read();
+    if (!row || row->isInline()) return pages;
+    for (std::size_t k = 0; k < row->references(); ++k) {
+        if (const PageNo reference = row->Reference(k); reference != 0) pages.push_back(reference);
     }
     return pages;
 }
 
+bool UsageMap::isInline() const {
+    const auto row = Read();
+    return row && row->isInline();
+}
+
+bool UsageMap::Precedes(PageNo page) const {
+    const auto row = Read();
+    return row && row->isInline() && page < row->base();
+}
+
 bool UsageMap::Contains(PageNo page) const {
-    const MapRow held = Row();
-    const ByteView row = held.bytes;
-    if (row.empty()) return false;
-    if (row[0] == kInlineMap) {
-        const PageNo base = Load32(row.data() + 1);
-        return page >= base && page - base < (row.size() - kInlineBits) * 8 &&
-               TestBit(row.data() + kInlineBits, page - base);
-    }
-    const std::size_t k = page / kBitmapPageBits;
-    if (1 + 4 * k + 4 > row.size()) return false;
-    const PageNo reference = Load32(row.data() + 1 + 4 * k);
-    if (reference == 0) return false;
-    const PageRef bitmap = OpenBitmapPage(*pager_, reference);
-    return TestBit(bitmap.data() + kBitmapStart, page % kBitmapPageBits);
+    const auto row = Read();
+    if (!row) return false;
+    if (row->isInline()) return row->Covers(page) && TestBit(row->bitmap(), page - row->base());
+    const PageNo reference = row->ReferenceFor(page);
+    return reference != 0 && TestBit(BitmapOf(OpenBitmapPage(*pager_, reference)), page % kBitmapPageBits);
 }
 
 PageNo UsageMap::HighestBelow(PageNo below) const {
-    const MapRow held = Row();
-    const ByteView row = held.bytes;
-    if (row.empty()) return 0;
-    const auto highest = [&](const Byte* bitmap, std::size_t size, PageNo base) -> PageNo {
+    const auto row = Read();
+    if (!row) return 0;
+    const auto highest = [below](ByteView bitmap, PageNo base) -> PageNo {
         if (below <= base) return 0;
-        std::size_t bits = std::min<std::size_t>(size * 8, below - base);
-        while (bits > 0) {
-            if (bits % 64 == 0 && Load64(bitmap + bits / 8 - 8) == 0) {
-                bits -= 64;
-                continue;
-            }
-            const std::size_t i = (bits - 1) / 8;
-            const unsigned keep = bits % 8 == 0 ? 0xFFU : (1U << (bits % 8)) - 1;
-            const unsigned byte = bitmap[i] & keep;
-            if (byte != 0)
-                return base + static_cast<PageNo>(8 * i + static_cast<std::size_t>(std::bit_width(byte)) - 1);
-            bits = i * 8;
-        }
-        return 0;
+        const auto bit = HighestBit(bitmap, std::min<std::size_t>(bitmap.size() * 8, below - base));
+        return bit ? base + static_cast<PageNo>(*bit) : 0;
     };
-    if (row[0] == kInlineMap)
-        return highest(row.data() + kInlineBits, row.size() - kInlineBits, Load32(row.data() + 1));
-    for (std::size_t k = (row.size() - 1) / 4; k-- > 0;) {
-        const PageNo reference = Load32(row.data() + 1 + 4 * k);
+    if (row->isInline()) return highest(row->bitmap(), row->base());
+    for (std::size_t k = row->references(); k-- > 0;) {
+        const PageNo reference = row->Reference(k);
         if (reference == 0) continue;
-        const PageRef bitmap = OpenBitmapPage(*pager_, reference);
-        const PageNo found =
-            highest(bitmap.data() + kBitmapStart, kPageSize - kBitmapStart, static_cast<PageNo>(k) * kBitmapPageBits);
-        if (found != 0) return found;
+        const PageRef page = OpenBitmapPage(*pager_, reference);
+        if (const PageNo found = highest(BitmapOf(page), static_cast<PageNo>(k) * kBitmapPageBits); found != 0)
+            return found;
     }
     return 0;
 }
 
+bool UsageMap::Change(PageNo page, bool member) {
+    const auto row = Read();
+    if (!row) return false;
+    if (row->isInline()) {
+        if (!row->Covers(page)) return false;
+        const PageNo bit = page - row->base();
+        ChangeBit(EditRow(pager_->Edit(at_.page)) + kMapBits, bit, member);
+        return true;
+    }
+    const PageNo reference = row->ReferenceFor(page);
+    if (reference == 0) return false;
+    OpenBitmapPage(*pager_, reference);
+    ChangeBit(pager_->Edit(reference).edit() + kBitmapStart, page % kBitmapPageBits, member);
+    return true;
+}
+
+void UsageMap::Attach(PageNo page, PageNo bitmap) {
+    const std::size_t k = page / kBitmapPageBits;
+    const auto row = Read();
+    if (!row || row->isInline() || k >= row->references()) {
+        ThrowCorrupt("a usage map is too short for its file", at_.page);
+    }
+    Store32(EditRow(pager_->Edit(at_.page)) + kMapReferences + kMapReferenceSize * k, bitmap);
+}
+
+/// Every dword after the kind is read as a reference, so the whole row is cleared.
+void UsageMap::ResetToReferences() {
+    const auto row = Read();
+    if (!row) return;
+    const std::size_t size = row->bytes.size();
+    Byte* const bytes = EditRow(pager_->Edit(at_.page));
+    std::fill_n(bytes, size, Byte{0});
+    bytes[kMapKind] = kReferenceMap;
+}
+
 void UsageMap::Add(PageNo page, const NewPage& newPage) {
-    const MapRow held = Row();
-    const ByteView row = held.bytes;
-    if (row.empty()) return;
-    if (row[0] == kReferenceMap) {
-        const std::size_t k = page / kBitmapPageBits;
-        if (1 + 4 * k + 4 > row.size()) ThrowCorrupt("a usage map is too short for its file", at_.page);
-        PageNo reference = Load32(row.data() + 1 + 4 * k);
-        if (reference == 0) {
-            const PageEdit bitmap = newPage();
-            bitmap.edit()[0] = kBitmapPage;
-            bitmap.edit()[1] = 1;
-            reference = bitmap.number();
-            const PageEdit map = pager_->Edit(at_.page);
-            Store32(EditRow(map, at_.slot) + 1 + 4 * k, reference);
-        }
-        OpenBitmapPage(*pager_, reference);
-        SetBit(pager_->Edit(reference).edit() + kBitmapStart, page % kBitmapPageBits);
+    if (!exists() || Change(page, true)) return;
+    if (const auto row = Read(); row->isInline()) {
+        Rebase(*row, page, newPage);
         return;
     }
-    const PageNo base = Load32(row.data() + 1);
-    const std::size_t bits = (row.size() - kInlineBits) * 8;
-    if (page >= base && page - base < bits) {
-        SetBit(EditRow(pager_->Edit(at_.page), at_.slot) + kInlineBits, page - base);
-        return;
-    }
+    const PageEdit bitmap = newPage();
+    MarkPage(bitmap.edit(), kBitmapPage);
+    Attach(page, bitmap.number());
+    Change(page, true);
+}
+
+/// Moves an inline map's base so that it covers `page`, or gives the map bitmap pages if its pages are too far apart.
+void UsageMap::Rebase(const Row& row, PageNo page, const NewPage& newPage) {
     std::vector<PageNo> pages = Pages();
     pages.push_back(page);
     const auto [low, high] = std::minmax_element(pages.begin(), pages.end());
-    const PageNo newBase = *low & ~PageNo{7};
-    if (*high - newBase >= bits) {
-        Convert(pages, newPage);
+    const PageNo base = *low / kMapBaseUnit * kMapBaseUnit;
+    if (*high - base >= row.bitmap().size() * 8) {
+        ResetToReferences();
+        for (const PageNo p : pages) Add(p, newPage);
         return;
     }
-    const PageEdit map = pager_->Edit(at_.page);
-    Byte* const bytes = EditRow(map, at_.slot);
-    std::fill_n(bytes, row.size(), Byte{0});
-    Store32(bytes + 1, newBase);
-    for (const PageNo p : pages) SetBit(bytes + kInlineBits, p - newBase);
-}
-
-/// Every dword after the type byte is read as a reference, so the whole row is cleared first.
-void UsageMap::Convert(const std::vector<PageNo>& pages, const NewPage& newPage) {
-    const std::size_t size = Row().bytes.size();
-    {
-        const PageEdit map = pager_->Edit(at_.page);
-        Byte* const bytes = EditRow(map, at_.slot);
-        std::fill_n(bytes, size, Byte{0});
-        bytes[0] = kReferenceMap;
-    }
-    for (const PageNo page : pages) Add(page, newPage);
+    Byte* const bytes = EditRow(pager_->Edit(at_.page));
+    std::fill_n(bytes, row.bytes.size(), Byte{0});
+    Store32(bytes + kMapBase, base);
+    for (const PageNo p : pages) ChangeBit(bytes + kMapBits, p - base, true);
 }
 
 void UsageMap::Remove(PageNo page) {
-    const MapRow held = Row();
-    const ByteView row = held.bytes;
-    if (row.empty() || !Contains(page)) return;
-    if (row[0] == kInlineMap) {
-        ClearBit(EditRow(pager_->Edit(at_.page), at_.slot) + kInlineBits, page - Load32(row.data() + 1));
-        return;
-    }
-    const PageNo reference = Load32(row.data() + 1 + 4 * (page / kBitmapPageBits));
-    ClearBit(pager_->Edit(reference).edit() + kBitmapStart, page % kBitmapPageBits);
+    if (Contains(page)) Change(page, false);
 }
 
 } // namespace jet

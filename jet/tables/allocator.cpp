@@ -1,44 +1,10 @@
 #include "tables/allocator.h"
 
-#include "format/data_page.h"
 #include "jet/error.h"
 
 #include <algorithm>
 
 namespace jet {
-namespace {
-
-constexpr Byte kReferenceMap = 1;
-constexpr std::size_t kBitmapStart = 4;
-
-/// The global map: row 0 of page 1. A set bit is a free page.
-struct GlobalMap {
-    Bytes row;
-    std::size_t start; ///< of the row in its page
-
-    explicit GlobalMap(Pager& pager) {
-        const DataPage page = OpenDataPage(pager, kGlobalMapPage, 1);
-        const auto slot = page.Get(0);
-        if (slot.flags != 0 || slot.bytes.size() < 9 || slot.bytes[0] > kReferenceMap) {
-            ThrowCorrupt("the map of free pages is not a map", kGlobalMapPage);
-        }
-        row.assign(slot.bytes.begin(), slot.bytes.end());
-        start = static_cast<std::size_t>(slot.bytes.data() - page.page().data());
-    }
-    bool IsInline() const { return row[0] == 0; }
-    PageNo Base() const { return Load32(row.data() + 1); }
-    std::size_t Bits() const { return (row.size() - 5) * 8; }
-    std::size_t Ranges() const { return (row.size() - 1) / 4; }
-    PageNo Reference(std::size_t range) const { return Load32(row.data() + 1 + 4 * range); }
-    bool Covers(PageNo page) const { return page >= Base() && page - Base() < Bits(); }
-};
-
-void ChangeBit(Byte* bitmap, std::size_t bit, bool set) {
-    const unsigned mask = 1U << (bit % 8);
-    bitmap[bit / 8] = static_cast<Byte>(set ? bitmap[bit / 8] | mask : bitmap[bit / 8] & ~mask);
-}
-
-} // namespace
 
 void Allocator::LoadFreePages() {
     if (rollbacks_ != pager_->rollbacks()) {
@@ -47,30 +13,8 @@ void Allocator::LoadFreePages() {
     }
     if (free_) return;
     std::set<PageNo> free;
-    const GlobalMap map(*pager_);
-    const PageNo end = pager_->pageCount();
-    if (map.IsInline()) {
-        for (PageNo page = std::max<PageNo>(map.Base(), kCatalogPage + 1); page < end; ++page) {
-            if (!map.Covers(page)) break;
-            const std::size_t bit = page - map.Base();
-            if ((map.row[5 + bit / 8] >> (bit % 8) & 1) != 0) free.insert(page);
-        }
-    } else {
-        for (std::size_t range = 0; range < map.Ranges(); ++range) {
-            const PageNo reference = map.Reference(range);
-            if (reference == 0) continue;
-            const PageRef bitmap = pager_->Read(reference);
-            const PageNo first = static_cast<PageNo>(range) * kBitmapPageBits;
-            for (PageNo page = first; page < end && page - first < kBitmapPageBits; ++page) {
-                const std::size_t bit = page - first;
-                if (bit % 8 == 0 && bitmap.data()[kBitmapStart + bit / 8] == 0) {
-                    page += 7;
-                    continue;
-                }
-                if (page > kCatalogPage && (bitmap.data()[kBitmapStart + bit / 8] >> (bit % 8) & 1) != 0)
-                    free.insert(page);
-            }
-        }
+    for (const PageNo page : FreeMap().PagesInFile()) {
+        if (page > kCatalogPage) free.insert(free.end(), page);
     }
     if (!free.empty()) {
         for (const PageNo page : claimed_()) free.erase(page);
@@ -96,79 +40,47 @@ void Allocator::Free(PageNo number) {
     LoadFreePages();
     {
         const PageEdit page = pager_->Edit(number);
-        page.edit()[0] = static_cast<Byte>(page.edit()[0] | kFreedPageBit);
+        page.edit()[kPageType] = static_cast<Byte>(page.edit()[kPageType] | kFreedPageBit);
     }
-    if (MarkFree(number)) free_->insert(number);
-}
-
-/// A reference of 0 makes a whole range free; its bitmap is appended when the file grows into it, past the allocator.
-PageNo Allocator::AddBitmap(std::size_t range) {
-    const GlobalMap map(*pager_);
-    if (range >= map.Ranges()) ThrowCorrupt("the map of free pages is too short for its file", kGlobalMapPage);
-    PageNo number = 0;
-    {
-        const PageEdit bitmap = pager_->Append();
-        std::fill_n(bitmap.edit(), kPageSize, Byte{0xFF});
-        Store32(bitmap.edit(), kBitmapPage | 0x100U);
-        number = bitmap.number();
-    }
-    Store32(pager_->Edit(kGlobalMapPage).edit() + map.start + 1 + 4 * range, number);
-    MarkUsed(number);
-    return number;
-}
-
-/// Turns the inline form into the one with bitmap pages, for a file that has outgrown it.
-void Allocator::ConvertMap() {
-    const GlobalMap map(*pager_);
-    const PageNo end = pager_->pageCount();
-    std::vector<PageNo> used;
-    for (PageNo page = 0; page < end; ++page) {
-        const std::size_t bit = page - map.Base();
-        const bool isFree = page >= map.Base() && bit < map.Bits() && (map.row[5 + bit / 8] >> (bit % 8) & 1) != 0;
-        if (!isFree) used.push_back(page);
-    }
-    {
-        const PageEdit page = pager_->Edit(kGlobalMapPage);
-        std::fill_n(page.edit() + map.start, map.row.size(), Byte{0});
-        page.edit()[map.start] = kReferenceMap;
-    }
-    for (const PageNo page : used) MarkUsed(page);
+    // A page that the map does not cover stays unused for ever, which is harmless.
+    if (FreeMap().Change(number, true)) free_->insert(number);
 }
 
 void Allocator::MarkUsed(PageNo page) {
-    const GlobalMap map(*pager_);
-    if (map.IsInline()) {
-        if (page < map.Base()) return;
-        if (!map.Covers(page)) {
-            ConvertMap();
-            return; // every page inside the file that was not marked free is used now, this one included
-        }
-        ChangeBit(pager_->Edit(kGlobalMapPage).edit() + map.start + 5, page - map.Base(), false);
-        return;
+    UsageMap map = FreeMap();
+    if (map.Change(page, false)) return;
+    if (!map.isInline()) {
+        AddBitmap(page);
+        FreeMap().Change(page, false);
+    } else if (!map.Precedes(page)) {
+        ConvertMap();
     }
-    const std::size_t range = page / kBitmapPageBits;
-    if (range >= map.Ranges()) ThrowCorrupt("the map of free pages is too short for its file", kGlobalMapPage);
-    PageNo reference = map.Reference(range);
-    if (reference == 0) reference = AddBitmap(range);
-    const PageEdit bitmap = pager_->Edit(reference);
-    if (bitmap.data()[0] != kBitmapPage) ThrowCorrupt("a map's bitmap page has another type", reference);
-    ChangeBit(bitmap.edit() + kBitmapStart, page % kBitmapPageBits, false);
 }
 
-/// False for a page that the map does not cover: it stays unused for ever, which harms nobody.
-bool Allocator::MarkFree(PageNo page) {
-    const GlobalMap map(*pager_);
-    if (map.IsInline()) {
-        if (!map.Covers(page)) return false;
-        ChangeBit(pager_->Edit(kGlobalMapPage).edit() + map.start + 5, page - map.Base(), true);
-        return true;
+/// A missing bitmap makes its whole range of pages free. It is added when the file grows into that range; its own page
+/// is appended, since asking for a free page would need the bitmap.
+void Allocator::AddBitmap(PageNo page) {
+    PageNo number = 0;
+    {
+        const PageEdit bitmap = pager_->Append();
+        std::fill_n(bitmap.edit() + kBitmapStart, kBitmapSize, Byte{0xFF});
+        MarkPage(bitmap.edit(), kBitmapPage);
+        number = bitmap.number();
     }
-    const std::size_t range = page / kBitmapPageBits;
-    if (range >= map.Ranges() || map.Reference(range) == 0) return false;
-    const PageEdit bitmap = pager_->Edit(map.Reference(range));
-    if (bitmap.data()[0] != kBitmapPage) ThrowCorrupt("a map's bitmap page has another type", bitmap.number());
-    ChangeBit(bitmap.edit() + kBitmapStart, page % kBitmapPageBits, true);
-    return true;
+    FreeMap().Attach(page, number);
+    MarkUsed(number);
+}
+
+/// Gives the map bitmap pages when the file has outgrown the inline form. Pages inside the file that were not marked
+/// as free are in use; those past the old bitmap have just been appended.
+void Allocator::ConvertMap() {
+    UsageMap map = FreeMap();
+    const std::vector<PageNo> free = map.PagesInFile();
+    const PageNo end = pager_->pageCount();
+    map.ResetToReferences();
+    for (PageNo page = 0; page < end; ++page) {
+        if (!std::binary_search(free.begin(), free.end(), page)) MarkUsed(page);
+    }
 }
 
 } // namespace jet

@@ -4,11 +4,13 @@
 
 namespace jet {
 
-IndexPage DescendIndex(Pager& pager, PageNo owner, PageNo root, const IndexPosition& position) {
+IndexPage DescendIndex(Pager& pager, PageNo owner, PageNo root, const IndexPosition& position,
+                       std::vector<PageNo>* path) {
     PageNo at = root;
     for (unsigned depth = 0; depth < kMaxIndexDepth; ++depth) {
         IndexPage page(pager.Read(at), owner);
         if (page.isLeaf()) return page;
+        if (path) path->push_back(at);
         at = page.ChildFor(position);
         if (at == 0) ThrowCorrupt("an index node has no children", page.number());
     }

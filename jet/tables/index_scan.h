@@ -7,11 +7,11 @@
 
 namespace jet {
 
-/// Runs over an index's entries in order. Checks the links and the order from page to page, so that a damaged tree ends
-/// in kCorrupt and never in a circle.
+/// Visits an index's entries in order. Checks the links and the order from page to page, so that a damaged tree gives
+/// kCorrupt and never an endless walk.
 class IndexScan {
   public:
-    /// Stands before the first entry that is not before `from`.
+    /// Starts before the first entry at or after `from`.
     IndexScan(Pager& pager, PageNo owner, PageNo root, const IndexPosition& from);
 
     /// Moves to the next entry; false at the end.
@@ -19,7 +19,7 @@ class IndexScan {
     RowId Row() const { return page_->Row(entry_); }
     Bytes Key() const { return page_->Key(entry_); }
     std::strong_ordering Compare(const IndexPosition& position) const { return page_->Compare(entry_, position); }
-    /// Adds the rows of all entries before `to`, from the present place on.
+    /// Appends the rows of the entries from the current position up to `to`, `limit` rows at most or a page more.
     void Collect(const IndexPosition& to, std::vector<RowId>& rows, std::size_t limit);
 
   private:
@@ -32,7 +32,8 @@ class IndexScan {
     bool started_ = false;
 };
 
-/// The leaf in which `position` belongs.
-IndexPage DescendIndex(Pager& pager, PageNo owner, PageNo root, const IndexPosition& position);
+/// The leaf to which `position` belongs. `path`, if not null, receives the nodes above it, the root first.
+IndexPage DescendIndex(Pager& pager, PageNo owner, PageNo root, const IndexPosition& position,
+                       std::vector<PageNo>* path = nullptr);
 
 } // namespace jet

@@ -1,62 +1,37 @@
 #pragma once
 
-#include "format/index_page.h"
 #include "format/table_def.h"
 #include "tables/allocator.h"
+#include "tables/index_scan.h"
 
 namespace jet {
 
-/// Changes one index's tree. All calls need an open statement but HasOther.
+/// Changes one index's tree. Changes need an open statement.
 class IndexTree {
   public:
     IndexTree(Pager& pager, Allocator& allocator, const TableDef& def, const Index& index)
-        : pager_(&pager), allocator_(&allocator), def_(&def), index_(&index), owned_(pager, index.ownedMap) {}
+        : pager_(&pager), allocator_(&allocator), def_(&def), index_(&index) {}
 
     /// Whether a row other than `except` has this key.
     bool HasOther(ByteView key, RowId except) const;
-    /// Adds an entry that is not there yet. Throws kValueTooLong for a key no page could hold twice.
+    /// Adds an entry. Throws kValueTooLong if the key is so long that a page could not hold two, kCorrupt if the entry
+    /// exists already.
     void Insert(const Bytes& key, RowId row);
-    /// Removes a row's entry. Throws kCorrupt when there is none.
+    /// Removes a row's entry. Throws kCorrupt if there is none.
     void Remove(const Bytes& key, RowId row);
 
   private:
-    struct Entry {
-        Bytes key;
-        RowId row;
-        PageNo child = 0;
-    };
-    /// A page in a form that is easy to change.
-    struct Node {
-        PageNo number = 0;
-        bool leaf = true;
-        PageNo previous = 0;
-        PageNo next = 0;
-        PageNo tail = 0;
-        std::vector<Entry> entries;
-    };
-
-    IndexPage Open(PageNo page) const { return IndexPage(pager_->Read(page), def_->page); }
-    IndexPage Descend(const IndexPosition& position, std::vector<PageNo>& path) const;
+    IndexPage Descend(const IndexPosition& position, std::vector<PageNo>& path) const {
+        return DescendIndex(*pager_, def_->page, index_->root, position, &path);
+    }
     bool IsAlwaysLast(const IndexPage& page, const std::vector<PageNo>& path) const;
-    bool InsertInPlace(const IndexPage& page, std::size_t at, const Bytes& key, RowId row);
-    bool RemoveInPlace(const IndexPage& page, std::size_t at);
+    Bytes StoredKey(RowId row) const;
     void RemoveEntry(const IndexPage& page, std::size_t at, std::vector<PageNo> path);
-
-    Node Load(PageNo page) const;
-    void Store(const Node& node);
-    Node NewNode(bool leaf);
-    Entry LastOf(const Node& node) const;
-    void SetNext(PageNo page, PageNo next);
-    void SetPrevious(PageNo page, PageNo previous);
-    void Settle(std::vector<PageNo> path, Node node, bool lastChanged, bool appended);
-    Entry Split(Node& node, bool appended);
-    void RemovePage(const Node& node);
 
     Pager* pager_;
     Allocator* allocator_;
     const TableDef* def_;
     const Index* index_;
-    UsageMap owned_;
 };
 
 } // namespace jet

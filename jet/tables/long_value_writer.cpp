@@ -15,13 +15,12 @@ RowSpace SpaceOf(Pager& pager, Allocator& allocator, const Column& column) {
 } // namespace
 
 Bytes WriteLongValue(Pager& pager, Allocator& allocator, const Column& column, ByteView value, bool mayInline) {
-    constexpr std::size_t kChunk = kMaxLongRow - 4;
-    if (value.size() > kLongLength) throw Error(ErrorCode::kValueTooLong, "A long text or picture is too long");
+    if (value.size() > kLongLength) throw Error(ErrorCode::kValueTooLong, "A MEMO or OLE value is too long");
     const std::uint32_t length = static_cast<std::uint32_t>(value.size());
     const bool isInline = mayInline && value.size() <= kMaxInlineLong;
     Bytes cell(kLongCell + (isInline ? value.size() : 0));
     if (isInline) {
-        Store32(cell.data(), length | kLongInline);
+        Store32(cell.data() + kLongWord, length | kLongInline);
         std::copy(value.begin(), value.end(), cell.begin() + kLongCell);
         return cell;
     }
@@ -32,32 +31,32 @@ Bytes WriteLongValue(Pager& pager, Allocator& allocator, const Column& column, B
         kind = kLongSingle;
         pointer = PointerFromRowId(space.Place(value, 0));
     } else {
-        // The last part first, so that every stored pointer leads to a row that stands.
+        // The last part first, so that each stored pointer leads to an existing row.
         std::size_t end = value.size();
         while (end > 0) {
-            const std::size_t start = (end - 1) / kChunk * kChunk;
+            const std::size_t start = (end - 1) / kMaxChainData * kMaxChainData;
             const ByteView part = value.subspan(start, end - start);
-            Bytes row(4 + part.size());
+            Bytes row(kChainData + part.size());
             Store32(row.data(), pointer);
-            std::copy(part.begin(), part.end(), row.begin() + 4);
+            std::copy(part.begin(), part.end(), row.begin() + kChainData);
             pointer = PointerFromRowId(space.Place(row, 0));
             end = start;
         }
     }
-    Store32(cell.data(), length | kind);
-    Store32(cell.data() + 4, pointer);
+    Store32(cell.data() + kLongWord, length | kind);
+    Store32(cell.data() + kLongPointer, pointer);
     return cell;
 }
 
 Bytes ReplaceLongValue(Pager& pager, Allocator& allocator, const Column& column, ByteView value, bool mayInline,
                        ByteView oldCell, PageNo page) {
     const bool wantsRow = value.size() <= kMaxLongRow && !(mayInline && value.size() <= kMaxInlineLong);
-    if (wantsRow && oldCell.size() >= kLongCell && (Load32(oldCell.data()) & ~kLongLength) == kLongSingle) {
+    if (wantsRow && oldCell.size() >= kLongCell && (Load32(oldCell.data() + kLongWord) & ~kLongLength) == kLongSingle) {
         const RowId id = LongValueRows(pager, oldCell, page).front();
         const bool live = OpenDataPage(pager, id.page, kLongValueOwner).Get(id.slot).flags == 0;
         if (live && SpaceOf(pager, allocator, column).Replace(id, value, 0)) {
             Bytes cell(oldCell.begin(), oldCell.end());
-            Store32(cell.data(), static_cast<std::uint32_t>(value.size()) | kLongSingle);
+            Store32(cell.data() + kLongWord, static_cast<std::uint32_t>(value.size()) | kLongSingle);
             return cell;
         }
     }
@@ -71,7 +70,7 @@ void FreeLongValue(Pager& pager, Allocator& allocator, const Column& column, Byt
     const UsageMap owned(pager, column.ownedMap);
     for (const RowId id : LongValueRows(pager, cell, page)) {
         space.Delete(id);
-        // A page that no map owns is not known to be this column's alone.
+        // A page that no map owns may also hold values of other columns.
         if (space.IsDead(id.page) && owned.Contains(id.page)) space.Release(id.page);
     }
 }

@@ -18,17 +18,17 @@ std::size_t FreeBytes(const Byte* page) {
 
 /// Free bytes counted from the slots.
 std::size_t CheckedFree(const DataPage& page) {
-    return page.CheckedLowest() - kDataSlots - 2 * page.slotCount();
+    return page.CheckedLowest() - SlotOffset(page.slotCount());
 }
 
 void StoreFree(Byte* page, std::size_t lowest, unsigned slots) {
-    Store16(page + kDataFree, static_cast<std::uint32_t>(lowest - kDataSlots - 2 * slots));
+    Store16(page + kDataFree, static_cast<std::uint32_t>(lowest - SlotOffset(slots)));
 }
 
 } // namespace
 
 RowId RowSpace::Place(ByteView row, std::uint16_t flags) {
-    const std::size_t need = row.size() + 2;
+    const std::size_t need = row.size() + kSlotSize;
     PageEdit target;
     PageNo candidate = pager_->pageCount();
     for (int tries = 0; tries < kPagesTried; ++tries) {
@@ -42,18 +42,17 @@ RowId RowSpace::Place(ByteView row, std::uint16_t flags) {
     if (!target) {
         target = allocator_->Allocate();
         Byte* const p = target.edit();
-        p[0] = kDataPage;
-        p[1] = 1;
+        MarkPage(p, kDataPage);
         Store32(p + kDataOwner, owner_);
         owned_.Add(target.number(), allocator_->NewPage());
         free_.Add(target.number(), allocator_->NewPage());
     }
     Byte* const p = target.edit();
     const unsigned slot = Load16(p + kDataSlotCount);
-    const std::size_t end = slot == 0 ? kPageSize : Load16(p + kDataSlots + 2 * (slot - 1)) & kSlotStart;
+    const std::size_t end = slot == 0 ? kPageSize : Load16(p + SlotOffset(slot - 1)) & kSlotStart;
     const std::size_t start = end - row.size();
     std::copy(row.begin(), row.end(), p + start);
-    Store16(p + kDataSlots + 2 * slot, static_cast<std::uint32_t>(start) | flags);
+    Store16(p + SlotOffset(slot), static_cast<std::uint32_t>(start) | flags);
     Store16(p + kDataSlotCount, slot + 1);
     StoreFree(p, start, slot + 1);
     if (FreeBytes(p) < kTooFull || slot + 1 >= kMaxSlots) free_.Remove(target.number());
@@ -65,20 +64,20 @@ bool RowSpace::Replace(RowId id, ByteView row, std::uint16_t flags) {
     const std::size_t lowest = page.CheckedLowest();
     const ByteView old = page.Get(id.slot).bytes;
     const unsigned slots = page.slotCount();
-    if (lowest - kDataSlots - 2 * slots + old.size() < row.size()) return false;
+    if (lowest - SlotOffset(slots) + old.size() < row.size()) return false;
     const auto start = static_cast<std::size_t>(old.data() - page.page().data());
     const std::size_t end = start + old.size();
     const PageEdit edit = pager_->Edit(id.page);
     Byte* const p = edit.edit();
-    // The rows below give way or close up; a slot's flags stand above its address.
+    // Move the rows below. Adding to a slot changes its start and keeps the flags above it.
     const std::size_t newLowest = lowest + old.size() - row.size();
     std::memmove(p + newLowest, p + lowest, start - lowest);
     std::copy(row.begin(), row.end(), p + end - row.size());
     for (unsigned slot = id.slot; slot < slots; ++slot) {
-        Byte* const word = p + kDataSlots + 2 * slot;
+        Byte* const word = p + SlotOffset(slot);
         Store16(word, static_cast<std::uint32_t>(Load16(word) + newLowest - lowest));
     }
-    Store16(p + kDataSlots + 2 * id.slot, static_cast<std::uint32_t>(end - row.size()) | flags);
+    Store16(p + SlotOffset(id.slot), static_cast<std::uint32_t>(end - row.size()) | flags);
     StoreFree(p, newLowest, slots);
     NoteFree(id.page);
     return true;
@@ -96,7 +95,7 @@ void RowSpace::NoteFree(PageNo number) {
 }
 
 void RowSpace::Delete(RowId id) {
-    // Both flags: some readers look at one of them only.
+    // Both flags, because some readers look at only one of them.
     Replace(id, {}, kSlotDeleted);
 }
 

@@ -5,21 +5,21 @@
 
 namespace jet {
 
-/// Finds and frees room for rows on the data pages of one owner (a table, or a column's long values).
+/// Finds and frees room for rows on the data pages of one owner: a table, or the long values of a column.
 class RowSpace {
   public:
     RowSpace(Pager& pager, Allocator& allocator, std::uint32_t owner, std::uint32_t ownedMap, std::uint32_t freeMap)
         : pager_(&pager), allocator_(&allocator), owner_(owner), owned_(pager, ownedMap), free_(pager, freeMap) {}
 
-    /// Puts a row into a page with room, or a new one.
+    /// Stores a row on a page with room, or on a new page.
     RowId Place(ByteView row, std::uint16_t flags);
-    /// Puts new bytes and flags into a slot; false (and nothing done) when the page has no room.
+    /// Gives a slot new bytes and flags. False, and nothing changed, if the page has no room.
     bool Replace(RowId id, ByteView row, std::uint16_t flags);
-    /// Marks a slot as deleted and makes its room usable again.
+    /// Marks a slot as deleted and frees its room.
     void Delete(RowId id);
-    /// Whether no slot of the page is in use.
+    /// Whether all slots of the page are deleted.
     bool IsDead(PageNo page) const;
-    /// Gives a page back to the file.
+    /// Frees a page.
     void Release(PageNo page);
 
   private:

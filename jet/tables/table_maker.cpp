@@ -8,35 +8,33 @@
 namespace jet {
 namespace {
 
-constexpr std::size_t kMapsPerPage = 57;
-
 /// A new map row: inline, holding one page or none.
 Bytes MapRow(PageNo page) {
     Bytes row(kMapRowSize);
     if (page == 0) return row;
-    Store32(row.data() + 1, page & ~PageNo{7});
-    row[5] = static_cast<Byte>(1U << (page % 8));
+    Store32(row.data() + kMapBase, page / kMapBaseUnit * kMapBaseUnit);
+    row[kMapBits] = static_cast<Byte>(1U << (page % kMapBaseUnit));
     return row;
 }
 
 void AppendSlot(Byte* page, ByteView row) {
     const unsigned slot = Load16(page + kDataSlotCount);
-    const std::size_t end = slot == 0 ? kPageSize : Load16(page + kDataSlots + 2 * (slot - 1));
+    const std::size_t end = slot == 0 ? kPageSize : Load16(page + SlotOffset(slot - 1));
     const std::size_t start = end - row.size();
     std::copy(row.begin(), row.end(), page + start);
-    Store16(page + kDataSlots + 2 * slot, static_cast<std::uint32_t>(start));
+    Store16(page + SlotOffset(slot), static_cast<std::uint32_t>(start));
     Store16(page + kDataSlotCount, slot + 1);
-    Store16(page + kDataFree, static_cast<std::uint32_t>(start - kDataSlots - 2 * (slot + 1)));
+    Store16(page + kDataFree, static_cast<std::uint32_t>(start - SlotOffset(slot + 1)));
 }
 
 void StartDataPage(Byte* page, std::uint32_t owner) {
-    Store16(page, kDataPage | 0x100U);
+    MarkPage(page, kDataPage);
     Store16(page + kDataFree, kPageSize - kDataSlots);
     Store32(page + kDataOwner, owner);
 }
 
 void StartIndexRoot(Byte* page, PageNo owner) {
-    Store16(page, kIndexLeafPage | 0x100U);
+    MarkPage(page, kIndexLeafPage);
     Store16(page + kIndexFree, kIndexArea);
     Store32(page + kIndexOwner, owner);
 }
@@ -45,20 +43,22 @@ void StartIndexRoot(Byte* page, PageNo owner) {
 void StoreDefinition(ByteView definition, const std::vector<PageNo>& pages, const std::vector<Byte*>& bytes) {
     std::size_t done = 0;
     for (std::size_t i = 0; i < pages.size(); ++i) {
-        const std::size_t head = i == 0 ? 0 : 8;
+        const std::size_t head = i == 0 ? 0 : kDefPageHead;
         const std::size_t count = std::min(kPageSize - head, definition.size() - done);
         const ByteView part = definition.subspan(done, count);
         std::copy(part.begin(), part.end(), bytes[i] + head);
-        Store16(bytes[i], kTableDefPage | 0x100U);
+        MarkPage(bytes[i], kTableDefPage);
         const std::size_t used = head + count;
-        Store16(bytes[i] + 2, static_cast<std::uint32_t>(used + 8 <= kPageSize ? kPageSize - used - 8 : 0));
-        Store32(bytes[i] + 4, i + 1 < pages.size() ? pages[i + 1] : 0);
+        const std::size_t full = used + kDefPageReserve;
+        Store16(bytes[i] + kDefFree, static_cast<std::uint32_t>(full <= kPageSize ? kPageSize - full : 0));
+        Store32(bytes[i] + kDefNext, i + 1 < pages.size() ? pages[i + 1] : 0);
         done += count;
     }
 }
 
 std::size_t DefinitionPages(std::size_t size) {
-    return size <= kPageSize ? 1 : 1 + (size - kPageSize + kPageSize - 9) / (kPageSize - 8);
+    constexpr std::size_t kPerPage = kPageSize - kDefPageHead; // after the first page
+    return size <= kPageSize ? 1 : 1 + (size - kPageSize + kPerPage - 1) / kPerPage;
 }
 
 std::size_t LongColumns(const TableSpec& wanted) {
@@ -72,9 +72,9 @@ class MapRows {
   public:
     MapRows(Pager& pager, Allocator& allocator) : pager_(&pager), allocator_(&allocator) {}
     std::uint32_t Add(PageNo page, bool keepNextOnSamePage = false) {
-        if (number_ == 0 || used_ + (keepNextOnSamePage ? 1 : 0) >= kMapsPerPage) {
+        if (number_ == 0 || used_ + (keepNextOnSamePage ? 1 : 0) >= kMapRowsPerPage) {
             const PageEdit fresh = allocator_->Allocate();
-            StartDataPage(fresh.edit(), 0);
+            StartDataPage(fresh.edit(), kMapPageOwner);
             number_ = fresh.number();
             used_ = 0;
         }
@@ -135,11 +135,11 @@ constexpr PageNo kCatalogData = 14;
 constexpr PageNo kAccessData = 15;
 constexpr PageNo kNewFilePages = 16;
 
-ColumnSpec Plain(const char16_t* name, ColumnType type, std::uint16_t length = 255) {
+ColumnSpec Plain(const char16_t* name, ColumnType type, std::size_t length = kMaxTextLength) {
     ColumnSpec column;
     column.name = name;
     column.type = type;
-    column.length = length;
+    column.length = static_cast<std::uint16_t>(length);
     return column;
 }
 
@@ -159,12 +159,12 @@ TableSpec ObjectsTable() {
                       Plain(u"Type", kInteger),
                       Plain(u"DateCreate", kDateTime),
                       Plain(u"DateUpdate", kDateTime),
-                      Plain(u"Owner", kBinary, 510),
+                      Plain(u"Owner", kBinary, kMaxBinaryLength),
                       Plain(u"Flags", kLong),
                       Plain(u"Database", kMemo),
                       Plain(u"Connect", kMemo),
                       Plain(u"ForeignName", kText),
-                      Plain(u"RmtInfoShort", kBinary, 510),
+                      Plain(u"RmtInfoShort", kBinary, kMaxBinaryLength),
                       Plain(u"RmtInfoLong", kOle),
                       Plain(u"Lv", kOle),
                       Plain(u"LvProp", kOle),
@@ -179,7 +179,7 @@ TableSpec ObjectsTable() {
 TableSpec AccessTable() {
     using enum ColumnType;
     TableSpec wanted{u"MSysACEs", {}, {PlainIndex(u"ObjectId", {u"ObjectId"})}};
-    wanted.columns = {Plain(u"ObjectId", kLong), Plain(u"SID", kBinary, 510), Plain(u"ACM", kLong),
+    wanted.columns = {Plain(u"ObjectId", kLong), Plain(u"SID", kBinary, kMaxBinaryLength), Plain(u"ACM", kLong),
                       Plain(u"FInheritable", kBoolean)};
     wanted.indexes[0].required = true;
     return wanted;
@@ -218,14 +218,14 @@ Bytes MakeEmptyDatabase(double date, std::u16string_view password) {
     Bytes file(kNewFilePages * kPageSize);
     const auto at = [&file](PageNo page) { return file.data() + page * kPageSize; };
     BuildHeader(at(0), date, password);
-    StartDataPage(at(kGlobalMapPage), 1);
+    StartDataPage(at(kGlobalMapPage), kGlobalMapOwner);
     Bytes global(kMapRowSize);
-    std::fill(global.begin() + 5 + kNewFilePages / 8, global.end(), Byte{0xFF});
+    std::fill(global.begin() + kMapBits + kNewFilePages / 8, global.end(), Byte{0xFF});
     AppendSlot(at(kGlobalMapPage), global);
     AppendSlot(at(kGlobalMapPage), MapRow(0));
-    StartDataPage(at(kMapPage), 0);
-    StartDataPage(at(kCatalogData), 2);
-    StartDataPage(at(kAccessData), 3);
+    StartDataPage(at(kMapPage), kMapPageOwner);
+    StartDataPage(at(kCatalogData), kCatalogPage);
+    StartDataPage(at(kAccessData), kAccessPage);
 
     std::uint8_t mapSlot = 0;
     PageNo root = kFirstRoot;

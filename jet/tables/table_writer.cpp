@@ -27,16 +27,22 @@ Bytes LongBytes(const Column& column, const Value& value) {
 
 } // namespace
 
-/// The row's values as far as they are known here: those given, and of an old row those that an index needs.
+/// A row's values in the columns that some index uses; the others are NULL.
+std::vector<Value> TableWriter::IndexedValues(const Row& row) const {
+    std::vector<Value> values(def_->columns.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (IsIndexed(*def_, i)) values[i] = row.Get(i);
+    }
+    return values;
+}
+
+/// The given values and, of an old row, those that an index needs.
 std::vector<Value> TableWriter::NewValues(std::span<const Assignment> values, const Row* old,
                                           std::vector<bool>& changed) {
-    std::vector<Value> all(def_->columns.size());
-    for (std::size_t i = 0; old && i < all.size(); ++i) {
-        if (IsIndexed(*def_, i)) all[i] = old->Get(i);
-    }
+    std::vector<Value> all = old ? IndexedValues(*old) : std::vector<Value>(def_->columns.size());
     for (const Assignment& assignment : values) {
         if (assignment.column >= all.size())
-            throw Error(ErrorCode::kNoSuchColumn, "A column that is not there is assigned");
+            throw Error(ErrorCode::kNoSuchColumn, "A value is assigned to a column that does not exist");
         all[assignment.column] = Coerce(def_->columns[assignment.column], assignment.value);
         changed[assignment.column] = true;
     }
@@ -67,7 +73,7 @@ TableWriter::Keys TableWriter::MakeKeys(const std::vector<Value>& values) const 
             if (IsNull(value)) ++nulls;
             if (IsNull(value) && index.IsRequired()) {
                 throw Error(ErrorCode::kNullKey,
-                            "The column " + ToUtf8(def_->columns[part.column].name) + " must not be empty");
+                            "The column " + ToUtf8(def_->columns[part.column].name) + " must not be NULL");
             }
             AppendKey(key, def_->columns[part.column], value, part.ascending);
         }
@@ -82,21 +88,22 @@ void TableWriter::CheckUnique(const Keys& keys, const Keys& oldKeys, RowId excep
     for (std::size_t i = 0; i < keys.size(); ++i) {
         const Index& index = def_->indexes[i];
         if (!index.IsUnique() || !keys[i] || (!oldKeys.empty() && keys[i] == oldKeys[i])) continue;
-        // Rows whose indexed columns are all NULL may be many; such a key has one flag byte a column.
+        // Several rows may have only NULLs in the indexed columns; such a key is one flag byte per column.
         if (keys[i]->size() == index.columns.size()) continue;
         if (IndexTree(*pager_, *allocator_, *def_, index).HasOther(*keys[i], except)) {
-            throw Error(ErrorCode::kDuplicateKey, "A record with this key is there already");
+            throw Error(ErrorCode::kDuplicateKey, "A record with this key exists already");
         }
     }
 }
 
-/// Stored cells: new ones for what changed, an old row's own for the rest. Writes long values and frees replaced ones.
+/// The stored cells: new ones where `changed`, otherwise those of the old row. Writes long values and frees replaced
+/// ones.
 TableWriter::Cells TableWriter::MakeCells(std::vector<Value>& values, const std::vector<bool>& changed,
                                           const Row* old) {
     const std::size_t count = def_->columns.size();
     Cells cells(count);
     std::vector<Bytes> longBytes(count);
-    std::size_t size = 2 + def_->fixedSize + 2 * (std::size_t{def_->variableColumns} + 2) + (def_->maxColumns + 7U) / 8;
+    std::size_t size = EmptyRowSize(*def_);
     for (std::size_t i = 0; i < count; ++i) {
         const Column& column = def_->columns[i];
         const bool keep = old && !changed[i];
@@ -151,25 +158,13 @@ void TableWriter::Update(RowId id, std::span<const Assignment> given) {
     const Row old(pager_, def_, id, body.bytes, body.id.page);
     std::vector<bool> changed(def_->columns.size());
     std::vector<Value> values = NewValues(given, &old, changed);
-    std::vector<Value> oldValues(values.size());
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (IsIndexed(*def_, i)) oldValues[i] = old.Get(i);
-    }
     const Keys keys = MakeKeys(values);
-    const Keys oldKeys = MakeKeys(oldValues);
+    const Keys oldKeys = MakeKeys(IndexedValues(old));
     CheckUnique(keys, oldKeys, id);
     const Bytes row = EncodeRow(*def_, MakeCells(values, changed, &old));
 
     RowSpace space(*pager_, *allocator_, def_->page, def_->ownedMap, def_->freeMap);
-    if (!space.Replace(body.id, row, body.flags)) {
-        const RowId place = space.Place(row, kSlotBody);
-        Bytes address;
-        Append32(address, PointerFromRowId(place));
-        // An older row may be shorter than an address only where the page was full to the last byte.
-        if (!space.Replace(id, address, kSlotHeader))
-            throw Error(ErrorCode::kUnsupported, "The record cannot be moved");
-        if (body.id != id) space.Delete(body.id);
-    }
+    if (!space.Replace(body.id, row, body.flags)) Relocate(id, body, row);
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (keys[i] == oldKeys[i]) continue;
         if (oldKeys[i]) IndexTree(*pager_, *allocator_, *def_, def_->indexes[i]).Remove(*oldKeys[i], id);
@@ -177,21 +172,27 @@ void TableWriter::Update(RowId id, std::span<const Assignment> given) {
     }
 }
 
+/// Stores a row's body elsewhere and leaves its address in the header's slot.
+void TableWriter::Relocate(RowId id, const RowBody& old, ByteView row) {
+    RowSpace space(*pager_, *allocator_, def_->page, def_->ownedMap, def_->freeMap);
+    Bytes address;
+    Append32(address, PointerFromRowId(space.Place(row, kSlotBody)));
+    // Only a row of another program can be shorter than an address, and then only a full page has no room for it.
+    if (!space.Replace(id, address, kSlotHeader)) throw Error(ErrorCode::kUnsupported, "The record cannot be moved");
+    if (old.id != id) space.Delete(old.id);
+}
+
 void TableWriter::Delete(RowId id) {
     const RowBody body = FollowRow(*pager_, def_->page, id);
     const Row old(pager_, def_, id, body.bytes, body.id.page);
-    std::vector<Value> values(def_->columns.size());
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (IsIndexed(*def_, i)) values[i] = old.Get(i);
-    }
-    const Keys keys = MakeKeys(values);
+    const Keys keys = MakeKeys(IndexedValues(old));
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (keys[i]) IndexTree(*pager_, *allocator_, *def_, def_->indexes[i]).Remove(*keys[i], id);
     }
     RowSpace space(*pager_, *allocator_, def_->page, def_->ownedMap, def_->freeMap);
     space.Delete(id);
     if (body.id != id) space.Delete(body.id);
-    for (std::size_t i = 0; i < values.size(); ++i) FreeLongCell(old, i);
+    for (std::size_t i = 0; i < def_->columns.size(); ++i) FreeLongCell(old, i);
     CountRow(-1);
 }
 
@@ -201,7 +202,7 @@ void TableWriter::FreeLongCell(const Row& row, std::size_t column) {
     if (cell && !cell->empty()) FreeLongValue(*pager_, *allocator_, def_->columns[column], *cell, row.id().page);
 }
 
-/// Adds an entry and keeps the count of distinct keys, which only ever grows.
+/// Adds an entry and counts distinct keys. The count never shrinks, as in the format's own engine.
 void TableWriter::AddEntry(std::size_t number, const Bytes& key, RowId id) {
     const Index& index = def_->indexes[number];
     IndexTree tree(*pager_, *allocator_, *def_, index);
@@ -209,14 +210,14 @@ void TableWriter::AddEntry(std::size_t number, const Bytes& key, RowId id) {
     tree.Insert(key, id);
     if (known) return;
     const PageEdit page = pager_->Edit(def_->page);
-    Byte* const count = page.edit() + kDefCounters + kDefCounterSize * number + 4;
+    Byte* const count = page.edit() + kDefCounters + kDefCounterSize * number + kCounterUnique;
     Store32(count, Load32(count) + 1);
 }
 
 void TableWriter::CountRow(int change) {
     const PageEdit page = pager_->Edit(def_->page);
     const std::uint32_t count = Load32(page.data() + kDefRowCount);
-    if (change < 0 && count == 0) return; // the stored count is a statistic and may have been wrong
+    if (change < 0 && count == 0) return; // the stored count is a statistic and may be wrong
     Store32(page.edit() + kDefRowCount, change < 0 ? count - 1 : count + 1);
 }
 

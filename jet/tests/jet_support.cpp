@@ -1,7 +1,5 @@
 #include "jet_support.h"
 
-#include "format/text_codec.h"
-
 #include <gtest/gtest.h>
 
 #include <charconv>
@@ -43,26 +41,6 @@ std::vector<std::vector<std::string>> ReadTruth(const char* name) {
     EXPECT_GT(rows.size(), 1U) << "no truth in " << name;
     if (!rows.empty()) rows.erase(rows.begin());
     return rows;
-}
-
-std::u16string FromUtf8(std::string_view text) {
-    std::u16string out;
-    for (std::size_t i = 0; i < text.size();) {
-        const auto byte = [&](std::size_t k) { return static_cast<unsigned>(static_cast<unsigned char>(text[i + k])); };
-        const unsigned first = byte(0);
-        std::size_t size = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-        size = std::min(size, text.size() - i);
-        unsigned code = size == 1 ? first : first & (0xFFU >> (size + 1));
-        for (std::size_t k = 1; k < size; ++k) code = code << 6 | (byte(k) & 0x3F);
-        if (code >= 0x10000) {
-            out += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
-            out += static_cast<char16_t>(0xDC00 + ((code - 0x10000) & 0x3FF));
-        } else {
-            out += static_cast<char16_t>(code);
-        }
-        i += size;
-    }
-    return out;
 }
 
 std::u16string Equals(std::u16string_view column, std::u16string_view text) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/database.h"
+#include "jet/text.h"
 
 #include <filesystem>
 #include <string>
@@ -19,7 +20,6 @@ void WriteBytes(const std::filesystem::path& path, const Bytes& bytes);
 /// A tab-separated truth file less its header line; fields are UTF-8.
 std::vector<std::vector<std::string>> ReadTruth(const char* name);
 
-std::u16string FromUtf8(std::string_view text);
 inline std::u16string Wide(std::string_view ascii) {
     return std::u16string(ascii.begin(), ascii.end());
 }
