@@ -182,7 +182,8 @@ void UsageMap::ResetToReferences() {
     const auto row = Read();
     if (!row) return;
     const std::size_t size = row->bytes.size();
-    Byte* const bytes = EditRow(pager_->Edit(at_.page));
+    const PageEdit page = pager_->Edit(at_.page);
+    Byte* const bytes = EditRow(page);
     std::fill_n(bytes, size, Byte{0});
     bytes[kMapKind] = kReferenceMap;
 }
@@ -210,7 +211,8 @@ void UsageMap::Rebase(const Row& row, PageNo page, const NewPage& newPage) {
         for (const PageNo p : pages) Add(p, newPage);
         return;
     }
-    Byte* const bytes = EditRow(pager_->Edit(at_.page));
+    const PageEdit map = pager_->Edit(at_.page);
+    Byte* const bytes = EditRow(map);
     std::fill_n(bytes, row.bytes.size(), Byte{0});
     Store32(bytes + kMapBase, base);
     for (const PageNo p : pages) ChangeBit(bytes + kMapBits, p - base, true);
