@@ -4,6 +4,9 @@
 
 namespace quorvex::database {
 
+// The same for all data and update files: part of their format, not a secret of the user.
+inline constexpr wchar_t kDatabasePassword[] = L"lanternfox";
+
 // User name and password argument with which every data file is opened; the file's own password is part of the string.
 inline constexpr wchar_t kDatabaseUser[] = L"admin";
 

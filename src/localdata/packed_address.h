@@ -14,6 +14,7 @@ namespace quorvex::localdata {
 // plain (unscrambled) text, are pure, and take any text whatever: odd data gives odd fields, never a failure.
 
 inline constexpr std::size_t kRecordFields = 14;
+inline constexpr std::size_t kUnusedRecordField = 7; // of a record; no reader wants it
 inline constexpr std::size_t kThoroughfareFields = 9;
 inline constexpr std::size_t kStreetPartFields = 5; // of the common part; the address line ends with them
 

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "object/quorvex.h"
+#include "quorvex/house_match.h"
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorvex::cli {
+
+// The fields of a record in the order in which lists are completed.
+inline constexpr std::array<const char*, 14> kRecordColumns = {
+    "id",      "organisation",        "line1",      "line2",    "line3",    "town",  "county", "postcode",
+    "country", "deliverypointsuffix", "households", "smallorg", "mailsort", "spare",
+};
+using RecordCells = std::array<std::wstring, kRecordColumns.size()>;
+
+// All that is known at one postcode.
+struct PostcodeAddresses {
+    std::vector<PremiseWords> premises;
+    std::vector<std::wstring> sources; // what Record makes a premise's record from
+    std::wstring common;
+    std::wstring postcode; // as written
+};
+
+// Where a list's addresses come from. One object for each thread.
+class AddressSource {
+  public:
+    AddressSource() = default;
+    AddressSource(const AddressSource&) = delete;
+    AddressSource& operator=(const AddressSource&) = delete;
+    virtual ~AddressSource() = default;
+
+    // Between these two the data does not change; what was found keeps. Begin throws support::Error if the data cannot
+    // be read.
+    virtual void BeginBatch() {}
+    virtual void EndBatch() {}
+    // The addresses at a postcode key, nullptr if there are none. Valid until EndBatch. Throws support::Error.
+    virtual const PostcodeAddresses* Find(const std::wstring& key) = 0;
+    // The record of a premise; or what all premises share, for a position beyond the last. Throws support::Error.
+    virtual RecordCells Record(const PostcodeAddresses& addresses, std::size_t premise) = 0;
+};
+
+using AddressSourceFactory = std::function<std::unique_ptr<AddressSource>()>;
+
+// Reads the data file itself. It is held open for a batch only, so that an update gets its turn; a batch waits for an
+// update up to a minute.
+std::unique_ptr<AddressSource> MakeLocalSource(const std::wstring& dataFolder);
+// Asks the service, each postcode of a batch once. The object must outlive the source.
+std::unique_ptr<AddressSource> MakeWebSource(object::Quorvex& object);
+
+} // namespace quorvex::cli

@@ -1,0 +1,123 @@
+#include "quorvex/address_source.h"
+
+#include "database/connection_string.h"
+#include "database/jet/jet_translation.h"
+#include "jet/database.h"
+#include "localdata/data_file_names.h"
+#include "localdata/packed_address.h"
+#include "localdata/substitution.h"
+#include "quorvex/console.h"
+#include "support/error.h"
+#include "support/files.h"
+
+#include <chrono>
+#include <optional>
+#include <thread>
+#include <unordered_map>
+
+namespace quorvex::cli {
+namespace {
+
+constexpr std::chrono::seconds kLongestWait{60};
+constexpr std::chrono::milliseconds kBetweenTries{50};
+
+class LocalSource final : public AddressSource {
+  public:
+    explicit LocalSource(const std::wstring& dataFolder)
+        : folder_(dataFolder), file_(localdata::DataFilePath(dataFolder, *localdata::FindDataFile(L'F'))) {
+        if (!support::FileExists(file_)) {
+            throw support::Error(support::kErrorFileNotFound, L"Data file does not exist " + file_);
+        }
+    }
+
+    void BeginBatch() override {
+        table_ = localdata::LoadSubstitution(folder_); // an update may bring a new one
+        const auto giveUp = std::chrono::steady_clock::now() + kLongestWait;
+        for (;;) {
+            try {
+                OpenFile();
+                return;
+            } catch (const jet::Error& error) {
+                const bool wait = error.code() == jet::ErrorCode::kInUse && !StopRequested() &&
+                                  std::chrono::steady_clock::now() < giveUp;
+                if (!wait) throw database::FromJet(error, file_);
+            }
+            std::this_thread::sleep_for(kBetweenTries);
+        }
+    }
+
+    void EndBatch() override {
+        found_.clear();
+        addresses_.reset();
+        database_.reset();
+    }
+
+    const PostcodeAddresses* Find(const std::wstring& key) override {
+        const auto [entry, isNew] = found_.try_emplace(key);
+        if (isNew) entry->second = Read(key);
+        return entry->second ? &*entry->second : nullptr;
+    }
+
+    RecordCells Record(const PostcodeAddresses& addresses, std::size_t premise) override {
+        const bool one = premise < addresses.sources.size();
+        const localdata::RecordFields fields =
+            localdata::AddressRecord(one ? std::wstring_view(addresses.sources[premise]) : std::wstring_view(),
+                                     localdata::ShortenBlanks(addresses.common));
+        RecordCells cells;
+        if (one) cells[0] = addresses.postcode + L"_" + std::to_wstring(premise + 1) + L"_F";
+        std::size_t at = 1;
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+            if (i != localdata::kUnusedRecordField) cells[at++] = fields[i];
+        }
+        return cells;
+    }
+
+  private:
+    void OpenFile() {
+        database_.emplace(
+            jet::Database::Open(support::ToPath(file_), database::ToUtf16(database::kDatabasePassword), {}));
+        addresses_.emplace(database_->OpenTable(u"PAF_FULLAddress"));
+        address_ = *addresses_->definition().FindColumn(u"FT_Address");
+    }
+
+    std::optional<PostcodeAddresses> Read(const std::wstring& key) {
+        try {
+            jet::Cursor rows =
+                addresses_->Where({jet::Condition{{}, u"FT_Postcode", jet::CompareOp::kEqual, database::ToUtf16(key)}});
+            if (!rows.Next()) return std::nullopt;
+            const jet::Value value = rows.Current().Get(address_);
+            const auto* const text = std::get_if<std::u16string>(&value);
+            return Unpack(key, text == nullptr ? std::wstring() : database::FromUtf16(*text));
+        } catch (const jet::Error& error) {
+            throw database::FromJet(error, file_);
+        }
+    }
+
+    PostcodeAddresses Unpack(const std::wstring& key, const std::wstring& stored) const {
+        localdata::PackedAddress packed = localdata::SplitPackedAddress(table_.Unscramble(stored));
+        PostcodeAddresses addresses;
+        addresses.postcode = WrittenPostcode(key);
+        const std::wstring street = WordsOf(localdata::StreetPart(packed.common));
+        addresses.premises.reserve(packed.premises.size());
+        for (const std::wstring& premise : packed.premises) addresses.premises.emplace_back(premise, street);
+        addresses.sources = std::move(packed.premises);
+        addresses.common = std::move(packed.common);
+        return addresses;
+    }
+
+    const std::wstring folder_;
+    const std::wstring file_;
+    localdata::SubstitutionTable table_;
+    std::optional<jet::Database> database_;
+    std::optional<jet::Table> addresses_;
+    std::size_t address_ = 0;
+    std::unordered_map<std::wstring, std::optional<PostcodeAddresses>> found_;
+};
+
+} // namespace
+
+std::unique_ptr<AddressSource> MakeLocalSource(const std::wstring& dataFolder) {
+    return std::make_unique<LocalSource>(dataFolder);
+}
+
+} // namespace quorvex::cli

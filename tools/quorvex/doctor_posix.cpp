@@ -1,0 +1,7 @@
+#include "quorvex/doctor.h"
+
+namespace quorvex::cli {
+
+void ExamineInstallation(Findings&) {}
+
+} // namespace quorvex::cli

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "database/jet/jet_provider.h"
+#include "quorvex/console.h"
+#include "quorvex/progress_line.h"
+#include "quorvex/web_client.h"
+#include "support/platform.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quorvex::cli {
+
+// What the lookups find around them inside the program: nobody to ask, progress on the error stream, the embedded
+// engine. Messages are kept for the report instead of being shown.
+class ProgramPlatform final : public support::Platform {
+  public:
+    explicit ProgramPlatform(Console& console) : console_(console) {}
+
+    bool RequestRunning() const override { return false; }
+    std::wstring GetUrl(const std::wstring& url, int limitSeconds) override;
+    bool GetHttpFile(const std::wstring& url, const std::wstring& targetFile,
+                     const std::wstring& progressCaption) override;
+    void StopRequest() override {}
+
+    int ShowMessage(const std::wstring& text, int style, const std::wstring& title) override;
+    void SetClipboardText(const std::wstring&) override {}
+    int OpenWithShell(const std::wstring&, const std::wstring&) override { return 0; }
+    // The choice that was made on the command line.
+    support::UpdateChoice AskUpdateChoice(const std::wstring&, const std::wstring&, bool) override {
+        return updateChoice;
+    }
+    void ShowProgress(const std::wstring& caption, const std::wstring& text) override;
+    void HideProgress() override { progress_.reset(); }
+    void ShowZipStatus(const std::wstring&, const std::wstring&, const std::wstring&) override {}
+    void HideZipStatus() override {}
+    void PumpMessages() override {}
+
+    std::wstring ComputerName() const override;
+    std::wstring UserName() const override;
+    support::LocalTime Now() const override;
+    void SleepMilliseconds(int milliseconds) const override;
+    std::wstring DriveShareName(wchar_t driveLetter) const override;
+    std::wstring DataAccessVersion() const override;
+    std::wstring SystemVersion() const override;
+
+    database::DatabaseProvider& Databases() override { return databases_; }
+
+    support::UpdateChoice updateChoice = support::UpdateChoice::ApplyFromFolder;
+    std::vector<std::wstring> messages;
+
+  private:
+    WebClient& Web();
+
+    Console& console_;
+    database::JetProvider databases_;
+    std::unique_ptr<WebClient> web_; // made for the first request
+    std::optional<ProgressLine> progress_;
+};
+
+} // namespace quorvex::cli
