@@ -52,7 +52,7 @@ def build(release):
     package_code = "{" + release.identifier("package", release.version, str(release.epoch)) + "}"
     run("msibuild", target, "-s", f"Quorvex address lookup {release.short_version}", "Quorvex", "x64;2057", package_code)
     fix_dates(target, release.epoch)
-    return target
+    return [target]
 
 
 def product_code(release):

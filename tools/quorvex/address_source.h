@@ -4,8 +4,11 @@
 #include "quorvex/house_match.h"
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -46,9 +49,23 @@ class AddressSource {
 
 using AddressSourceFactory = std::function<std::unique_ptr<AddressSource>()>;
 
-// Reads the data file itself. It is held open for a batch only, so that an update gets its turn; a batch waits for an
-// update up to a minute.
-std::unique_ptr<AddressSource> MakeLocalSource(const std::wstring& dataFolder);
+// Lets go of the data file for a moment every now and then, in all threads at once: an update that waits for the file
+// gets its turn. Shared by the sources of a run.
+class ReadTurns {
+  public:
+    // Between these two the file may be open.
+    void Begin();
+    void End() { open_.unlock_shared(); }
+
+  private:
+    std::shared_mutex open_;
+    std::atomic<std::chrono::steady_clock::duration::rep> lastPause_{
+        std::chrono::steady_clock::now().time_since_epoch().count()};
+};
+
+// Reads the data file itself. A batch waits for an update that has begun up to a minute. The turns must outlive the
+// source.
+std::unique_ptr<AddressSource> MakeLocalSource(const std::wstring& dataFolder, ReadTurns& turns);
 // Asks the service, each postcode of a batch once. The object must outlive the source.
 std::unique_ptr<AddressSource> MakeWebSource(object::Quorvex& object);
 

@@ -20,29 +20,26 @@ namespace {
 
 constexpr std::chrono::seconds kLongestWait{60};
 constexpr std::chrono::milliseconds kBetweenTries{50};
+constexpr std::chrono::milliseconds kReading{500}; // then the file is closed
+constexpr std::chrono::milliseconds kPause{40};    // longer than an update waits between two tries
 
 class LocalSource final : public AddressSource {
   public:
-    explicit LocalSource(const std::wstring& dataFolder)
-        : folder_(dataFolder), file_(localdata::DataFilePath(dataFolder, *localdata::FindDataFile(L'F'))) {
+    LocalSource(const std::wstring& dataFolder, ReadTurns& turns)
+        : turns_(turns), folder_(dataFolder),
+          file_(localdata::DataFilePath(dataFolder, *localdata::FindDataFile(L'F'))) {
         if (!support::FileExists(file_)) {
             throw support::Error(support::kErrorFileNotFound, L"Data file does not exist " + file_);
         }
     }
 
     void BeginBatch() override {
-        table_ = localdata::LoadSubstitution(folder_); // an update may bring a new one
-        const auto giveUp = std::chrono::steady_clock::now() + kLongestWait;
-        for (;;) {
-            try {
-                OpenFile();
-                return;
-            } catch (const jet::Error& error) {
-                const bool wait = error.code() == jet::ErrorCode::kInUse && !StopRequested() &&
-                                  std::chrono::steady_clock::now() < giveUp;
-                if (!wait) throw database::FromJet(error, file_);
-            }
-            std::this_thread::sleep_for(kBetweenTries);
+        turns_.Begin();
+        try {
+            OpenInTime();
+        } catch (...) {
+            turns_.End();
+            throw;
         }
     }
 
@@ -50,6 +47,7 @@ class LocalSource final : public AddressSource {
         found_.clear();
         addresses_.reset();
         database_.reset();
+        turns_.End();
     }
 
     const PostcodeAddresses* Find(const std::wstring& key) override {
@@ -73,11 +71,29 @@ class LocalSource final : public AddressSource {
     }
 
   private:
+    void OpenInTime() {
+        table_ = localdata::LoadSubstitution(folder_); // an update may bring a new one
+        const auto giveUp = std::chrono::steady_clock::now() + kLongestWait;
+        for (;;) {
+            try {
+                OpenFile();
+                return;
+            } catch (const jet::Error& error) {
+                const bool wait = error.code() == jet::ErrorCode::kInUse && !StopRequested() &&
+                                  std::chrono::steady_clock::now() < giveUp;
+                if (!wait) throw database::FromJet(error, file_);
+            }
+            std::this_thread::sleep_for(kBetweenTries);
+        }
+    }
+
     void OpenFile() {
         database_.emplace(
             jet::Database::Open(support::ToPath(file_), database::ToUtf16(database::kDatabasePassword), {}));
         addresses_.emplace(database_->OpenTable(u"PAF_FULLAddress"));
-        address_ = *addresses_->definition().FindColumn(u"FT_Address");
+        const auto column = addresses_->definition().FindColumn(u"FT_Address");
+        if (!column) throw jet::Error(jet::ErrorCode::kNoSuchColumn, "the data file has no column FT_Address");
+        address_ = *column;
     }
 
     std::optional<PostcodeAddresses> Read(const std::wstring& key) {
@@ -105,6 +121,7 @@ class LocalSource final : public AddressSource {
         return addresses;
     }
 
+    ReadTurns& turns_;
     const std::wstring folder_;
     const std::wstring file_;
     localdata::SubstitutionTable table_;
@@ -116,8 +133,23 @@ class LocalSource final : public AddressSource {
 
 } // namespace
 
-std::unique_ptr<AddressSource> MakeLocalSource(const std::wstring& dataFolder) {
-    return std::make_unique<LocalSource>(dataFolder);
+void ReadTurns::Begin() {
+    using Clock = std::chrono::steady_clock;
+    const auto due = [this] {
+        return Clock::now().time_since_epoch().count() - lastPause_ > Clock::duration(kReading).count();
+    };
+    if (due()) {
+        const std::lock_guard everyoneOut(open_);
+        if (due()) {
+            std::this_thread::sleep_for(kPause);
+            lastPause_ = Clock::now().time_since_epoch().count();
+        }
+    }
+    open_.lock_shared();
+}
+
+std::unique_ptr<AddressSource> MakeLocalSource(const std::wstring& dataFolder, ReadTurns& turns) {
+    return std::make_unique<LocalSource>(dataFolder, turns);
 }
 
 } // namespace quorvex::cli

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <sstream>
 #include <thread>
 
 namespace quorvex::cli {
@@ -18,7 +19,8 @@ constexpr unsigned kMostThreads = 64;
 // Texts as CLI11 reads them; made wide once all is parsed.
 struct Texts {
     std::string data, service, key;
-    std::string postcode, house, id, lookupKey, from, to, at;
+    std::vector<std::string> postcode; // in one argument or, unquoted, in two
+    std::string house, id, lookupKey, from, to, at;
     std::string input, output, points, packages;
     std::string postcodeColumn, houseColumn, separator, encoding;
     std::string latitude = "latitude", longitude = "longitude";
@@ -27,6 +29,12 @@ struct Texts {
     unsigned threads = 0;
     bool resume = false, overwrite = false, download = false;
 };
+
+std::wstring Joined(const std::vector<std::string>& parts) {
+    std::string text;
+    for (const std::string& part : parts) text += (text.empty() ? "" : " ") + part;
+    return support::FromUtf8(text);
+}
 
 std::wstring Wide(const std::string& text) {
     return support::FromUtf8(text);
@@ -65,6 +73,7 @@ class Grammar {
   private:
     CLI::App& Add(const char* name, const char* description) {
         CLI::App& command = *app.add_subcommand(name, description);
+        command.footer("Exit codes: 0 found or done, 1 nothing found, 2 wrong call, 3 failed.");
         command.add_flag("--json", line_.json, "Print JSON");
         return command;
     }
@@ -72,7 +81,9 @@ class Grammar {
         CLI::Option* const data = command.add_option("--data", texts_.data, "Folder of the data files");
         CLI::Option* const service = command.add_option("--service", texts_.service, "Address of the web service");
         data->excludes(service);
-        command.add_option("--key", texts_.key, "Data key for the service");
+        data->option_text("FOLDER");
+        service->option_text("URL");
+        command.add_option("--key", texts_.key, "Data key for the service")->option_text("KEY");
     }
     void AddLookups();
     void AddClean();
@@ -85,49 +96,57 @@ class Grammar {
 
 void Grammar::AddLookups() {
     CLI::App& find = Add("find", "List the addresses at a postcode");
-    find.add_option("postcode", texts_.postcode, "Postcode")->required();
+    find.add_option("postcode", texts_.postcode, "Postcode")->required()->expected(1, 2)->option_text(" ");
     find.add_option("--house", texts_.house, "Only lines with this house number or name");
     AddSource(find);
-    find.callback([this] { line_.command = FindCommand{Wide(texts_.postcode), Wide(texts_.house)}; });
+    find.callback([this] { line_.command = FindCommand{Joined(texts_.postcode), Wide(texts_.house)}; });
 
     CLI::App& record = Add("record", "Show the whole record of an address");
-    record.add_option("id", texts_.id, "Identifier, as find prints it")->required();
+    record.add_option("id", texts_.id, "Identifier, as find prints it")->required()->option_text(" ");
     AddSource(record);
     record.callback([this] { line_.command = RecordCommand{Wide(texts_.id)}; });
 
     CLI::App& street = Add("street", "Show the street of a postcode");
-    street.add_option("postcode", texts_.postcode, "Postcode")->required();
+    street.add_option("postcode", texts_.postcode, "Postcode")->required()->expected(1, 2)->option_text(" ");
     AddSource(street);
-    street.callback([this] { line_.command = StreetCommand{Wide(texts_.postcode)}; });
+    street.callback([this] { line_.command = StreetCommand{Joined(texts_.postcode)}; });
 
     CLI::App& postzon = Add("postzon", "Show place and districts of a postcode");
-    postzon.add_option("key", texts_.lookupKey, "Postcode, grid reference or \"longitude|latitude\"")->required();
+    postzon.add_option("key", texts_.lookupKey, "Postcode, grid reference or \"longitude|latitude\"")
+        ->required()
+        ->option_text(" ");
     AddSource(postzon);
     postzon.callback([this] { line_.command = PostZonCommand{Wide(texts_.lookupKey)}; });
 
     CLI::App& distance = Add("distance", "Distance between two postcodes");
-    distance.add_option("from", texts_.from, "Postcode")->required();
-    distance.add_option("to", texts_.to, "Postcode")->required();
+    distance.add_option("from", texts_.from, "Postcode")->required()->option_text(" ");
+    distance.add_option("to", texts_.to, "Postcode")->required()->option_text(" ");
     AddSource(distance);
     distance.callback([this] { line_.command = DistanceCommand{Wide(texts_.from), Wide(texts_.to)}; });
 }
 
 void Grammar::AddClean() {
     CLI::App& clean = Add("clean", "Check and complete the addresses of a CSV list");
-    clean.add_option("input", texts_.input, "CSV file, - for standard input")->required();
-    clean.add_option("output", texts_.output, "CSV file, - for standard output")->required();
-    clean.add_option("--postcode", texts_.postcodeColumn, "Column with the postcode")->required();
-    clean.add_option("--house", texts_.houseColumn, "Column with house number, name or first line");
+    clean.add_option("input", texts_.input, "CSV file, - for standard input")->required()->option_text(" ");
+    clean.add_option("output", texts_.output, "CSV file, - for standard output")->required()->option_text(" ");
+    clean.add_option("--postcode", texts_.postcodeColumn, "Column with the postcode")
+        ->required()
+        ->option_text("COLUMN");
+    clean.add_option("--house", texts_.houseColumn, "Column with house number, name or first line")
+        ->option_text("COLUMN");
     clean.add_flag("--resume", texts_.resume, "Go on after the rows that the output holds");
     clean.add_flag("--overwrite", texts_.overwrite, "Begin anew where the output exists");
     clean.add_option("--separator", texts_.separator, "Character or \"tab\"; else as the header has it")
         ->check([](const std::string& text) {
             return text.size() == 1 || text == "tab" || text == "\\t" ? "" : "one character or \"tab\"";
-        });
+        })
+        ->option_text("CHARACTER");
     clean.add_option("--encoding", texts_.encoding, "utf-8 or windows-1252; else as the file has it")
-        ->check(CLI::IsMember({"utf-8", "windows-1252"}, CLI::ignore_case));
+        ->check(CLI::IsMember({"utf-8", "windows-1252"}, CLI::ignore_case))
+        ->option_text("NAME");
     clean.add_option("--threads", texts_.threads, "Threads; else one for each processor")
-        ->check(CLI::Range(1U, kMostThreads));
+        ->check(CLI::Range(1U, kMostThreads))
+        ->option_text("N");
     AddSource(clean);
     clean.callback([this] {
         CleanRequest request;
@@ -147,12 +166,16 @@ void Grammar::AddClean() {
 
 void Grammar::AddNearest() {
     CLI::App& nearest = Add("nearest", "List the points of a CSV file around a postcode");
-    nearest.add_option("points", texts_.points, "CSV file, - for standard input")->required();
-    nearest.add_option("--at", texts_.at, "Postcode")->required();
-    nearest.add_option("--within", texts_.within, "Kilometres")->required()->check(CLI::PositiveNumber);
-    nearest.add_option("--latitude", texts_.latitude, "Column of the latitude")->capture_default_str();
-    nearest.add_option("--longitude", texts_.longitude, "Column of the longitude")->capture_default_str();
-    nearest.add_option("--most", texts_.most, "Show at most so many");
+    nearest.add_option("points", texts_.points, "CSV file, - for standard input")->required()->option_text(" ");
+    nearest.add_option("--at", texts_.at, "Postcode")->required()->option_text("POSTCODE");
+    nearest.add_option("--within", texts_.within, "Kilometres")
+        ->required()
+        ->check(CLI::PositiveNumber)
+        ->option_text("KM");
+    nearest.add_option("--latitude", texts_.latitude, "Column of the latitude; else latitude")->option_text("COLUMN");
+    nearest.add_option("--longitude", texts_.longitude, "Column of the longitude; else longitude")
+        ->option_text("COLUMN");
+    nearest.add_option("--most", texts_.most, "Show at most so many")->option_text("N");
     AddSource(nearest);
     nearest.callback([this] {
         line_.command = NearestRequest{PathOf(texts_.points),
@@ -167,7 +190,7 @@ void Grammar::AddNearest() {
 
 void Grammar::AddDataCommands() {
     const auto addFolder = [this](CLI::App& command) {
-        command.add_option("--data", texts_.data, "Folder of the data files");
+        command.add_option("--data", texts_.data, "Folder of the data files")->option_text("FOLDER");
     };
     CLI::App& status = Add("status", "Show dates, sizes and rows of the data files");
     addFolder(status);
@@ -176,9 +199,9 @@ void Grammar::AddDataCommands() {
     CLI::App& update = Add("update", "Bring the data up to date without questions");
     addFolder(update);
     update.add_flag("--download", texts_.download, "Fetch new packages from the service first");
-    update.add_option("--from", texts_.packages, "Copy the packages of this folder first");
-    update.add_option("--service", texts_.service, "Address of the web service");
-    update.add_option("--key", texts_.key, "Data key for the service");
+    update.add_option("--from", texts_.packages, "Copy the packages of this folder first")->option_text("FOLDER");
+    update.add_option("--service", texts_.service, "Address of the web service")->option_text("URL");
+    update.add_option("--key", texts_.key, "Data key for the service")->option_text("KEY");
     update.callback([this] {
         UpdateCommand command;
         command.download = texts_.download;
@@ -191,9 +214,9 @@ void Grammar::AddDataCommands() {
     check.callback([this] { line_.command = CheckCommand{}; });
 
     CLI::App& doctor = Add("doctor", "Examine this installation");
-    doctor.add_option("--data", texts_.data, "Folder of the data files");
-    doctor.add_option("--service", texts_.service, "Address of the web service");
-    doctor.add_option("--key", texts_.key, "Data key for the service");
+    doctor.add_option("--data", texts_.data, "Folder of the data files")->option_text("FOLDER");
+    doctor.add_option("--service", texts_.service, "Address of the web service")->option_text("URL");
+    doctor.add_option("--key", texts_.key, "Data key for the service")->option_text("KEY");
     doctor.callback([this] { line_.command = DoctorCommand{}; });
 }
 

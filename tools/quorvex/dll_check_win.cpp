@@ -6,8 +6,9 @@
 #include "support/files.h"
 #include "support/text.h"
 
-#include <softpub.h>
 #include <windows.h>
+
+#include <softpub.h>
 #include <wintrust.h>
 
 #include <algorithm>

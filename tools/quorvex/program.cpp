@@ -50,7 +50,7 @@ class Runner {
         constexpr std::size_t kRowsAtOnceFromService = 20; // each may cost two requests
         CleanRequest request = command;
         if (object_.LocalMode()) {
-            request.makeSource = [this] { return MakeLocalSource(object_.DataPath()); };
+            request.makeSource = [this] { return MakeLocalSource(object_.DataPath(), turns_); };
         } else {
             request.makeSource = [this] { return MakeWebSource(object_); };
             request.threads = 1;
@@ -70,6 +70,7 @@ class Runner {
     const CommandLine& line_;
     ProgramPlatform platform_;
     object::Quorvex object_{platform_};
+    ReadTurns turns_;
 };
 
 std::string NameOf(const std::vector<std::string>& arguments) {
@@ -125,6 +126,7 @@ int RunProgram(std::vector<std::string> arguments) {
     } else {
         console.Out(text);
     }
+    console.Finish(); // on one terminal the message follows what it is about
     if (!line.json && !report.Message().empty()) console.Error("quorvex: " + support::ToUtf8(report.Message()) + "\n");
     return console.Finish() ? static_cast<int>(report.Result()) : static_cast<int>(Outcome::Failed);
 }

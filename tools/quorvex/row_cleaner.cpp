@@ -6,6 +6,21 @@
 #include <algorithm>
 
 namespace quorvex::cli {
+namespace {
+
+// Ends a batch in any case: other threads may wait for that.
+class Batch {
+  public:
+    explicit Batch(AddressSource& source) : source_(source) { source_.BeginBatch(); }
+    ~Batch() { source_.EndBatch(); }
+    Batch(const Batch&) = delete;
+    Batch& operator=(const Batch&) = delete;
+
+  private:
+    AddressSource& source_;
+};
+
+} // namespace
 
 std::string CleanedHeader(const std::string& headerRow, const CsvFormat& format) {
     std::string header = headerRow;
@@ -17,7 +32,7 @@ std::string CleanedHeader(const std::string& headerRow, const CsvFormat& format)
 CleanedRows RowCleaner::Clean(const CsvBatch& batch) {
     CleanedRows cleaned;
     cleaned.bytes.reserve(batch.bytes.size() * 3);
-    source_->BeginBatch();
+    const Batch open(*source_);
     for (std::size_t i = 0; i < batch.rows.size(); ++i) {
         const bool unclosed = batch.unclosedQuote && i + 1 == batch.rows.size();
         const Finding finding = Examine(batch.Row(i), unclosed);
@@ -25,7 +40,6 @@ CleanedRows RowCleaner::Clean(const CsvBatch& batch) {
         if (unclosed) cleaned.bytes.push_back('"'); // what follows is not to be inside the quotes
         Append(cleaned, finding);
     }
-    source_->EndBatch();
     return cleaned;
 }
 
