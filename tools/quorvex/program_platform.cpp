@@ -22,7 +22,7 @@ bool ProgramPlatform::GetHttpFile(const std::wstring& url, const std::wstring& t
 }
 
 int ProgramPlatform::ShowMessage(const std::wstring& text, int, const std::wstring&) {
-    messages.emplace_back(support::Trim(support::CleanLogText(text)));
+    messages.emplace_back(support::Trim(support::CleanLogText(support::ReplaceAll(text, L"\r\n", L" "))));
     return support::kAnswerOk;
 }
 
