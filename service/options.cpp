@@ -52,7 +52,7 @@ void AddAccountOptions(CLI::App& app, Options& options, Given& given) {
     Add(app, "--accounts", options.accounts,
         "SQLite file, or postgresql://... when several nodes share the accounts (accounts.db in the data folder)");
     Add(app, "--accounts-wait", given.accountsWait, "seconds that a lookup waits for a lost database")
-        ->check(CLI::Range(0, 600))
+        ->check(CLI::Range(0.0, 600.0))
         ->capture_default_str();
     Add(app, "--node", options.node, "this node's name in ledger and page (the computer's, and the port)");
     Add(app, "--key", given.keys, "a data key that may ask; can be given several times")

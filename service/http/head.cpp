@@ -47,7 +47,7 @@ Head::Progress Head::Put(std::string_view bytes) {
     progress.used = parser_.put(boost::asio::buffer(bytes.data(), bytes.size()), error);
     if (error == beast::error::need_more) return progress;
     if (error) {
-        progress.rejection = RejectionOf(error, bytes);
+        progress.rejection = RejectionOf(error);
     } else if (parser_.is_header_done()) {
         progress.done = true;
         progress.rejection = Unfit();
@@ -55,8 +55,8 @@ Head::Progress Head::Put(std::string_view bytes) {
     return progress;
 }
 
-int Head::RejectionOf(const boost::system::error_code& error, std::string_view bytes) const {
-    if (error == beast::error::header_limit) return bytes.find('\n') > targetBytes_ ? 414 : 431;
+int Head::RejectionOf(const boost::system::error_code& error) const {
+    if (error == beast::error::header_limit) return parser_.get().target().empty() ? 414 : 431;
     if (error == beast::error::body_limit || error == beast::error::unexpected_body) return BodyRejection();
     if (error == beast::error::bad_version) return 505;
     return 400;

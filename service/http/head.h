@@ -31,7 +31,7 @@ class Head {
     bool KeepsAlive() const;
 
   private:
-    int RejectionOf(const boost::system::error_code& error, std::string_view bytes) const;
+    int RejectionOf(const boost::system::error_code& error) const;
     int BodyRejection() const;
     int Unfit() const;
 
