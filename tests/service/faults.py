@@ -262,10 +262,10 @@ def full_disk(folder):
         key = accounts(PROGRAM, sqlite, "add", "one", "--credits", "1000").split()[1]
         node = Node(PROGRAM, DATA, "--accounts", sqlite, "--accounts-wait", "0.2").ready()
         assert status_of(node.url + RECORD.format(key)) == 200
-        with open(os.path.join(disk, "filler"), "wb") as filler:
+        with open(os.path.join(disk, "filler"), "wb", buffering=0) as filler:
             try:
                 while filler.write(b"x" * 4096):
-                    filler.flush()
+                    pass
             except OSError:
                 pass
         seen = [status_of(node.url + RECORD.format(key)) for _ in range(8)]
