@@ -1,10 +1,11 @@
 <%@ Language="VBScript" CodePage="65001" %>
 <%
-' Answers a web form's address questions with JSON. Written for classic ASP on IIS; not run by the project's tests.
+' Answers a web form's address questions with JSON. For classic ASP on IIS; the project's tests run its script with stand-ins for
+' the objects of IIS.
 '
 '   address.asp?postcode=PE13+4PZ             {"addresses":[{"id":"PE13 4PZ_1_F","line":"..."}, ...],"total":12}
 '   address.asp?id=PE13+4PZ_1_F               {"address":{"organisation":"...","line1":"...", ... ,"postcode":"PE13 4PZ"}}
-'   anything that fails                       {"error":"..."} with status 400, 404 or 502
+'   anything that fails                       {"error":"..."} with status 400, 404, 500 or 502
 '
 ' Settings are application variables, made in global.asa: AddressData (folder of local data files) or AddressKey and
 ' AddressServer. The application pool's "Enable 32-Bit Applications" decides which DLL must be registered.
@@ -14,21 +15,18 @@ Const kLastLine = 100
 Response.ContentType = "application/json"
 Response.CharSet = "utf-8"
 Response.CacheControl = "no-store"
+Response.Buffer = True ' what was written before an error can be taken back
 
-Dim lookup, postcode, id
-postcode = UCase(Trim(Request.QueryString("postcode")))
-id = Trim(Request.QueryString("id"))
-If Not IsPlain(postcode & id) Or Len(postcode & id) > 40 Then
-    Fail "400 Bad Request", "That is no postcode."
-ElseIf postcode <> "" Then
-    Set lookup = NewLookup()
-    AnswerList
-ElseIf id <> "" Then
-    Set lookup = NewLookup()
-    AnswerRecord
+Dim lookup, answer
+On Error Resume Next
+Set lookup = NewLookup()
+If Err.Number <> 0 Then
+    Fail "500 Internal Server Error", "The address lookup component is not registered for this application pool."
 Else
-    Fail "400 Bad Request", "Ask with postcode=... or id=..."
+    answer = AnswerTo(UCase(Trim(Request.QueryString("postcode"))), Trim(Request.QueryString("id")))
+    If Err.Number <> 0 Then Fail "500 Internal Server Error", Err.Description Else Response.Write answer
 End If
+On Error GoTo 0
 
 ' A new object for each page: it belongs to the page's thread and must not be kept in the Application.
 Function NewLookup()
@@ -38,42 +36,56 @@ Function NewLookup()
     If Application("AddressData") <> "" Then NewLookup.LMSetDataPath Application("AddressData")
 End Function
 
-Sub AnswerList()
-    Dim line, number
-    If Not lookup.GetFullAddressToList(postcode) Then
-        Fail "502 Bad Gateway", lookup.General_errormessage
-        Exit Sub
+Function AnswerTo(postcode, id)
+    If Not IsPlain(postcode & id) Or Len(postcode & id) > 40 Then
+        AnswerTo = Failure("400 Bad Request", "That is not a postcode.")
+    ElseIf postcode <> "" Then
+        AnswerTo = AddressList(postcode)
+    ElseIf id <> "" Then
+        AnswerTo = AddressRecord(id)
+    Else
+        AnswerTo = Failure("400 Bad Request", "Ask with postcode=... or id=...")
     End If
-    Response.Write "{""addresses"":["
+End Function
+
+Function AddressList(postcode)
+    Dim line, number, text
+    If Not lookup.GetFullAddressToList(postcode) Then
+        AddressList = Failure("502 Bad Gateway", lookup.General_errormessage)
+        Exit Function
+    End If
     For number = 1 To kLastLine
         line = lookup.GetFullAddressLineForSelection
         If line = "" Then Exit For
-        If number > 1 Then Response.Write ","
-        Response.Write "{""id"":" & JsonText(postcode & "_" & number & "_F") & ",""line"":" & JsonText(line) & "}"
+        If number > 1 Then text = text & ","
+        text = text & "{" & Field("id", postcode & "_" & number & "_F") & "," & Field("line", line) & "}"
     Next
-    Response.Write "],""total"":" & lookup.RecordCount & "}"
-End Sub
+    AddressList = "{""addresses"":[" & text & "],""total"":" & lookup.RecordCount & "}"
+End Function
 
-Sub AnswerRecord()
-    If Not lookup.GetFullAddressRecordByAddressID(id) Then
-        If lookup.General_errormessage <> "" Then
-            Fail "502 Bad Gateway", lookup.General_errormessage
-        Else
-            Fail "404 Not Found", "There is no such address."
-        End If
-        Exit Sub
+Function AddressRecord(id)
+    If lookup.GetFullAddressRecordByAddressID(id) Then
+        AddressRecord = "{""address"":{" & _
+            Field("organisation", lookup.Address_Organisation) & "," & Field("line1", lookup.Address_Line1) & "," & _
+            Field("line2", lookup.Address_Line2) & "," & Field("line3", lookup.Address_Line3) & "," & _
+            Field("town", lookup.Address_Town) & "," & Field("county", lookup.Address_County) & "," & _
+            Field("postcode", lookup.Address_Postcode) & "," & Field("country", lookup.Address_Country) & "}}"
+    ElseIf lookup.General_errormessage <> "" Then
+        AddressRecord = Failure("502 Bad Gateway", lookup.General_errormessage)
+    Else
+        AddressRecord = Failure("404 Not Found", "There is no such address.")
     End If
-    Response.Write "{""address"":{" & _
-        Field("organisation", lookup.Address_Organisation) & "," & Field("line1", lookup.Address_Line1) & "," & _
-        Field("line2", lookup.Address_Line2) & "," & Field("line3", lookup.Address_Line3) & "," & _
-        Field("town", lookup.Address_Town) & "," & Field("county", lookup.Address_County) & "," & _
-        Field("postcode", lookup.Address_Postcode) & "," & Field("country", lookup.Address_Country) & "}}"
-End Sub
+End Function
 
 Sub Fail(status, message)
-    Response.Status = status
-    Response.Write "{" & Field("error", message) & "}"
+    Response.Clear
+    Response.Write Failure(status, message)
 End Sub
+
+Function Failure(status, message)
+    Response.Status = status
+    Failure = "{" & Field("error", message) & "}"
+End Function
 
 Function Field(name, value)
     Field = JsonText(name) & ":" & JsonText(value)

@@ -1,19 +1,30 @@
-// Finds the addresses at a postcode and writes them, or the picked one, as JSON.
-// Written for .NET 6 or later on Windows (dotnet run -p:Platform=x64 -- "PE13 4PZ"); not run by the project's tests.
+// Finds the addresses at a postcode and writes them, or the picked one, as JSON. For .NET 8 or later on Windows; it also compiles
+// for .NET Framework 4.8.
 //
-// The object is late bound ("dynamic"). For early binding make an interop assembly with "tlbimp QuorvexLookup.dll
-// /out:QuorvexLookup.Interop.dll", reference it and write "var lookup = new QuorvexLookup.Quorvex();": by-reference
-// arguments are then passed with "ref".
+//   dotnet run -- "PE13 4PZ" [--pick N] [--key KEY] [--server URL] [--data FOLDER]      (-p:Platform=x86 for the 32-bit DLL)
 //
-//   FindAddress "POSTCODE" [--pick N] [--key KEY] [--server URL] [--data FOLDER]
+// The object is late bound ("dynamic"). csharp-early beside this folder is early bound.
 using System;
 using System.Collections.Generic;
+using System.IO;
 using System.Runtime.InteropServices;
-using System.Text.Encodings.Web;
-using System.Text.Json;
+using System.Runtime.Serialization;
+using System.Runtime.Serialization.Json;
+using System.Text;
 
-internal sealed record Address(string Id, string Organisation, string Line1, string Line2, string Line3, string Town,
-                               string County, string Postcode, string Country);
+[DataContract]
+internal sealed class Address
+{
+    [DataMember(Order = 0)] public string Id;
+    [DataMember(Order = 1)] public string Organisation;
+    [DataMember(Order = 2)] public string Line1;
+    [DataMember(Order = 3)] public string Line2;
+    [DataMember(Order = 4)] public string Line3;
+    [DataMember(Order = 5)] public string Town;
+    [DataMember(Order = 6)] public string County;
+    [DataMember(Order = 7)] public string Postcode;
+    [DataMember(Order = 8)] public string Country;
+}
 
 internal sealed class LookupFailed : Exception
 {
@@ -25,18 +36,18 @@ internal sealed class AddressLookup : IDisposable
     private const int LastLine = 100; // one search hands out this many lines whose records can be read
     private readonly dynamic _lookup;
 
-    public AddressLookup(string? key, string? server, string? data)
+    public AddressLookup(string key, string server, string data)
     {
-        Type? type = Type.GetTypeFromProgID("QuorvexLookup.Quorvex");
-        if (type is null)
+        Type type = Type.GetTypeFromProgID("QuorvexLookup.Quorvex");
+        if (type == null)
             throw new LookupFailed($"The component is not registered for this {IntPtr.Size * 8}-bit program.");
-        _lookup = Activator.CreateInstance(type)!;
-        if (key is not null) _lookup.SetDataKey(key);
-        if (server is not null) _lookup.SetServiceURL(server);
-        if (data is not null) _lookup.LMSetDataPath(data);
+        _lookup = Activator.CreateInstance(type);
+        if (key != null) _lookup.SetDataKey(key);
+        if (server != null) _lookup.SetServiceURL(server);
+        if (data != null) _lookup.LMSetDataPath(data);
     }
 
-    public IReadOnlyList<string> Lines(string postcode)
+    public List<string> Lines(string postcode)
     {
         if (!(bool)_lookup.GetFullAddressToList(postcode))
             throw new LookupFailed("The search failed: " + (string)_lookup.General_errormessage);
@@ -55,9 +66,18 @@ internal sealed class AddressLookup : IDisposable
     {
         if (!(bool)_lookup.GetFullAddressRecord(index))
             throw new LookupFailed("The address could not be read: " + (string)_lookup.General_errormessage);
-        return new Address(_lookup.Address_Id, _lookup.Address_Organisation, _lookup.Address_Line1, _lookup.Address_Line2,
-                           _lookup.Address_Line3, _lookup.Address_Town, _lookup.Address_County, _lookup.Address_Postcode,
-                           _lookup.Address_Country);
+        return new Address
+        {
+            Id = _lookup.Address_Id,
+            Organisation = _lookup.Address_Organisation,
+            Line1 = _lookup.Address_Line1,
+            Line2 = _lookup.Address_Line2,
+            Line3 = _lookup.Address_Line3,
+            Town = _lookup.Address_Town,
+            County = _lookup.Address_County,
+            Postcode = _lookup.Address_Postcode,
+            Country = _lookup.Address_Country
+        };
     }
 
     public void Dispose() => Marshal.FinalReleaseComObject(_lookup);
@@ -65,47 +85,69 @@ internal sealed class AddressLookup : IDisposable
 
 internal static class Program
 {
-    private static readonly JsonSerializerOptions Json =
-        new() { WriteIndented = true, Encoder = JavaScriptEncoder.UnsafeRelaxedJsonEscaping };
+    private const string Usage = "usage: FindAddress \"POSTCODE\" [--pick N] [--key KEY] [--server URL] [--data FOLDER]";
 
     // The component lives in a single-threaded apartment.
     [STAThread]
     private static int Main(string[] arguments)
     {
-        string? postcode = null;
+        string postcode = null;
+        int pick = 0;
         var options = new Dictionary<string, string>();
         for (int i = 0; i < arguments.Length; i++)
         {
             if (arguments[i].StartsWith("--", StringComparison.Ordinal) && i + 1 < arguments.Length)
                 options[arguments[i]] = arguments[++i];
             else
-                postcode ??= arguments[i];
+                postcode = arguments[i];
         }
-        int pick = 0;
-        if (postcode is null || (options.TryGetValue("--pick", out string? number) && !int.TryParse(number, out pick)))
+        if (postcode == null || (Option(options, "--pick") != null && !int.TryParse(Option(options, "--pick"), out pick)))
         {
-            Console.Error.WriteLine("usage: FindAddress \"POSTCODE\" [--pick N] [--key KEY] [--server URL] [--data FOLDER]");
+            Console.Error.WriteLine(Usage);
             return 2;
         }
         try
         {
-            using var lookup = new AddressLookup(options.GetValueOrDefault("--key"), options.GetValueOrDefault("--server"),
-                                                 options.GetValueOrDefault("--data"));
-            IReadOnlyList<string> lines = lookup.Lines(postcode);
-            if (pick < 0 || pick > lines.Count)
+            using (var lookup = new AddressLookup(Option(options, "--key"), Option(options, "--server"), Option(options, "--data")))
             {
-                Console.Error.WriteLine($"There is no address {pick}; there are {lines.Count}.");
-                return 1;
+                return Answer(lookup, postcode, pick);
             }
-            Console.OutputEncoding = System.Text.Encoding.UTF8;
-            Console.WriteLine(pick > 0 ? JsonSerializer.Serialize(lookup.Record(pick - 1), Json)
-                                       : JsonSerializer.Serialize(lines, Json));
-            return lines.Count > 0 ? 0 : 1;
         }
-        catch (Exception error) when (error is LookupFailed or COMException)
+        catch (Exception error) when (error is LookupFailed || error is COMException)
         {
             Console.Error.WriteLine(error.Message);
             return 1;
+        }
+    }
+
+    private static int Answer(AddressLookup lookup, string postcode, int pick)
+    {
+        List<string> lines = lookup.Lines(postcode);
+        if (pick < 0 || pick > lines.Count)
+        {
+            Console.Error.WriteLine($"There is no address {pick}; there are {lines.Count}.");
+            return 1;
+        }
+        if (pick > 0)
+            WriteJson(lookup.Record(pick - 1));
+        else
+            WriteJson(lines);
+        return lines.Count > 0 ? 0 : 1;
+    }
+
+    private static string Option(Dictionary<string, string> options, string name)
+    {
+        return options.TryGetValue(name, out string value) ? value : null;
+    }
+
+    private static void WriteJson<T>(T value)
+    {
+        using (var text = new MemoryStream())
+        {
+            using (var writer = JsonReaderWriterFactory.CreateJsonWriter(text, Encoding.UTF8, false, true))
+                new DataContractJsonSerializer(typeof(T)).WriteObject(writer, value);
+            Console.OutputEncoding = Encoding.UTF8;
+            Console.WriteLine(Encoding.UTF8.GetString(text.ToArray()));
         }
     }
 }

@@ -1,12 +1,12 @@
 """Completes the addresses of a CSV file from their postcodes.
 
-Written for Python 3.8 or later on Windows with pywin32 (pip install pywin32); not run by the project's tests, which have
-no Python for Windows. A 64-bit Python needs the 64-bit DLL registered, a 32-bit one the 32-bit DLL.
+Python 3.8 or later on Windows with pywin32 (pip install pywin32). A 64-bit Python needs the 64-bit DLL registered, a 32-bit one
+the 32-bit DLL.
 
     python clean_addresses.py customers.csv cleaned.csv --postcode Postcode --house Address1 [--data FOLDER | --key KEY]
 
 Every row keeps its columns and gets new ones: match (exact, several, none, failed), candidates, and the fields of the
-address when exactly one fits. A house is compared with the beginning of the address lines, case ignored.
+address when exactly one fits. A house fits an address line that holds its words side by side, case ignored.
 """
 import argparse
 import csv
@@ -15,6 +15,12 @@ import sys
 FIELDS = ("Id", "Organisation", "Line1", "Line2", "Line3", "Town", "County", "Postcode", "Country")
 NEW_COLUMNS = ["match", "candidates"] + ["address_" + field.lower() for field in FIELDS]
 LAST_LINE = 100  # one search hands out this many lines whose records can be read
+
+
+def result(answer):
+    """A method's result. Where a method has by-reference arguments pywin32 returns a tuple of the result and their values, and a
+    tuple is always true."""
+    return answer[0] if isinstance(answer, tuple) else answer
 
 
 def new_lookup(options):
@@ -32,7 +38,7 @@ def new_lookup(options):
 
 def lines_at(lookup, postcode):
     """The display lines at a postcode; None when the search failed."""
-    if not lookup.GetFullAddressToList(postcode):
+    if not result(lookup.GetFullAddressToList(postcode)):
         return None
     lines = []
     while len(lines) < LAST_LINE:
@@ -44,7 +50,7 @@ def lines_at(lookup, postcode):
 
 
 def fits(line, house):
-    """True when the line's first words hold the house: "12" fits "12 HIGH STREET" and not "112 HIGH STREET"."""
+    """True when the line's words hold the house: "12" fits "12 HIGH STREET" and not "112 HIGH STREET"."""
     wanted = house.upper().replace(",", " ").split()
     words = line.upper().split()
     if not wanted:
@@ -83,11 +89,13 @@ class Cleaner:
         lines = lines_at(self.lookup, postcode)
         if lines is None:
             return "failed", 0, None
+        if self.lookup.RecordCount > len(lines):
+            return "several", self.lookup.RecordCount, None  # those that were not handed out may fit as well
         house = house_of((row.get(self.options.house) or "").strip()) if self.options.house else ""
         found = [i for i, line in enumerate(lines) if fits(line, house)]
         if len(found) != 1:
             return ("several" if found else "none"), len(found), None
-        if not self.lookup.GetFullAddressRecord(found[0]):
+        if not result(self.lookup.GetFullAddressRecord(found[0])):
             return "failed", 1, None
         return "exact", 1, found[0]
 

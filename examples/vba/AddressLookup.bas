@@ -1,9 +1,11 @@
 Attribute VB_Name = "AddressLookup"
-' Address lookup for Access, Excel and Word. Written for Office 2010 and later in 32 and 64 bit; not run by the project's
-' tests, which have no Office.
+' Address lookup for Access, Excel and Word. For Office 2010 and later in 32 and 64 bit. The project's tests check its calls
+' against the type library but have no Office to run it in.
 '
 ' Import this module (Alt+F11, File, Import File). No reference is needed: everything is late bound. With a reference to
-' "Quorvex address lookup" replace "As Object" by "As QuorvexLookup.Quorvex" to get completion of names.
+' "Quorvex address lookup" replace "As Object" by "As QuorvexLookup.Quorvex" to get completion of names. Early bound, a variable
+' that is passed to a method must have exactly the argument's type ("ByRef argument type mismatch" otherwise): for the Nearest_
+' methods Double for degrees and kilometres, String for texts, Long for the position; a Variant or an Integer does not do.
 '
 '   Access:  in a button's Click event:  FillForm Me, "Organisation", "Address1", "Address2", "Address3", "Town", _
 '                                                     "County", "Postcode"
@@ -34,10 +36,11 @@ Public Sub FillForm(ByVal target As Object, ByVal organisation As String, ByVal 
     SetControl target, postcode, found.Address_Postcode
 End Sub
 
-' Excel: the postcode stands in the active cell.
+' Excel: the postcode is in the active cell.
 Public Sub FillCells()
-    Dim found As Object, cell As Object, part As Variant, column As Long
-    Set cell = Application.ActiveCell
+    Dim host As Object, found As Object, cell As Object, part As Variant, column As Long
+    Set host = Application ' late bound: the compilers of Access and Word do not know cells
+    Set cell = host.ActiveCell
     If cell Is Nothing Then Exit Sub
     Set found = PickAddress(cell.Text)
     If found Is Nothing Then Exit Sub
@@ -45,20 +48,21 @@ Public Sub FillCells()
     For Each part In Array(found.Address_Organisation, found.Address_Line1, found.Address_Line2, found.Address_Line3, _
                            found.Address_Town, found.Address_County)
         column = column + 1
-        cell.Offset(0, column).NumberFormat = "@" ' a house number 1-12 is no date
+        cell.Offset(0, column).NumberFormat = "@" ' a house number 1-12 is not a date
         cell.Offset(0, column).Value = part
     Next
 End Sub
 
 ' Word: a postcode that is selected starts the search and is replaced by the address.
 Public Sub InsertAddress()
-    Dim found As Object, start As String
-    start = Trim$(Replace(Application.Selection.Text, vbCr, ""))
+    Dim host As Object, found As Object, start As String
+    Set host = Application ' late bound: the compilers of Access and Excel do not know Word's selection
+    start = Trim$(Replace(host.Selection.Text, vbCr, ""))
     If Len(start) > 10 Or Len(start) < 5 Then start = ""
     Set found = PickAddress(start)
     If found Is Nothing Then Exit Sub
-    Application.Selection.Text = Label(found, vbCr)
-    Application.Selection.Collapse 0
+    host.Selection.Text = Label(found, vbCr)
+    host.Selection.Collapse 0
 End Sub
 
 ' Shows the picker; the object with the picked address, or Nothing.
