@@ -7,6 +7,7 @@
 What is run must come to its end and print something. Where a program is missing the last line says which blocks were left out.
 """
 import collections
+import json
 import os
 import pathlib
 import re
@@ -128,19 +129,26 @@ class Runner:
         return [path for folder in self.includes for path in pathlib.Path(folder[2:]).glob("quorvex_com_i.c")]
 
     def commands(self, block):
-        """A block without a language: the project's own commands in it must exist."""
-        for command in re.findall(r"^\s*(\./\w+|tools/[\w-]+|tests/[\w/-]+)", block.text, re.M):
+        """Commands and what is only shown: the project's own commands in it must exist."""
+        for command in re.findall(r"^\s*(?:\$ )?(\./\w+|tools/[\w-]+|tests/[\w/-]+)", block.text, re.M):
             if not os.access(ROOT / command, os.X_OK):
                 return f"there is no {command}"
+        return None
+
+    def json(self, block):
+        try:
+            json.loads(block.text)
+        except ValueError as error:
+            return str(error)
         return None
 
     def checked_elsewhere(self, _):
         return None
 
     def run(self, block):
-        ways = {"vbscript": self.vbscript, "python": self.python, "csharp": self.csharp, "cpp": self.cpp, "": self.commands,
-                "sh": self.commands, "xml": self.checked_elsewhere, "vba": self.checked_elsewhere,
-                "powershell": self.checked_elsewhere}
+        ways = {"vbscript": self.vbscript, "python": self.python, "csharp": self.csharp, "cpp": self.cpp, "json": self.json,
+                "vba": self.checked_elsewhere, "powershell": self.checked_elsewhere}
+        ways.update(dict.fromkeys(("", "console", "sh", "bash", "text", "ini", "xml", "nginx"), self.commands))
         if block.language not in ways:
             return f"nothing checks blocks of the language {block.language}"
         return ways[block.language](block)
