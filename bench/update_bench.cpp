@@ -142,7 +142,7 @@ class Files {
 
     void MakeJet(const char* name, int count, Source source) {
         jet::Database database = jet::Database::Create(folder_ / name, kPassword);
-        database.SetBatch(2000);
+        database.Begin();
         jet::Table table =
             database.CreateTable({u"PAF_FULLAddress",
                                   {{.name = u"FT_Postcode", .length = 10},

@@ -1,5 +1,6 @@
 #include "catalog.h"
 
+#include "format/data_page.h"
 #include "format/sort_key.h"
 #include "format/usage_map.h"
 #include "jet/error.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "format/table_def.h"
 #include "jet/cursor.h"
 
 namespace jet {

@@ -1,13 +1,21 @@
 #include "jet/change_group.h"
 
-#include <limits>
+#include "insides.h"
+#include "storage/pager.h"
+
 #include <utility>
 
 namespace jet {
 
-ChangeGroup::ChangeGroup(const Database& database, unsigned mostRecords)
-    : pager_(database.pager()), most_(mostRecords) {
-    pager_->SetBatch(std::numeric_limits<unsigned>::max()); // the group says when
+ChangeGroup::ChangeGroup(Database& database, GroupLimits limits)
+    : pager_(Insides::PagerOf(database)), limits_(limits) {}
+
+ChangeGroup::~ChangeGroup() {
+    try {
+        Commit();
+    } catch (const std::exception&) {
+        return; // those who want to know call Commit
+    }
 }
 
 RowId ChangeGroup::Insert(const Table& table, std::vector<Assignment> values) {
@@ -26,23 +34,34 @@ RowId ChangeGroup::Write(Change change) {
             change.table.Update(change.id, change.values);
         }
     };
+    if (!pager_->inTransaction()) {
+        pager_->Begin();
+        begun_ = Clock::now();
+    }
     try {
         write();
     } catch (const std::exception&) {
-        // A bad record is taken back alone, but a large group is written out before its end, and may fail as a whole.
-        if (open_.empty() || pager_->hasOpenStatements()) throw;
+        // A bad record is rolled back alone, but a large group is written out before its end, and may fail as a whole.
+        if (open_.empty() || pager_->inTransaction()) throw;
         Redo();
-        write();
+        write(); // a transaction of its own
+        return change.id;
     }
     const RowId id = change.id;
     open_.push_back(std::move(change));
-    if (open_.size() >= most_) Commit();
+    if (IsFull()) Commit();
     return id;
 }
 
+bool ChangeGroup::IsFull() const {
+    return open_.size() >= limits_.records || Clock::now() - begun_ + commitTime_ >= limits_.time;
+}
+
 void ChangeGroup::Commit() {
+    const Clock::time_point start = Clock::now();
     try {
         pager_->Commit();
+        commitTime_ = Clock::now() - start;
     } catch (const std::exception&) {
         if (open_.size() < 2) {
             open_.clear();
@@ -59,10 +78,9 @@ void ChangeGroup::Redo() {
         if (!change.inserts) {
             change.table.Update(change.id, change.values);
         } else if (change.table.Insert(change.values) != change.id) {
-            // Later changes name the place it had.
-            throw Error(ErrorCode::kUsage, "A record written again came to stand elsewhere");
+            // Later changes name the id that it had.
+            throw Error(ErrorCode::kUsage, "A rewritten record got a different row id");
         }
-        pager_->Commit();
     }
 }
 

@@ -1,9 +1,13 @@
 #include "jet/check.h"
 
+#include "catalog.h"
+#include "format/data_page.h"
 #include "format/long_value.h"
+#include "format/row_codec.h"
 #include "format/sort_key.h"
 #include "format/text_codec.h"
 #include "format/usage_map.h"
+#include "insides.h"
 #include "tables/index_scan.h"
 
 #include <algorithm>
@@ -335,7 +339,7 @@ class Checker {
 } // namespace
 
 std::vector<Fault> CheckIntegrity(const Database& database) {
-    return Checker(database.pager()).Run();
+    return Checker(Insides::PagerOf(database)).Run();
 }
 
 std::string ErrorsOf(const std::vector<Fault>& faults) {

@@ -1,124 +1,101 @@
-#include "jet/database.h"
+#include "database_state.h"
 
 #include "format/header.h"
 #include "format/text_codec.h"
-#include "format/usage_map.h"
+#include "insides.h"
 
 #include <algorithm>
 
 namespace jet {
-namespace {
 
 Storage& StorageOf(const OpenOptions& options) {
     return options.storage ? *options.storage : SystemStorage();
 }
 
-Pager::Options PagerOptions(const OpenOptions& options) {
+Pager::Options PagerOptions(const OpenOptions& options, bool writable) {
+    constexpr std::size_t kFewestCachePages = 16;
     Pager::Options out;
-    out.writable = options.writable;
-    out.durability = options.durability;
-    out.batch = options.batch;
-    out.cachePages = std::max<std::size_t>(options.cachePages, 16);
+    out.writable = writable;
+    out.cachePages = std::max(options.cachePages, kFewestCachePages);
     out.spillPages = options.spillPages;
     return out;
 }
 
-} // namespace
+const std::shared_ptr<Pager>& Insides::PagerOf(const Database& database) {
+    return database.state_->pager;
+}
 
-Database::Database(std::shared_ptr<Pager> pager)
-    : pager_(std::move(pager)),
-      allocator_(std::make_shared<Allocator>(*pager_, [held = pager_] { return ClaimedPages(held); })) {}
+Database::State::State(std::shared_ptr<Pager> opened)
+    : pager(std::move(opened)),
+      allocator(std::make_shared<Allocator>(*pager, [held = pager] { return ClaimedPages(held); })) {}
+
+const Catalog& Database::State::GetCatalog() {
+    if (!catalog) catalog.emplace(pager);
+    return *catalog;
+}
+
+Table Database::State::SystemTable(PageNo page) const {
+    return Table(pager, allocator, std::make_shared<TableDef>(ReadTableDef(*pager, page)));
+}
+
+Database::Database(std::unique_ptr<State> state) : state_(std::move(state)) {}
+Database::Database(Database&& other) noexcept = default;
+Database& Database::operator=(Database&& other) noexcept = default;
+Database::~Database() = default;
 
 Database Database::Open(const std::filesystem::path& path, std::u16string_view password, const OpenOptions& options) {
-    auto pager = Pager::Open(StorageOf(options), path, PagerOptions(options));
+    auto pager = Pager::Open(StorageOf(options), path, PagerOptions(options, options.writable));
     CheckHeader(*pager, password);
-    return Database(std::move(pager));
+    return Database(std::make_unique<State>(std::move(pager)));
 }
 
 Table Database::OpenTable(std::u16string_view name) {
-    if (rollbacks_ != pager_->rollbacks()) {
-        tables_.clear();
-        rollbacks_ = pager_->rollbacks();
+    State& state = *state_;
+    if (state.rollbacks != state.pager->rollbacks()) {
+        state.tables.clear();
+        state.rollbacks = state.pager->rollbacks();
     }
-    auto& def = tables_[FoldName(name)];
+    auto& def = state.tables[FoldName(name)];
     if (!def) {
-        const auto page = GetCatalog().FindTable(name);
+        const auto page = state.GetCatalog().FindTable(name);
         if (!page) throw Error(ErrorCode::kNoSuchTable, "The database has no table " + ToUtf8(name));
-        auto read = std::make_shared<TableDef>(ReadTableDef(*pager_, *page));
+        auto read = std::make_shared<TableDef>(ReadTableDef(*state.pager, *page));
         read->name = name;
         def = std::move(read);
     }
-    return Table(pager_, allocator_, def);
-}
-
-const Catalog& Database::GetCatalog() {
-    if (!catalog_) catalog_.emplace(pager_);
-    return *catalog_;
+    return Table(state.pager, state.allocator, def);
 }
 
 std::vector<std::u16string> Database::TableNames() {
-    return GetCatalog().TableNames();
+    return state_->GetCatalog().TableNames();
 }
 
 Cursor Database::Select(std::u16string_view text) {
-    const Query query = ParseQuery(text);
-    const Table table = OpenTable(query.table);
-    return table.Where(query.conditions);
+    return Select(ParseQuery(text));
 }
 
-RowId Table::Insert(std::span<const Assignment> values) {
-    Statement statement(*pager_);
-    const RowId id = TableWriter(pager_, *allocator_, def_).Insert(values);
-    statement.Done();
-    return id;
+Cursor Database::Select(const Query& query) {
+    return OpenTable(query.table).Where(query.conditions);
 }
 
-void Table::Update(RowId id, std::span<const Assignment> values) {
-    Statement statement(*pager_);
-    TableWriter(pager_, *allocator_, def_).Update(id, values);
-    statement.Done();
+void Database::Begin() {
+    state_->pager->Begin();
 }
 
-void Table::Delete(RowId id) {
-    Statement statement(*pager_);
-    TableWriter(pager_, *allocator_, def_).Delete(id);
-    statement.Done();
+void Database::Commit() {
+    state_->pager->Commit();
 }
 
-Cursor Table::Where(const std::vector<Condition>& conditions) const {
-    return Cursor(pager_, def_, conditions);
+void Database::RollBack() {
+    state_->pager->RollBack();
 }
 
-Row Table::Fetch(RowId id) const {
-    const DataPage page = OpenDataPage(*pager_, id.page, def_->page);
-    if (id.slot >= page.slotCount() || (page.Get(id.slot).flags & kSlotBody) != 0) {
-        throw Error(ErrorCode::kUsage, "The record is not there any more");
-    }
-    const RowBody body = FollowRow(*pager_, def_->page, id);
-    return Row(pager_, def_, id, body.bytes, body.id.page);
+void Database::Close() {
+    state_->pager->Close();
 }
 
-std::optional<RowId> Table::FindFirst(std::u16string_view text) const {
-    Cursor cursor = Where(ParseConditions(text));
-    std::optional<RowId> first;
-    // An index yields rows in its own order; table order is by page and slot.
-    while (cursor.Next()) {
-        const RowId id = cursor.Current().id();
-        if (!first || id < *first) first = id;
-        if (!cursor.usesIndex()) break;
-    }
-    return first;
-}
-
-std::uint64_t Table::CountRows() const {
-    std::uint64_t count = 0;
-    for (const PageNo number : UsageMap(*pager_, def_->ownedMap).Pages()) {
-        const DataPage page = OpenDataPage(*pager_, number, def_->page);
-        for (unsigned slot = 0; slot < page.slotCount(); ++slot) {
-            if ((page.Get(slot).flags & kSlotBody) == 0) ++count;
-        }
-    }
-    return count;
+std::uint64_t Database::PagesRead() const {
+    return state_->pager->pagesRead();
 }
 
 } // namespace jet

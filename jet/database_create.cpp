@@ -1,6 +1,7 @@
+#include "database_state.h"
 #include "format/text_codec.h"
-#include "jet/database.h"
 #include "tables/table_maker.h"
+#include "tables/table_writer.h"
 
 #include <algorithm>
 #include <chrono>
@@ -41,34 +42,23 @@ Value ValueOf(const Row& row, const TableDef& def, const char16_t* name) {
 
 } // namespace
 
-Table Database::SystemTable(PageNo page) const {
-    return Table(pager_, allocator_, std::make_shared<TableDef>(ReadTableDef(*pager_, page)));
-}
-
-Database Database::Create(const std::filesystem::path& path, std::u16string_view password, OpenOptions options) {
-    options.writable = true;
-    const unsigned batch = std::exchange(options.batch, 1000);
-    Storage& storage = options.storage ? *options.storage : SystemStorage();
-    Pager::Options pagerOptions;
-    pagerOptions.writable = true;
-    pagerOptions.batch = options.batch;
-    pagerOptions.durability = options.durability;
+Database Database::Create(const std::filesystem::path& path, std::u16string_view password, const OpenOptions& options) {
+    Storage& storage = StorageOf(options);
     const Bytes pages = MakeEmptyDatabase(kNewFileDate, password);
-    Database database(Pager::Create(storage, path, pages, pagerOptions));
+    auto state = std::make_unique<State>(Pager::Create(storage, path, pages, PagerOptions(options, true)));
     try {
-        database.FillNewCatalog();
-        database.Commit();
+        state->pager->Begin();
+        state->FillNewCatalog(kNewFileDate);
+        state->pager->Commit();
     } catch (const Error&) {
-        database.pager_.reset();
-        database.allocator_.reset();
+        state.reset();
         storage.Remove(path);
         throw;
     }
-    database.SetBatch(batch);
-    return database;
+    return Database(std::move(state));
 }
 
-void Database::FillNewCatalog() {
+void Database::State::FillNewCatalog(double created) {
     const SecurityIds ids = NewFileSecurityIds();
     struct Object {
         std::int32_t id;
@@ -88,17 +78,17 @@ void Database::FillNewCatalog() {
         {5, kTablesContainer, u"MSysRelationships", 1, false},
     };
     const auto systemFlag = static_cast<std::int32_t>(0x80000000U);
-    Table catalog = SystemTable(kCatalogPage);
+    Table objectTable = SystemTable(kCatalogPage);
     for (const Object& object : objects) {
-        catalog.Insert(
-            Assign(catalog.definition(), {{u"Id", object.id},
-                                          {u"ParentId", object.parent},
-                                          {u"Name", std::u16string(object.name)},
-                                          {u"Type", object.type},
-                                          {u"DateCreate", DateTime{kNewFileDate}},
-                                          {u"DateUpdate", DateTime{kNewFileDate}},
-                                          {u"Owner", object.byAdministrator ? ids.administrator : ids.engine},
-                                          {u"Flags", systemFlag}}));
+        objectTable.Insert(
+            Assign(objectTable.definition(), {{u"Id", object.id},
+                                              {u"ParentId", object.parent},
+                                              {u"Name", std::u16string(object.name)},
+                                              {u"Type", object.type},
+                                              {u"DateCreate", DateTime{created}},
+                                              {u"DateUpdate", DateTime{created}},
+                                              {u"Owner", object.byAdministrator ? ids.administrator : ids.engine},
+                                              {u"Flags", systemFlag}}));
     }
     struct Right {
         std::int32_t object;
@@ -135,26 +125,27 @@ void Database::FillNewCatalog() {
 }
 
 Table Database::CreateTable(const TableSpec& wanted) {
-    if (GetCatalog().FindTable(wanted.name)) {
-        throw Error(ErrorCode::kTableExists, "The database has a table " + ToUtf8(wanted.name) + " already");
+    State& state = *state_;
+    if (state.GetCatalog().FindTable(wanted.name)) {
+        throw Error(ErrorCode::kTableExists, "The database already has a table " + ToUtf8(wanted.name));
     }
-    Statement statement(*pager_);
-    const PageNo page = MakeTable(*pager_, *allocator_, wanted);
-    RegisterTable(wanted.name, page);
+    Statement statement(*state.pager);
+    const PageNo page = MakeTable(*state.pager, *state.allocator, wanted);
+    state.RegisterTable(wanted.name, page);
     statement.Done();
     return OpenTable(wanted.name);
 }
 
 /// Enters a table into the catalog, with the owner of the database and the rights that the container hands down.
-void Database::RegisterTable(const std::u16string& name, PageNo page) {
+void Database::State::RegisterTable(const std::u16string& name, PageNo page) {
     const auto id = static_cast<std::int32_t>(page);
-    const Table catalog = SystemTable(kCatalogPage);
+    const Table objectTable = SystemTable(kCatalogPage);
     Value owner;
-    Cursor objects = catalog.Where(ParseConditions(u"[Name]='MSysDb'"));
-    if (objects.Next()) owner = ValueOf(objects.Current(), catalog.definition(), u"Owner");
+    Cursor objects = objectTable.Where(ParseConditions(u"[Name]='MSysDb'"));
+    if (objects.Next()) owner = ValueOf(objects.Current(), objectTable.definition(), u"Owner");
     const DateTime now = Now();
-    const auto def = std::make_shared<TableDef>(catalog.definition());
-    TableWriter(pager_, *allocator_, def)
+    const auto def = std::make_shared<TableDef>(objectTable.definition());
+    TableWriter(pager, *allocator, def)
         .Insert(Assign(*def, {{u"Id", id},
                               {u"ParentId", kTablesContainer},
                               {u"Name", name},
@@ -174,7 +165,7 @@ void Database::RegisterTable(const std::u16string& name, PageNo page) {
     }
     const auto accessDef = std::make_shared<TableDef>(access.definition());
     for (const Value& user : users) {
-        TableWriter(pager_, *allocator_, accessDef)
+        TableWriter(pager, *allocator, accessDef)
             .Insert(Assign(*accessDef,
                            {{u"ObjectId", id}, {u"SID", user}, {u"ACM", kAllRights}, {u"FInheritable", false}}));
     }

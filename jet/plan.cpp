@@ -1,5 +1,6 @@
+#include "plan.h"
+
 #include "format/sort_key.h"
-#include "jet/cursor.h"
 #include "tables/index_scan.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "query.h"
+#include "jet/query.h"
 
 #include "format/table_def.h"
 #include "format/text_codec.h"

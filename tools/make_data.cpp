@@ -15,7 +15,6 @@
 namespace {
 
 constexpr std::u16string_view kPassword = u"lanternfox";
-constexpr unsigned kBatch = 2000;
 
 struct Settings {
     std::filesystem::path folder;
@@ -276,7 +275,7 @@ std::vector<int> RecordNumbers(const Settings& settings, int folderRows) {
 void MakeFile(const Settings& settings, char kind, const std::filesystem::path& path, int folderRows) {
     std::filesystem::remove(path);
     jet::Database database = jet::Database::Create(path, kPassword);
-    database.SetBatch(kBatch);
+    database.Begin();
     const Scrambler scrambler(settings.seed);
     const char16_t* const name = kind == 'F' ? u"PAF_FULLAddress" : u"PAF_StreetAddress";
     jet::Table table = database.CreateTable(kind == 'Z' ? PostZonTable() : AddressTable(name));

@@ -1,17 +1,11 @@
 #pragma once
 
+#include "jet/bytes.h"
+
 #include <bit>
 #include <cstddef>
-#include <cstdint>
-#include <span>
-#include <vector>
 
 namespace jet {
-
-using Byte = std::uint8_t;
-using Bytes = std::vector<Byte>;
-using ByteView = std::span<const Byte>;
-using ByteSpan = std::span<Byte>;
 
 // Little-endian and big-endian numbers at a place whose bounds the caller has checked.
 

@@ -2,7 +2,7 @@
 // folder with PAF_FULL.dat and PAF_POSTZON.dat to use; otherwise a folder is made for the run and removed again.
 
 #include "format/text_codec.h"
-#include "jet/database.h"
+#include "jet/change_group.h"
 
 #include <benchmark/benchmark.h>
 #include <lmdb.h>
@@ -89,14 +89,14 @@ class Data {
         using enum jet::ColumnType;
         std::mt19937_64 random(1);
         jet::Database full = jet::Database::Create(folder_ / "PAF_FULL.dat", kPassword);
-        full.SetBatch(2000);
+        full.Begin();
         jet::Table table = full.CreateTable({u"PAF_FULLAddress",
                                              {{.name = u"FT_Postcode", .length = 10},
                                               {.name = u"FT_Address", .type = kMemo},
                                               {.name = u"FT_Update", .length = 8}},
                                              {{.name = u"PrimaryKey", .columns = {u"FT_Postcode"}, .primary = true}}});
         jet::Database zon = jet::Database::Create(folder_ / "PAF_POSTZON.dat", kPassword);
-        zon.SetBatch(2000);
+        zon.Begin();
         jet::Table points = zon.CreateTable({u"PAF_PostZon",
                                              {{.name = u"PZ_Postcode", .length = 10},
                                               {.name = u"PZ_OSRef", .length = 12},
@@ -130,8 +130,8 @@ class Data {
         }
         jet::Database zon = jet::Database::Open(folder_ / "PAF_POSTZON.dat", kPassword);
         const jet::Table table = zon.OpenTable(u"PAF_PostZon");
-        const std::size_t lat = *table.definition().FindColumn(u"PZ_Lat");
-        const std::size_t lon = *table.definition().FindColumn(u"PZ_Long");
+        const std::size_t lat = *table.FindColumn(u"PZ_Lat");
+        const std::size_t lon = *table.FindColumn(u"PZ_Long");
         jet::Cursor all = table.Rows();
         while (all.Next()) {
             const jet::Value x = all.Current().Get(lon);
@@ -398,9 +398,9 @@ void JetApply(benchmark::State& state) {
         state.ResumeTiming();
         jet::OpenOptions options;
         options.writable = true;
-        options.batch = static_cast<unsigned>(state.range(0));
         jet::Database database = jet::Database::Open(copy, kPassword, options);
-        jet::Table table = database.OpenTable(u"PAF_FULLAddress");
+        const jet::Table table = database.OpenTable(u"PAF_FULLAddress");
+        jet::ChangeGroup group(database, {.records = static_cast<std::size_t>(state.range(0))});
         const std::u16string address(250, u'N');
         for (int i = 0; i < kUpdates; ++i) {
             const std::u16string key = Wide(UpdateKey(data, i));
@@ -408,11 +408,12 @@ void JetApply(benchmark::State& state) {
             std::u16string criterion = u"[FT_PostCode]='";
             const auto found = table.FindFirst(criterion.append(key).append(u"'"));
             if (found) {
-                table.Update(*found, row);
+                group.Update(table, *found, row);
             } else {
-                table.Insert(row);
+                group.Insert(table, row);
             }
         }
+        group.Commit();
         database.Close();
     }
     std::filesystem::remove(copy);

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "jet/value.h"
+#include "base/row_pointer.h"
+#include "jet/table.h"
 #include "storage/pager.h"
 
 #include <optional>
@@ -9,13 +10,10 @@
 
 namespace jet {
 
-struct Column {
-    std::u16string name;
-    ColumnType type = ColumnType::kText;
+struct Column : ColumnInfo {
     std::uint16_t number = 0;        ///< bit in the null mask, lasting
     std::uint16_t variableIndex = 0; ///< place among the variable columns
     std::uint16_t fixedOffset = 0;   ///< after the row's column count
-    std::uint16_t length = 0;        ///< bytes; text: twice the characters
     std::uint8_t flags = 0;
     std::uint8_t moreFlags = 0;
     std::uint16_t sortOrder = kGeneralLcid;
@@ -25,8 +23,6 @@ struct Column {
     std::uint32_t freeMap = 0;
 
     bool IsFixed() const { return (flags & kColumnFixed) != 0; }
-    bool IsLong() const { return type == ColumnType::kMemo || type == ColumnType::kOle; }
-    bool IsTextual() const { return type == ColumnType::kMemo || type == ColumnType::kText; }
 };
 
 struct IndexColumn {
@@ -76,33 +72,6 @@ std::size_t FixedSize(ColumnType type, std::size_t length);
 bool SameName(std::u16string_view a, std::u16string_view b);
 /// A name in the form by which SameName compares.
 std::u16string FoldName(std::u16string_view name);
-
-/// A column of a table to be made.
-struct ColumnSpec {
-    std::u16string name;
-    ColumnType type = ColumnType::kText;
-    std::uint16_t length = 255;  ///< characters for TEXT, bytes for BINARY; else unused
-    bool compressed = true;      ///< TEXT and MEMO: store Latin-1 text in one byte a character
-    bool autoNumber = false;     ///< LONG only
-    std::uint8_t precision = 18; ///< NUMERIC only
-    std::uint8_t scale = 0;
-};
-
-struct IndexSpec {
-    std::u16string name;
-    std::vector<std::u16string> columns;
-    bool primary = false;
-    bool unique = false;
-    bool ignoreNulls = false;
-    bool required = false;
-    bool descending = false; ///< all columns
-};
-
-struct TableSpec {
-    std::u16string name;
-    std::vector<ColumnSpec> columns;
-    std::vector<IndexSpec> indexes;
-};
 
 /// Where a new table's parts stand.
 struct TablePlaces {

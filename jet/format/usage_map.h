@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jet/value.h"
+#include "base/row_pointer.h"
 #include "storage/pager.h"
 
 #include <functional>

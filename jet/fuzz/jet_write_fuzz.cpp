@@ -74,7 +74,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                               {.name = u"P", .type = jet::ColumnType::kDouble}},
                                              {{.name = u"K", .columns = {u"K"}, .primary = true},
                                               {.name = u"P", .columns = {u"P", u"K"}, .descending = true}}});
-    database.SetBatch(1 + decide.Byte() % 20);
+    const int together = 1 + decide.Byte() % 20;
+    database.Begin();
     std::map<std::u16string, Record> model;
     for (int step = 1; !decide.AtEnd(); ++step) {
         const unsigned action = decide.Byte();
@@ -93,6 +94,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         } else {
             table.Insert(values);
             model[key] = record;
+        }
+        if (step % together == 0) {
+            database.Commit();
+            database.Begin();
         }
         if (step % 25 == 0) Compare(database, table, model);
     }

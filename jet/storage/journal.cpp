@@ -129,8 +129,7 @@ void Journal::OpenFile() {
     if (!file_) file_ = storage_.Open(path_, OpenMode::kSideFile);
 }
 
-void Journal::Append(File& database, std::uint64_t identity, PageNo oldPageCount, std::span<const PageNo> pages,
-                     bool flush) {
+void Journal::Append(File& database, std::uint64_t identity, PageNo oldPageCount, std::span<const PageNo> pages) {
     OpenFile();
     if (segments_ == 0) {
         if (salt_ == 0) salt_ = NewSalt();
@@ -164,16 +163,16 @@ void Journal::Append(File& database, std::uint64_t identity, PageNo oldPageCount
         done += count;
         start = 0;
     }
-    if (flush) file_->Flush();
+    file_->Flush();
     end_ = offset;
     ++segments_;
 }
 
-void Journal::Invalidate(bool flush) {
+void Journal::Invalidate() {
     if (file_) {
         const std::array<Byte, kHeaderSize> nothing{};
         file_->WriteAt(0, nothing);
-        if (flush) file_->Flush();
+        file_->Flush();
     }
     segments_ = 0;
 }
@@ -203,7 +202,7 @@ void Journal::Replay(File& database, std::uint64_t identity) {
         if (database.Size() != size) database.Resize(size);
         database.Flush();
     }
-    Invalidate(true);
+    Invalidate();
 }
 
 } // namespace jet

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/bytes.h"
 #include "base/format.h"
 #include "jet/storage.h"
 
@@ -24,10 +25,10 @@ class Journal {
     /// What ties a journal to its database: a hash of the header page, which no transaction changes.
     static std::uint64_t Identity(File& database);
 
-    /// Adds one segment with the present contents of `pages`, read from `database`. `flush` makes it lasting.
-    void Append(File& database, std::uint64_t identity, PageNo oldPageCount, std::span<const PageNo> pages, bool flush);
+    /// Adds one segment with the present contents of `pages`, read from `database`, and flushes it.
+    void Append(File& database, std::uint64_t identity, PageNo oldPageCount, std::span<const PageNo> pages);
     /// Commits: from here on the overwritten pages stand.
-    void Invalidate(bool flush);
+    void Invalidate();
     /// Removes the file; failures are ignored, as an invalid journal harms nobody.
     void Remove() noexcept;
     bool active() const { return segments_ > 0; }

@@ -72,7 +72,7 @@ std::shared_ptr<Pager> Pager::Create(Storage& storage, const std::filesystem::pa
         // A journal of an earlier file of this name must not be taken for this one's.
         storage.Remove(Journal::PathFor(path));
         file->WriteAt(0, pages);
-        if (options.durability == Durability::kPower) file->Flush();
+        file->Flush();
     } catch (const Error&) {
         file.reset();
         storage.Remove(path);
@@ -84,7 +84,6 @@ std::shared_ptr<Pager> Pager::Create(Storage& storage, const std::filesystem::pa
 Pager::Pager(Storage& storage, const std::filesystem::path& path, std::unique_ptr<File> file, const Options& options)
     : file_(std::move(file)), options_(options), journal_(storage, Journal::PathFor(path)) {
     spareImages_.reserve(kSpareImages);
-    SetBatch(options.batch);
     // A last part of a page belongs to no page; the header check reports it.
     const std::uint64_t size = file_->Size();
     const std::uint64_t pages = size / kPageSize;
@@ -111,7 +110,7 @@ void Pager::Close() {
 
 void Pager::CheckUsable() const {
     if (!file_) throw Error(ErrorCode::kUsage, "The database is closed");
-    if (broken_) throw Error(ErrorCode::kIo, "The database must be opened anew after a failed write");
+    if (broken_) throw Error(ErrorCode::kIo, "The database must be opened again after a failed write");
 }
 
 /// Forgets a page; whoever still pins it keeps the bytes.
@@ -233,7 +232,7 @@ void Pager::BeginStatement() {
     CheckUsable();
     if (!options_.writable) throw Error(ErrorCode::kReadOnly, "The database is open for reading only");
     if (inStatement_) throw Error(ErrorCode::kUsage, "Statements cannot be nested");
-    if (pending_ == 0) transactionPages_ = pageCount_;
+    if (!pending_) transactionPages_ = pageCount_;
     statementPages_ = pageCount_;
     inStatement_ = true;
 }
@@ -242,8 +241,8 @@ void Pager::EndStatement() {
     inStatement_ = false;
     for (Page* page : touched_) ForgetImage(page);
     touched_.clear();
-    ++pending_;
-    if (pending_ >= options_.batch) {
+    pending_ = true;
+    if (!begun_) {
         Commit();
     } else if (dirty_.size() > options_.spillPages) {
         try {
@@ -273,20 +272,41 @@ void Pager::UndoStatement() noexcept {
     ++rollbacks_;
 }
 
+void Pager::Begin() {
+    CheckUsable();
+    if (begun_) throw Error(ErrorCode::kUsage, "A transaction is already open");
+    begun_ = true;
+}
+
 void Pager::Commit() {
     CheckUsable();
     if (inStatement_) throw Error(ErrorCode::kUsage, "A statement is still open");
-    if (pending_ == 0) return;
+    begun_ = false;
+    if (!pending_) return;
     try {
         WriteOut();
-        if (options_.durability == Durability::kPower) file_->Flush();
-        if (journal_.active()) journal_.Invalidate(options_.durability == Durability::kPower);
+        file_->Flush();
     } catch (const std::exception&) {
         UndoTransaction();
         throw;
     }
-    pending_ = 0;
+    try {
+        if (journal_.active()) journal_.Invalidate();
+    } catch (const std::exception&) {
+        // The journal may or may not be invalid now, so neither going on nor rolling back would be right. The journal
+        // decides at the next opening.
+        broken_ = true;
+        throw;
+    }
+    pending_ = false;
     journaled_.clear();
+}
+
+void Pager::RollBack() {
+    CheckUsable();
+    if (inStatement_) throw Error(ErrorCode::kUsage, "A statement is still open");
+    if (begun_ || pending_) UndoTransaction();
+    CheckUsable();
 }
 
 /// Saves the old contents of the changed pages, then writes the new ones. The transaction stays undecided.
@@ -297,7 +317,7 @@ void Pager::WriteOut() {
     for (const Page* page : dirty_) {
         if (page->number < transactionPages_ && journaled_.insert(page->number).second) save.push_back(page->number);
     }
-    journal_.Append(*file_, identity_, transactionPages_, save, options_.durability == Durability::kPower);
+    journal_.Append(*file_, identity_, transactionPages_, save);
     // New pages first: where the disk is full, that shows before anything is overwritten.
     const auto grown = std::find_if(dirty_.begin(), dirty_.end(),
                                     [this](const Page* page) { return page->number >= transactionPages_; });
@@ -325,8 +345,9 @@ void Pager::UndoTransaction() noexcept {
     try {
         dirty_.clear();
         for (const auto& frame : frames_) Drop(frame.get());
-        pageCount_ = transactionPages_;
-        pending_ = 0;
+        if (pending_) pageCount_ = transactionPages_;
+        begun_ = false;
+        pending_ = false;
         ++rollbacks_;
         journaled_.clear();
         if (journal_.active()) {

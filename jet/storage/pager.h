@@ -11,12 +11,6 @@
 
 namespace jet {
 
-/// What a finished transaction survives.
-enum class Durability {
-    kProcess, ///< the end of the process at any instant; a power cut may damage the file
-    kPower,   ///< also a power cut; costs two or three flushes per transaction
-};
-
 /// Where the entries of an index page end, in its area; checked (see IndexPage).
 using EntryEnds = std::vector<std::uint16_t>;
 
@@ -78,14 +72,13 @@ class PageEdit : public PageRef {
 
 /// All page input and output of one open file: cache, transactions, recovery. One thread at a time.
 ///
-/// Changes are made inside a Statement, which takes effect whole or not at all. One or several statements make a
-/// transaction (`batch`), written to the file under the protection of the journal.
+/// Changes are made inside a Statement, which takes effect whole or not at all. A statement is a transaction of its own
+/// unless Begin was called: then all statements up to Commit are one. A transaction is written to the file under the
+/// protection of the journal and survives a power cut once it is committed.
 class Pager {
   public:
     struct Options {
         bool writable = false;
-        Durability durability = Durability::kProcess;
-        unsigned batch = 1;            ///< statements per transaction
         std::size_t cachePages = 1024; ///< unchanged pages kept in memory
         std::size_t spillPages = 4096; ///< changed pages after which an open transaction is written out
     };
@@ -112,10 +105,12 @@ class Pager {
     /// A zeroed page at the end of the file.
     PageEdit Append();
 
-    void SetBatch(unsigned statements) { options_.batch = statements == 0 ? 1 : statements; }
-    bool hasOpenStatements() const { return pending_ > 0; }
-    /// Writes the open transaction; what it holds is safe when this returns. On failure nothing of it is left.
+    /// The statements that follow are one transaction, until Commit or until a failure rolls it back.
+    void Begin();
+    bool inTransaction() const { return begun_; }
+    /// Writes the open transaction; its changes are on the disk when this returns. On failure nothing of it is left.
     void Commit();
+    void RollBack();
     /// Commits and closes the file; later calls fail with kUsage.
     void Close();
 
@@ -151,7 +146,8 @@ class Pager {
 
     bool broken_ = false;
     bool inStatement_ = false;
-    unsigned pending_ = 0;        ///< statements in the open transaction
+    bool begun_ = false;          ///< by Begin
+    bool pending_ = false;        ///< the open transaction has finished statements
     PageNo transactionPages_ = 0; ///< page count when it began
     PageNo statementPages_ = 0;
     std::vector<Page*> touched_; ///< pages with an image
@@ -169,7 +165,8 @@ class Statement {
     }
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
-    /// Ends it; commits when the batch is full. On failure the whole open transaction is taken back.
+    /// Ends it, and commits it unless it is part of a larger transaction. On failure the whole open transaction is
+    /// rolled back.
     void Done() {
         Pager* const pager = std::exchange(pager_, nullptr);
         pager->EndStatement();

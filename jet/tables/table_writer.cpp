@@ -1,5 +1,6 @@
 #include "tables/table_writer.h"
 
+#include "format/row_codec.h"
 #include "format/sort_key.h"
 #include "format/text_codec.h"
 #include "jet/error.h"

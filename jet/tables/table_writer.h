@@ -1,17 +1,9 @@
 #pragma once
 
-#include "jet/cursor.h"
+#include "jet/table.h"
 #include "tables/allocator.h"
 
-#include <span>
-
 namespace jet {
-
-/// A new value for the column at this position in the definition.
-struct Assignment {
-    std::size_t column = 0;
-    Value value;
-};
 
 /// Inserts, updates and deletes rows of one table, with their long values, index entries and counts. Each call must run
 /// inside a statement, which must be rolled back if the call throws.

@@ -60,24 +60,26 @@ class CrashTest : public ::testing::Test {
         }
     }
 
-    static OpenOptions Writing(Storage& storage, unsigned batch, Durability durability) {
+    static OpenOptions Writing(Storage& storage, unsigned batch = 1) {
         OpenOptions options;
         options.storage = &storage;
         options.writable = true;
-        options.batch = batch;
-        options.durability = durability;
         // Large batches are written out before their end, so that a kill meets several segments of a journal.
         if (batch > 5) options.spillPages = 3;
         return options;
     }
 
     /// Applies all changes until the storage gives up; returns how many calls to Change came back.
-    static int Apply(Storage& storage, unsigned batch, Durability durability) {
+    static int Apply(Storage& storage, unsigned batch) {
         int done = 0;
         try {
-            Database db = Database::Open("db", kPassword, Writing(storage, batch, durability));
+            Database db = Database::Open("db", kPassword, Writing(storage, batch));
             Table table = db.OpenTable(u"T");
-            for (; done < kRecords; ++done) Change(table, done);
+            for (; done < kRecords; ++done) {
+                if (done % static_cast<int>(batch) == 0) db.Begin();
+                Change(table, done);
+                if ((done + 1) % static_cast<int>(batch) == 0) db.Commit();
+            }
             db.Close();
             ++done;
         } catch (const Error&) {
@@ -90,11 +92,11 @@ class CrashTest : public ::testing::Test {
     static int ApplyInGroups(Storage& storage, unsigned most, std::size_t spillPages) {
         int done = 0;
         try {
-            OpenOptions options = Writing(storage, 1, Durability::kProcess);
+            OpenOptions options = Writing(storage);
             options.spillPages = spillPages;
             Database db = Database::Open("db", kPassword, options);
             const Table table = db.OpenTable(u"T");
-            ChangeGroup group(db, most);
+            ChangeGroup group(db, {.records = most});
             for (; done < kRecords; ++done) {
                 Change(group, table, done);
                 Change(group, table, done);
@@ -142,7 +144,7 @@ class CrashTest : public ::testing::Test {
             base.Put("db", start_);
             FaultStorage storage(base);
             storage.FailAt(call, Fault::kTornKill);
-            ASSERT_LE(Apply(storage, batch, Durability::kProcess), kRecords) << "never half written";
+            ASSERT_LE(Apply(storage, batch), kRecords) << "never half written";
             const bool begun = base.Exists("db.journal") && base.Get("db") != start_;
             if (begun && Journal::IsHot(base, "db.journal", *base.Open("db", OpenMode::kReadDenyWrite))) return;
             base.Remove("db.journal");
@@ -161,7 +163,7 @@ TEST_F(CrashTest, KilledAtAnyWritingCallEachRecordIsOldOrNew) {
                 base.Put("db", start_);
                 FaultStorage storage(base);
                 storage.FailAt(call, fault);
-                const int done = Apply(storage, batch, Durability::kProcess);
+                const int done = Apply(storage, batch);
                 const int changed = CountChanged(base);
                 // What came back is there, less an open batch; one more may be there that did not come back.
                 const int safe = done > kRecords ? kRecords : done - done % static_cast<int>(batch);
@@ -183,7 +185,7 @@ TEST_F(CrashTest, PowerCutAtAnyWritingCallIsSurvivedWhenAskedFor) {
         base.Put("db", start_);
         FaultStorage storage(base);
         storage.FailAt(call, Fault::kKill);
-        const int done = Apply(storage, 1, Durability::kPower);
+        const int done = Apply(storage, 1);
         storage.CutPower(random);
         EXPECT_GE(CountChanged(base), std::min(done, kRecords)) << call;
         if (::testing::Test::HasFailure() || storage.calls() <= call) break;
@@ -214,13 +216,19 @@ TEST_F(CrashTest, FailedWritesLeaveTheFileAsItWasAndTheDatabaseUsable) {
             MemoryStorage base;
             base.Put("db", start_);
             FaultStorage storage(base);
-            Database db = Database::Open("db", kPassword, Writing(storage, 1, Durability::kProcess));
+            Database db = Database::Open("db", kPassword, Writing(storage));
             Table table = db.OpenTable(u"T");
             storage.FailAt(call, fault);
             const int last = kRecords - 1; // the one that makes the file grow most
             const auto code = CodeOf([&] { Change(table, last); });
             storage.Heal();
             if (!code) continue;
+            if (CodeOf([&] { table.CountRows(); })) {
+                // The commit itself failed, and only the file knows what became of it.
+                db.Close();
+                EXPECT_EQ(ErrorsOf(CheckIntegrity(OpenMemory(base))), "") << call;
+                continue;
+            }
             EXPECT_EQ(base.Get("db"), start_) << call;
             EXPECT_EQ(table.CountRows(), static_cast<std::uint64_t>(kRecords / 2)) << call;
             EXPECT_EQ(ErrorsOf(CheckIntegrity(db)), "") << call;
@@ -257,15 +265,20 @@ TEST_F(CrashTest, AGroupKilledAtAnyWritingCallIsThereOrNot) {
 TEST_F(CrashTest, AGroupOutlivesAWriteThatFailsOnce) {
     // Some groups are written out before their end, though never with one record alone in them.
     for (const std::size_t spillPages : {std::size_t{4096}, std::size_t{12}}) {
+        int refused = 0;
         for (std::size_t call = 0;; ++call) {
             MemoryStorage base;
             base.Put("db", start_);
             FaultStorage storage(base);
             storage.FailAt(call, Fault::kOneError);
-            EXPECT_GT(ApplyInGroups(storage, 10, spillPages), kRecords) << call;
-            EXPECT_EQ(CountChanged(base), kRecords) << call;
+            const bool whole = ApplyInGroups(storage, 10, spillPages) > kRecords;
+            const int changed = CountChanged(base);
+            // Where the commit itself fails the group ends there, in the file or not.
+            EXPECT_TRUE(changed == kRecords || (!whole && changed % 5 == 0)) << call;
+            if (!whole) ++refused;
             if (HasFailure() || storage.calls() <= call) break;
         }
+        EXPECT_LE(refused, 6) << "two calls of each of three commits";
     }
 }
 
@@ -276,20 +289,20 @@ TEST_F(CrashTest, AGroupOnAFullDiskKeepsTheRecordsBeforeTheOneThatFails) {
             MemoryStorage base;
             base.Put("db", start_);
             FaultStorage storage(base);
-            OpenOptions options = Writing(storage, 1, Durability::kProcess);
+            OpenOptions options = Writing(storage);
             options.spillPages = spillPages;
             Database db = Database::Open("db", kPassword, options);
             Table table = db.OpenTable(u"T");
-            ChangeGroup group(db, 8);
+            std::optional<ChangeGroup> group(std::in_place, db, GroupLimits{.records = 8});
             storage.FailAt(call, Fault::kDiskFull);
             const auto code = CodeOf([&] {
-                for (int i = 0; i < kRecords; ++i) Change(group, table, i);
-                group.Commit();
+                for (int i = 0; i < kRecords; ++i) Change(*group, table, i);
+                group->Commit();
             });
             if (!code) break;
             EXPECT_EQ(code, ErrorCode::kDiskFull) << call;
             const int changed = CountChanged(db);
-            db.SetBatch(1);
+            group.reset();
             EXPECT_EQ(CodeOf([&] { Change(table, changed); }), ErrorCode::kDiskFull)
                 << call << ": it would have fitted";
             if (changed % 8 != 0) ++inside;
@@ -307,7 +320,7 @@ TEST_F(CrashTest, ABadRecordInAGroupIsTakenBackAlone) {
     storage.Put("db", start_);
     Database db = OpenMemory(storage, true);
     const Table table = db.OpenTable(u"T");
-    ChangeGroup group(db, 5);
+    ChangeGroup group(db, {.records = 5});
     for (int i = 0; i < 4; ++i) Change(group, table, i);
     std::vector<Assignment> bad = NewValues(4);
     bad[2].value = std::u16string(101, u'x');

@@ -1,3 +1,4 @@
+#include "format/data_page.h"
 #include "jet_support.h"
 
 #include "format/header.h"
@@ -115,7 +116,7 @@ TEST_F(DamageTest, CirclesAreFound) {
     };
     expectRefused("definition", [&](Byte* file) { Store32(file + at(def.page) + 4, def.page); });
     const Index& index = def.indexes[0];
-    const IndexPage root(db.pager()->Read(index.root), def.page);
+    const IndexPage root(Insides::PagerOf(db)->Read(index.root), def.page);
     ASSERT_FALSE(root.isLeaf());
     expectRefused("child", [&](Byte* file) {
         for (std::size_t i = 0; i < kIndexArea - 4; ++i) {
@@ -136,7 +137,7 @@ TEST_F(DamageTest, CirclesAreFound) {
     bool moved = false;
     while (!moved && cursor.Next()) {
         const RowId id = cursor.Current().id();
-        const RowBody body = FollowRow(*db.pager(), def.page, id);
+        const RowBody body = FollowRow(*Insides::PagerOf(db), def.page, id);
         if (body.id == id) continue;
         moved = true;
         expectRefused("moved row", [&](Byte* file) {
@@ -146,14 +147,14 @@ TEST_F(DamageTest, CirclesAreFound) {
     }
     EXPECT_TRUE(moved);
     // A leaf linked to itself is met by whoever runs along the leaves.
-    IndexScan scan(*db.pager(), def.page, index.root, {{}, kBeforeAllRows});
+    IndexScan scan(*Insides::PagerOf(db), def.page, index.root, {{}, kBeforeAllRows});
     const PageNo leaf = root.Child(0);
     Bytes bytes = good_;
     Store32(bytes.data() + at(leaf) + kIndexNext, leaf);
     storage_.Put("db", bytes);
     Database damaged = OpenMemory(storage_);
     EXPECT_EQ(CodeOf([&] {
-                  IndexScan along(*damaged.pager(), def.page, index.root, {{}, kBeforeAllRows});
+                  IndexScan along(*Insides::PagerOf(damaged), def.page, index.root, {{}, kBeforeAllRows});
                   while (along.Next()) continue;
               }),
               ErrorCode::kCorrupt);

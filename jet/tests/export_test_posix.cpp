@@ -89,7 +89,7 @@ TEST_F(ExportTest, WrittenFilesAreReadByAnIndependentReader) {
                           {.name = u"N", .type = ColumnType::kLong}},
                          {{.name = u"PrimaryKey", .columns = {u"K"}, .primary = true}}};
         Table table = db.CreateTable(wanted);
-        db.SetBatch(100);
+        db.Begin();
         for (int i = 0; i < 500; ++i) {
             table.Insert({{Assignment{0, Wide(std::to_string(i))},
                            Assignment{1, std::u16string(static_cast<std::size_t>(i), u'm')}, Assignment{2, i / 8.0},

@@ -67,11 +67,10 @@ std::vector<Value> Values(const Row& row, const TableDef& def) {
     return values;
 }
 
-Database OpenMemory(Storage& storage, bool writable, unsigned batch) {
+Database OpenMemory(Storage& storage, bool writable) {
     OpenOptions options;
     options.storage = &storage;
     options.writable = writable;
-    options.batch = batch;
     return Database::Open("db", kPassword, options);
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
-#include "jet/database.h"
+#include "format/table_def.h"
+#include "insides.h"
 #include "jet/text.h"
+#include "storage/pager.h"
 
 #include <filesystem>
 #include <string>
@@ -44,7 +46,7 @@ std::optional<ErrorCode> CodeOf(const Action& action) {
 }
 
 /// Opens a database in a memory storage under the name "db".
-Database OpenMemory(Storage& storage, bool writable = false, unsigned batch = 1);
+Database OpenMemory(Storage& storage, bool writable = false);
 
 /// A new folder, removed with everything in it.
 class Folder {

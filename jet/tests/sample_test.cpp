@@ -1,3 +1,4 @@
+#include "catalog.h"
 #include "jet_support.h"
 
 #include "format/sort_key.h"
@@ -126,12 +127,12 @@ TEST(SampleTest, EveryStoredIndexEntryEqualsTheKeyMadeFromItsRow) {
     std::size_t entries = 0;
     for (const char* file : kFiles) {
         Database db = Database::Open(Sample(file), kPassword);
-        for (const auto& [name, page] : Catalog(db.pager()).AllTables()) {
+        for (const auto& [name, page] : Catalog(Insides::PagerOf(db)).AllTables()) {
             const Table table = db.OpenTable(name);
             const TableDef& def = table.definition();
             ASSERT_EQ(def.page, page);
             for (const Index& index : def.indexes) {
-                IndexScan scan(*db.pager(), def.page, index.root, {{}, kBeforeAllRows});
+                IndexScan scan(*Insides::PagerOf(db), def.page, index.root, {{}, kBeforeAllRows});
                 while (scan.Next()) {
                     const Row row = table.Fetch(scan.Row());
                     Bytes key;

@@ -99,8 +99,12 @@ TEST(WriteTest, RandomChangesKeepTheFileSoundAndEqualToAModel) {
     for (int round = 0; round < 40; ++round) {
         // Some rounds mostly add, some mostly delete, so that trees grow and are emptied again.
         const unsigned deleteShare = round % 10 < 6 ? 1 : 7;
-        db.SetBatch(round % 3 == 0 ? 1 : 25);
+        const int together = round % 3 == 0 ? 1 : 25;
         for (int step = 0; step < 60; ++step) {
+            if (step % together == 0) {
+                if (step > 0) db.Commit();
+                db.Begin();
+            }
             const auto action = random() % 10;
             if (model.empty() || action >= deleteShare + 2) {
                 const std::vector<Value> row = RandomRow(random);
@@ -143,7 +147,7 @@ TEST(WriteTest, TreesOfSeveralLevelsGrowAndAreEmptied) {
     TableSpec wanted{
         u"Words", {{.name = u"Word", .length = 255}}, {{.name = u"Word", .columns = {u"Word"}, .unique = true}}};
     Table table = db.CreateTable(wanted);
-    db.SetBatch(500);
+    db.Begin();
     std::mt19937 random(7);
     std::map<std::u16string, RowId> model;
     // Long keys make pages of a few entries, and so deep trees from few rows.
@@ -248,7 +252,7 @@ TEST(WriteTest, AnIndexThatIsDamagedLeavesTheOthersAsTheyWere) {
 TEST(WriteTest, FilesGrowPastTheInlineMaps) {
     MemoryStorage storage;
     Database db = Database::Create("db", kPassword, InMemory(storage));
-    db.SetBatch(200);
+    db.Begin();
     Table table = db.CreateTable(AddressSpec());
     const std::u16string memo(4000, u'\u0107');
     for (int i = 0; i < 600; ++i) {

@@ -26,7 +26,7 @@ constexpr wchar_t kPackage[] = L"UPDATE_F_20260331";
 constexpr wchar_t kTable[] = L"PAF_FULLAddress";
 constexpr int kRecords = 300;
 // As the product does it, and in small groups, so that many kills meet a file that is being written.
-constexpr std::array<unsigned, 3> kTogether = {database::JetProvider::kRecordsTogether, 7, 1};
+constexpr std::array<std::size_t, 3> kTogether = {128, 7, 1};
 constexpr int kKillsInARow = 4; // of the same file, before a new one is begun
 
 // Tells another process of every record that is about to be merged.
@@ -59,9 +59,9 @@ class ApplyKill : public ::testing::Test {
         for (const auto& [key, values] : package_) expected_[key] = values;
     }
 
-    [[noreturn]] void ApplyInChild(int pipe, unsigned recordsTogether) {
+    [[noreturn]] void ApplyInChild(int pipe, std::size_t recordsTogether) {
         ReportingPlatform platform(pipe);
-        database::JetProvider databases(recordsTogether);
+        database::JetProvider databases({.records = recordsTogether});
         platform.databases = &databases;
         int result = 0;
         try {
@@ -77,7 +77,7 @@ class ApplyKill : public ::testing::Test {
 
     // Applies in a process of its own that is ended a moment after it began the given record (0: while it opens the
     // files). True when it was ended before it was done.
-    bool ApplyAndKill(int record, useconds_t moment, unsigned recordsTogether) {
+    bool ApplyAndKill(int record, useconds_t moment, std::size_t recordsTogether) {
         int ends[2];
         if (pipe(ends) != 0) return false;
         const pid_t child = fork();

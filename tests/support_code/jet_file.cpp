@@ -8,9 +8,8 @@ namespace quorvex::testing {
 
 void WriteJetFile(const std::wstring& path, const FileData& data) {
     std::filesystem::remove(support::ToPath(path));
-    jet::OpenOptions options;
-    options.batch = 10000;
-    jet::Database database = jet::Database::Create(support::ToPath(path), database::ToUtf16(data.password), options);
+    jet::Database database = jet::Database::Create(support::ToPath(path), database::ToUtf16(data.password));
+    database.Begin();
     for (const auto& [name, contents] : data.tables) {
         const jet::IndexSpec byKey{.name = u"Key", .columns = {contents.columns.front().name}};
         jet::Table table = database.CreateTable({database::ToUtf16(name), contents.columns, {byKey}});
@@ -29,7 +28,7 @@ std::vector<std::vector<database::Value>> ReadJetRows(const std::wstring& path, 
     const jet::Table opened = database.OpenTable(database::ToUtf16(table));
     for (jet::Cursor cursor = opened.Rows(); cursor.Next();) {
         auto& row = rows.emplace_back();
-        for (std::size_t i = 0; i < opened.definition().columns.size(); ++i) {
+        for (std::size_t i = 0; i < opened.columnCount(); ++i) {
             row.push_back(database::FromJet(cursor.Current().Get(i)));
         }
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "database/database.h"
-#include "format/table_def.h"
+#include "jet/table.h"
 
 #include <map>
 #include <string>

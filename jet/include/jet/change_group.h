@@ -2,17 +2,31 @@
 
 #include "jet/database.h"
 
+#include <chrono>
+#include <limits>
+
 namespace jet {
 
-/// Changes to many records in few transactions, with the outcome of one transaction for each record: where a record
-/// fails, those before it are kept. When a transaction of several records cannot be written (the disk is full), its
-/// records are written again one by one until one of them fails by itself.
+/// How much one transaction of a ChangeGroup may hold, whichever comes first.
+struct GroupLimits {
+    /// For about this long a group holds the file, flushes included: few flushes, and short waits for readers.
+    std::chrono::milliseconds time{50};
+    std::size_t records = std::numeric_limits<std::size_t>::max();
+};
+
+/// Changes to many records in few transactions, as if each record had been written by itself: if a record fails, those
+/// before it are kept. If a transaction of several records cannot be written (the disk is full), its records are
+/// written again one by one until one of them fails by itself.
 ///
-/// The database must be open for writing, and nobody else may change it meanwhile. What was changed is in the file when
-/// the group is full and after Commit, which must be called at the end.
+/// The database must be open for writing, and nobody else may change it meanwhile. Changes are on the disk once the
+/// group is full and after Commit.
 class ChangeGroup {
   public:
-    ChangeGroup(const Database& database, unsigned mostRecords);
+    explicit ChangeGroup(Database& database, GroupLimits limits = {});
+    /// Commits, but cannot report a failure.
+    ~ChangeGroup();
+    ChangeGroup(const ChangeGroup&) = delete;
+    ChangeGroup& operator=(const ChangeGroup&) = delete;
 
     RowId Insert(const Table& table, std::vector<Assignment> values);
     void Update(const Table& table, RowId id, std::vector<Assignment> values);
@@ -20,6 +34,7 @@ class ChangeGroup {
     void Commit();
 
   private:
+    using Clock = std::chrono::steady_clock;
     struct Change {
         Table table;
         std::vector<Assignment> values;
@@ -28,11 +43,14 @@ class ChangeGroup {
     };
 
     RowId Write(Change change);
+    bool IsFull() const;
     void Redo();
 
     std::shared_ptr<Pager> pager_;
-    std::size_t most_;
+    GroupLimits limits_;
     std::vector<Change> open_; ///< in the open transaction
+    Clock::time_point begun_;
+    Clock::duration commitTime_{}; ///< what the last commit took
 };
 
 } // namespace jet

@@ -1,18 +1,34 @@
 #pragma once
 
-#include "format/data_page.h"
-#include "format/row_codec.h"
-#include "query.h"
+#include "jet/query.h"
+#include "jet/value.h"
 
 #include <memory>
+#include <optional>
+#include <span>
 
 namespace jet {
 
-/// A row's contents, copied out of its page; MEMO values are read when asked for.
+class Pager;
+struct RowBody;
+struct TableDef;
+
+/// A column as a query returns it.
+struct ColumnInfo {
+    std::u16string name;
+    ColumnType type = ColumnType::kText;
+    std::uint16_t length = 0; ///< bytes; text: twice the characters
+
+    bool IsLong() const { return type == ColumnType::kMemo || type == ColumnType::kOle; }
+    bool IsTextual() const { return type == ColumnType::kMemo || type == ColumnType::kText; }
+};
+
+/// A row's contents, copied from its page; MEMO and OLE values are read when asked for.
 class Row {
   public:
     Row() = default;
-    Row(std::shared_ptr<Pager> pager, std::shared_ptr<const TableDef> def, RowId id, ByteView bytes, PageNo page);
+    Row(std::shared_ptr<Pager> pager, std::shared_ptr<const TableDef> def, RowId id, ByteView bytes,
+        std::uint32_t page);
 
     /// The value of the column at this position in the definition.
     Value Get(std::size_t column) const;
@@ -23,37 +39,13 @@ class Row {
 
   private:
     friend class Cursor;
-    void Assign(RowId id, ByteView bytes, PageNo page);
+    void Assign(RowId id, ByteView bytes, std::uint32_t page);
 
     std::shared_ptr<Pager> pager_;
     std::shared_ptr<const TableDef> def_;
     RowId id_;
     Bytes bytes_;
-    PageNo page_ = 0;
-};
-
-/// A condition tied to a table's column and checked for types.
-class BoundCondition {
-  public:
-    /// Throws kNoSuchColumn, kTypeMismatch.
-    BoundCondition(const TableDef& def, const Condition& condition);
-
-    bool Holds(Pager& pager, const RowView& row, PageNo page) const;
-    const Column& column() const { return *column_; }
-    std::size_t position() const { return position_; }
-    CompareOp op() const { return op_; }
-    bool isText() const { return isText_; }
-    const std::u16string& text() const { return text_; }
-    double number() const { return number_; }
-
-  private:
-    const Column* column_;
-    std::size_t position_;
-    CompareOp op_;
-    bool isText_;
-    std::u16string text_;
-    Bytes key_;
-    double number_ = 0;
+    std::uint32_t page_ = 0;
 };
 
 /// Runs over the rows that meet the conditions: in table order (ascending page, then slot) without conditions or when
@@ -61,36 +53,34 @@ class BoundCondition {
 class Cursor {
   public:
     Cursor(std::shared_ptr<Pager> pager, std::shared_ptr<const TableDef> def, const std::vector<Condition>& conditions);
+    Cursor(const Cursor& other);
+    Cursor(Cursor&& other) noexcept;
+    Cursor& operator=(Cursor other) noexcept;
+    ~Cursor();
 
     /// Moves to the next row; false at the end.
     bool Next();
     /// The row moved to. Valid until the next move.
-    const Row& Current() const { return row_; }
+    const Row& Current() const;
     /// Starts again before the first row, over the table as it is now.
     void Rewind();
-    const TableDef& definition() const { return *def_; }
-    bool usesIndex() const { return useIndex_; }
+
+    const std::u16string& tableName() const;
+    std::size_t columnCount() const;
+    const ColumnInfo& column(std::size_t position) const;
+    /// Position of a column by name, which is case-blind.
+    std::optional<std::size_t> FindColumn(std::u16string_view columnName) const;
+    /// The stored definition; a complete type only inside the library.
+    const TableDef& definition() const;
+    bool usesIndex() const;
 
   private:
-    bool NextByIndex();
-    bool NextByScan();
-    bool Take(RowId id, const RowBody& body);
+    struct State;
+    static bool NextByIndex(State& state);
+    static bool NextByScan(State& state);
+    static bool Take(State& state, RowId id, const RowBody& body);
 
-    std::shared_ptr<Pager> pager_;
-    std::shared_ptr<const TableDef> def_;
-    std::vector<BoundCondition> conditions_;
-    bool useIndex_ = false;
-    std::vector<RowId> rows_;   ///< by index
-    std::vector<PageNo> pages_; ///< by scan
-    std::size_t place_ = 0;
-    unsigned slot_ = 0;
-    std::optional<DataPage> page_;
-    Row row_;
+    std::unique_ptr<State> state_;
 };
-
-/// The rows an index offers for the conditions, in index order, or nothing when no index fits. Every row that meets the
-/// conditions is among them; not every one of them needs to meet all.
-std::optional<std::vector<RowId>> PlanByIndex(Pager& pager, const TableDef& def,
-                                              const std::vector<BoundCondition>& conditions);
 
 } // namespace jet

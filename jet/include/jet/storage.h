@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/bytes.h"
+#include "jet/bytes.h"
 
 #include <filesystem>
 #include <memory>

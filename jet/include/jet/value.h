@@ -1,7 +1,6 @@
 #pragma once
 
-#include "base/bytes.h"
-#include "base/format.h"
+#include "jet/bytes.h"
 
 #include <array>
 #include <compare>
@@ -64,19 +63,11 @@ inline bool IsNull(const Value& value) {
     return std::holds_alternative<std::monostate>(value);
 }
 
-/// A row's lasting name: where its header stands. Index entries point here, whatever becomes of the row's body.
+/// A row's permanent id: the place of its header. It stays the same when an update moves the row's body.
 struct RowId {
-    PageNo page = 0;
+    std::uint32_t page = 0;
     std::uint8_t slot = 0;
     friend auto operator<=>(const RowId&, const RowId&) = default;
 };
-
-/// The stored form of a row's name: the slot in the low byte, the page above it.
-inline RowId RowIdFromPointer(std::uint32_t pointer) {
-    return {pointer >> 8, static_cast<std::uint8_t>(pointer & 0xFF)};
-}
-inline std::uint32_t PointerFromRowId(RowId id) {
-    return id.page << 8 | id.slot;
-}
 
 } // namespace jet

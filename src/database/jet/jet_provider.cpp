@@ -49,7 +49,7 @@ std::wstring Setting(const std::wstring& text, const std::wstring& key, const st
 
 class JetConnection final : public Connection {
   public:
-    explicit JetConnection(unsigned recordsTogether) : recordsTogether_(recordsTogether) {}
+    explicit JetConnection(jet::GroupLimits limits) : limits_(limits) {}
     // After a failure nobody calls Close, but the records merged before it are to stay, also where they cannot be
     // written as a group.
     ~JetConnection() override {
@@ -76,8 +76,8 @@ class JetConnection final : public Connection {
         if (!database_) ThrowClosed();
         // Closed in any case.
         std::optional<jet::Database> closing = std::exchange(database_, std::nullopt);
-        std::optional<jet::ChangeGroup> changes = std::exchange(changes_, std::nullopt);
         Translated(file_, [&] {
+            const std::unique_ptr<jet::ChangeGroup> changes = std::move(changes_);
             if (changes) changes->Commit();
             closing->Close();
         });
@@ -119,7 +119,7 @@ class JetConnection final : public Connection {
         options.writable = writable;
         Translated(file_, [&] { database_.emplace(jet::Database::Open(support::ToPath(file_), password_, options)); });
         writable_ = writable;
-        if (writable) changes_.emplace(*database_, recordsTogether_);
+        if (writable) changes_ = std::make_unique<jet::ChangeGroup>(*database_, limits_);
     }
 
     int mode_ = 0;
@@ -127,12 +127,12 @@ class JetConnection final : public Connection {
     std::wstring file_;
     std::u16string password_;
     std::optional<jet::Database> database_;
-    unsigned recordsTogether_;
-    std::optional<jet::ChangeGroup> changes_; // of a database open for writing
+    jet::GroupLimits limits_;
+    std::unique_ptr<jet::ChangeGroup> changes_; // of a database open for writing
 };
 
 // A value as the column's type wants it: data access converts numbers and their texts into one another.
-jet::Value ForColumn(const jet::Column& column, const Value& value) {
+jet::Value ForColumn(const jet::ColumnInfo& column, const Value& value) {
     const auto* const text = std::get_if<std::wstring>(&value);
     if (text == nullptr && column.IsTextual() && !std::holds_alternative<std::monostate>(value)) {
         return ToUtf16(ValueText(value));
@@ -173,9 +173,10 @@ class JetRecordset final : public Recordset {
         jet::Database& database = lockType_ == LockType::ReadOnly ? own->ForReading() : own->ForWriting();
         context_ = own->File();
         Translated(context_, [&] {
-            wholeTable_ = jet::ParseQuery(ToUtf16(query)).conditions.empty();
-            cursor_.emplace(database.Select(ToUtf16(query)));
-            if (lockType_ != LockType::ReadOnly) table_.emplace(database.OpenTable(cursor_->definition().name));
+            const jet::Query parsed = jet::ParseQuery(ToUtf16(query));
+            wholeTable_ = parsed.conditions.empty();
+            cursor_.emplace(database.Select(parsed));
+            if (lockType_ != LockType::ReadOnly) table_.emplace(database.OpenTable(parsed.table));
             empty_ = !cursor_->Next();
         });
         place_ = empty_ ? Place::End : Place::Cursor;
@@ -278,13 +279,13 @@ class JetRecordset final : public Recordset {
         Translated(context_, [&] {
             if (!adding_) CurrentId();
             const std::size_t position = Position(column);
-            jet::Value converted = ForColumn(cursor_->definition().columns[position], value);
+            jet::Value converted = ForColumn(cursor_->column(position), value);
             for (jet::Assignment& change : changes_) {
                 if (change.column != position) continue;
                 change.value = std::move(converted);
                 return;
             }
-            if (changes_.empty()) changes_.reserve(cursor_->definition().columns.size());
+            if (changes_.empty()) changes_.reserve(cursor_->columnCount());
             changes_.push_back({position, std::move(converted)});
         });
     }
@@ -347,7 +348,7 @@ class JetRecordset final : public Recordset {
     }
 
     void FindForward(const std::wstring& criterion) {
-        const std::u16string query = u"SELECT * FROM [" + cursor_->definition().name + u"] WHERE " + ToUtf16(criterion);
+        const std::u16string query = u"SELECT * FROM [" + cursor_->tableName() + u"] WHERE " + ToUtf16(criterion);
         std::set<jet::RowId> matches;
         for (jet::Cursor rows = connection_->ForReading().Select(query); rows.Next();)
             matches.insert(rows.Current().id());
@@ -379,7 +380,7 @@ class JetRecordset final : public Recordset {
     std::size_t Position(const std::wstring& column) {
         const auto known = positions_.find(column);
         if (known != positions_.end()) return known->second;
-        const auto position = cursor_->definition().FindColumn(ToUtf16(column));
+        const auto position = cursor_->FindColumn(ToUtf16(column));
         if (!position) {
             throw jet::Error(jet::ErrorCode::kNoSuchColumn,
                              "Item cannot be found in the collection corresponding to the requested name or ordinal.");
@@ -406,7 +407,7 @@ class JetRecordset final : public Recordset {
 } // namespace
 
 std::unique_ptr<Connection> JetProvider::CreateConnection() {
-    return std::make_unique<JetConnection>(recordsTogether_);
+    return std::make_unique<JetConnection>(limits_);
 }
 
 std::unique_ptr<Recordset> JetProvider::CreateRecordset() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/database.h"
+#include "jet/change_group.h"
 
 namespace quorvex::database {
 
@@ -11,16 +12,16 @@ namespace quorvex::database {
 // set that may change rows is opened on it; then it excludes everybody else.
 class JetProvider final : public DatabaseProvider {
   public:
-    // Records of one transaction: each costs less the more there are, and waits longer until it is in the file.
-    static constexpr unsigned kRecordsTogether = 128;
-    explicit JetProvider(unsigned recordsTogether = kRecordsTogether) : recordsTogether_(recordsTogether) {}
+    // How many records a transaction holds: each costs less the more there are, and waits longer until it is in the
+    // file.
+    explicit JetProvider(jet::GroupLimits limits = {}) : limits_(limits) {}
 
     std::unique_ptr<Connection> CreateConnection() override;
     std::unique_ptr<Recordset> CreateRecordset() override;
     std::wstring Name() const override;
 
   private:
-    unsigned recordsTogether_;
+    jet::GroupLimits limits_;
 };
 
 } // namespace quorvex::database
