@@ -1,5 +1,6 @@
 #include "format/header.h"
 
+#include "base/row_pointer.h"
 #include "jet/error.h"
 #include "jet/value.h"
 #include "storage/pager.h"

@@ -176,7 +176,7 @@ TEST_F(ApplyKill, AtAnyInstantEveryRecordIsOldOrNew) {
         support::WriteFileBytes(target_, originalBytes_);
         for (int i = 0; i < kKillsInARow && !HasFailure(); ++i) {
             const int record = static_cast<int>(random() % (kRecords + 1));
-            const unsigned together = kTogether.at(random() % kTogether.size());
+            const std::size_t together = kTogether.at(random() % kTogether.size());
             if (!ApplyAndKill(record, static_cast<useconds_t>(random() % 1500), together)) break;
             ++killed;
             if (IsHalfWritten()) ++halfWritten;
