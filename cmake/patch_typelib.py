@@ -1,13 +1,16 @@
-"""Makes optional text parameters of a type library by-reference ones, keeping their defaults.
+"""Makes optional text parameters of a type library by-reference ones, keeping their defaults, and takes out the time.
 
 widl refuses a default value on a by-reference text, so such parameters are compiled as [in, optional, defaultvalue] BSTR and
-get the type "pointer to BSTR" and the flags in, out, optional, default here. Usage:
+get the type "pointer to BSTR" and the flags in, out, optional, default here. The size that the function's record says it
+needs in memory grows by the new level of pointers: callers allocate by it. widl's note of the time of its run would make
+two builds of one commit differ. Usage:
 
     patch_typelib.py IN.tlb OUT.tlb LIKE NAME...
 
 LIKE is the name of any ordinary by-reference text parameter, whose type is taken over; NAME... are the parameters to change.
 The layout is that of the "MSFT" type library format; offsets are in bytes.
 """
+import re
 import struct
 import sys
 
@@ -19,6 +22,8 @@ PARAMETER_SIZE = 12
 VT_BSTR = 8
 FLAG_IN_OUT = 3
 FLAG_DEFAULT = 0x20
+MEMORY_SIZE = 14  # in a function's record, 16 bits
+POINTER_MEMORY = 8
 
 
 def main() -> None:
@@ -47,21 +52,24 @@ def main() -> None:
         for _ in range(functions):
             size = number(at) & 0xFFFF
             arguments = struct.unpack_from("<h", data, at + 20)[0]
-            parameters += [at + size - PARAMETER_SIZE * (arguments - k) for k in range(arguments)]
+            parameters += [(at, at + size - PARAMETER_SIZE * (arguments - k)) for k in range(arguments)]
             at += size
-        pointer = next((number(p) for p in parameters if number(p) >= 0 and name(number(p + 4)) == like), None)
-        for p in parameters:
+        pointer = next((number(p) for _, p in parameters if number(p) >= 0 and name(number(p + 4)) == like), None)
+        for function, p in parameters:
             is_text = number(p) < 0 and number(p) & 0xFFFF == VT_BSTR
             if is_text and number(p + 8) & FLAG_DEFAULT and name(number(p + 4)) in wanted:
                 if pointer is None:
                     sys.exit(f"patch_typelib: no by-reference text parameter named {like}")
                 struct.pack_into("<i", data, p, pointer)
                 struct.pack_into("<i", data, p + 8, number(p + 8) | FLAG_IN_OUT)
+                memory = struct.unpack_from("<H", data, function + MEMORY_SIZE)[0]
+                struct.pack_into("<H", data, function + MEMORY_SIZE, memory + POINTER_MEMORY)
                 changed += 1
     if changed == 0:
         sys.exit("patch_typelib: nothing to change; has a parameter been renamed?")
+    timeless = re.sub(rb"(?<= at )\w{3} \w{3} [ \d]\d \d\d:\d\d:\d\d \d{4}(?=\n)", b"Thu Jan  1 00:00:00 1970", data)
     with open(target, "wb") as file:
-        file.write(data)
+        file.write(timeless)
 
 
 main()

@@ -37,3 +37,9 @@ function(quorvex_room name)
     target_link_libraries(quorvex_${name} INTERFACE ${arg_LINK})
   endif()
 endfunction()
+
+# quorvex_ships(TARGET): a DLL or program that is given to users. It carries no symbols, and the tests examine it as a file.
+function(quorvex_ships target)
+  target_link_options(${target} PRIVATE -s)
+  set_property(GLOBAL APPEND PROPERTY QUORVEX_SHIPPED ${target})
+endfunction()

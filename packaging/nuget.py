@@ -21,7 +21,7 @@ def build(release):
                (f"buildTransitive/{IDENTIFIER}.targets", source / "build.targets"),
                ("README.md", source / "README.md"), ("NOTICES.txt", stage / "NOTICES.txt")]
     for folder in ("x64", "x86"):
-        for name in ("QuorvexLookup.dll", "QuorvexLookup.manifest"):
+        for name in ("QuorvexLookup.dll", "Quorvex.Lookup.manifest"):
             entries.append((f"runtimes/win-{folder}/native/{name}", stage / folder / name))
     entries += package_parts(release, entries)
     target = release.dist / f"{IDENTIFIER}.{release.short_version}.nupkg"

@@ -13,7 +13,7 @@ def fill(release):
     target = release.stage
     for preset, folder in (("win64", "x64"), ("win32", "x86")):
         (target / folder).mkdir(parents=True, exist_ok=True)
-        for name in ("QuorvexLookup.dll", "quorvex.exe", "QuorvexLookup.manifest"):
+        for name in ("QuorvexLookup.dll", "quorvex.exe", "Quorvex.Lookup.manifest"):
             source = ROOT / "build" / preset / name
             if not source.exists():
                 raise SystemExit(f"package: build/{preset}/{name} is not built")

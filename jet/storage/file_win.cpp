@@ -50,13 +50,21 @@ std::string ToUtf8(const std::wstring& text) {
                           std::to_string(error) + ")");
 }
 
+std::wstring FullPath(const std::wstring& path) {
+    const DWORD needed = ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(needed, L'\0');
+    const DWORD length = needed == 0 ? 0 : ::GetFullPathNameW(path.c_str(), needed, full.data(), nullptr);
+    if (length == 0 || length >= needed) return path;
+    full.resize(length);
+    return full;
+}
+
 /// The system's own limit of 260 characters falls only for the "\\?\" form, which wants a full path with backslashes.
 std::wstring SystemPath(const std::filesystem::path& path) {
     constexpr std::size_t kSafeLength = 240;
     std::wstring text = path.native();
     if (text.size() < kSafeLength || text.starts_with(L"\\\\?\\")) return text;
-    text = std::filesystem::absolute(path).lexically_normal().native();
-    std::replace(text.begin(), text.end(), L'/', L'\\');
+    text = FullPath(text);
     if (text.starts_with(L"\\\\")) return L"\\\\?\\UNC\\" + text.substr(2);
     return L"\\\\?\\" + text;
 }

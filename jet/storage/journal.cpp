@@ -114,9 +114,11 @@ std::uint64_t NewSalt() {
 } // namespace
 
 std::filesystem::path Journal::PathFor(const std::filesystem::path& database) {
-    std::filesystem::path path = database;
-    path += ".journal";
-    return path;
+    // Appended as it is: a conversion of narrow text would bring in the library's locales.
+    constexpr std::string_view kSuffix = ".journal";
+    std::filesystem::path::string_type name = database.native();
+    name.append(kSuffix.begin(), kSuffix.end());
+    return name;
 }
 
 std::uint64_t Journal::Identity(File& database) {

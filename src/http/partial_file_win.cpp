@@ -1,13 +1,15 @@
 #include "http/partial_file_win.h"
 
 #include "support/error.h"
-#include "support/files.h"
+#include "support/system_path_win.h"
 
 namespace quorvex::http {
 
 PartialFile::PartialFile(const std::wstring& target)
-    : target_(support::ToPath(target).wstring()), partial_(support::ToPath(target + L".part").wstring()),
-      file_(CreateFileW(partial_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+    : target_(support::SystemPath(target)), partial_(support::SystemPath(target + L".part")),
+      file_(support::RetryWhileHeld([this] {
+          return CreateFileW(partial_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+      })) {
     if (file_ == INVALID_HANDLE_VALUE) {
         throw support::Error(support::kErrorPathAccess, L"Cannot create file " + partial_);
     }
@@ -16,7 +18,11 @@ PartialFile::PartialFile(const std::wstring& target)
 PartialFile::~PartialFile() {
     if (file_ == INVALID_HANDLE_VALUE) return;
     CloseHandle(file_);
-    DeleteFileW(partial_.c_str());
+    Discard();
+}
+
+void PartialFile::Discard() {
+    support::RetryWhileHeld([this] { return DeleteFileW(partial_.c_str()); });
 }
 
 void PartialFile::Append(std::string_view bytes) {
@@ -30,8 +36,9 @@ void PartialFile::Append(std::string_view bytes) {
 void PartialFile::Commit() {
     CloseHandle(file_);
     file_ = INVALID_HANDLE_VALUE;
-    if (!MoveFileExW(partial_.c_str(), target_.c_str(), MOVEFILE_REPLACE_EXISTING)) {
-        DeleteFileW(partial_.c_str());
+    if (!support::RetryWhileHeld(
+            [this] { return MoveFileExW(partial_.c_str(), target_.c_str(), MOVEFILE_REPLACE_EXISTING); })) {
+        Discard();
         throw support::Error(support::kErrorPathAccess, L"Cannot create file " + target_);
     }
 }

@@ -21,6 +21,8 @@ class PartialFile {
     void Commit();
 
   private:
+    void Discard();
+
     const std::wstring target_;
     const std::wstring partial_;
     HANDLE file_;

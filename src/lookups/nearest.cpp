@@ -7,9 +7,7 @@
 #include "support/quick_sort.h"
 #include "support/text.h"
 
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <string>
 
 namespace quorvex::lookups {
@@ -17,6 +15,7 @@ namespace {
 
 constexpr double kDegreesPerKilometre = 0.0091;
 constexpr std::int32_t kCapacityStep = 1000;
+constexpr std::size_t kDistanceDigits = 7;
 
 // "00000.00": five integer digits with leading zeros, two decimals. Longer figures take more digits and then sort out
 // of numeric order: intended.
@@ -24,9 +23,10 @@ std::wstring DistanceText(double kilometres) {
     // Halves round away from zero as hosts know it from their own formats; 2.675 is stored below the half and still
     // goes up.
     const double hundredths = std::floor(kilometres * 100 * (1 + 1e-15) + 0.5);
-    std::array<char, 400> text{};
-    const int length = std::snprintf(text.data(), text.size(), "%08.2f", hundredths / 100);
-    return std::wstring(text.data(), text.data() + length);
+    std::wstring text = support::NumberText(hundredths);
+    if (text.size() < kDistanceDigits) text.insert(0, kDistanceDigits - text.size(), L'0');
+    text.insert(text.size() - 2, 1, L'.');
+    return text;
 }
 
 std::size_t Position(const object::NearestList& list, std::int32_t index) {

@@ -1,29 +1,16 @@
 #include "support/files.h"
 
 #include "support/error.h"
+#include "support/file.h"
 #include "support/text.h"
 
-#include <fstream>
-#include <iterator>
 #include <limits>
-#include <system_error>
 
 namespace quorvex::support {
-namespace fs = std::filesystem;
 
 std::wstring FileNameOf(std::wstring_view path) {
     const std::size_t at = path.rfind(L'\\');
     return std::wstring(at == std::wstring_view::npos ? path : path.substr(at + 1));
-}
-
-std::int32_t FileSize(const std::wstring& path) {
-    const fs::path file = ToPath(path);
-    std::error_code error;
-    if (!fs::is_regular_file(file, error) || error) return -1;
-    if (!std::ifstream(file, std::ios::binary).is_open()) return -1;
-    const std::uintmax_t size = fs::file_size(file, error);
-    if (error || size > static_cast<std::uintmax_t>(std::numeric_limits<std::int32_t>::max())) return -1;
-    return static_cast<std::int32_t>(size);
 }
 
 bool FileExists(const std::wstring& path) {
@@ -35,46 +22,27 @@ void WriteTextFile(const std::wstring& path, std::wstring_view text) {
 }
 
 std::string ReadFileBytes(const std::wstring& path) {
-    std::ifstream file(ToPath(path), std::ios::binary);
-    if (!file) throw Error(kErrorFileNotFound, L"Cannot open file " + path);
-    std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    if (file.bad()) throw Error(kErrorBadFile, L"Cannot read file " + path);
+    const File file(path, File::Mode::kRead);
+    constexpr std::uint64_t kMost = std::numeric_limits<std::int32_t>::max();
+    const std::uint64_t size = file.Size();
+    if (size > kMost) throw Error(kErrorBadFile, L"Cannot read file " + path);
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    bytes.resize(file.ReadAt(0, bytes.data(), bytes.size()));
     return bytes;
 }
 
 void WriteFileBytes(const std::wstring& path, std::string_view bytes) {
-    std::ofstream file(ToPath(path), std::ios::binary | std::ios::trunc);
-    if (!file) throw Error(kErrorPathAccess, L"Cannot create file " + path);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file) throw Error(kErrorDiskFull, L"Cannot write file " + path);
-}
-
-bool DeleteFileQuietly(const std::wstring& path) {
-    std::error_code error;
-    return fs::remove(ToPath(path), error) && !error;
-}
-
-bool RenameFileQuietly(const std::wstring& from, const std::wstring& to) {
-    std::error_code error;
-    fs::rename(ToPath(from), ToPath(to), error);
-    return !error;
+    File(path, File::Mode::kCreate).Write(bytes);
 }
 
 std::vector<std::wstring> ListFiles(const std::wstring& folder, std::wstring_view prefix, std::wstring_view suffix) {
-    std::vector<std::wstring> names;
-    std::error_code error;
+    std::vector<std::wstring> names = FileNames(folder);
     const std::wstring begin = UpperCase(prefix);
     const std::wstring end = UpperCase(suffix);
-    for (fs::directory_iterator it(ToPath(folder), error), last; !error && it != last; it.increment(error)) {
-        std::error_code ignored;
-        if (!it->is_regular_file(ignored)) continue;
-        const std::wstring name = FromPath(it->path().filename());
+    std::erase_if(names, [&](const std::wstring& name) {
         const std::wstring upper = UpperCase(name);
-        if (upper.size() >= begin.size() + end.size() && upper.starts_with(begin) && upper.ends_with(end)) {
-            names.push_back(name);
-        }
-    }
+        return upper.size() < begin.size() + end.size() || !upper.starts_with(begin) || !upper.ends_with(end);
+    });
     return names;
 }
 

@@ -12,6 +12,8 @@ namespace quorvex::support {
 // path too long for the classic calls takes its long form.
 std::filesystem::path ToPath(std::wstring_view path);
 std::wstring FromPath(const std::filesystem::path& path);
+// Absolute; a path that cannot be completed is returned as it is.
+std::wstring FullPath(const std::wstring& path);
 // The part after the last backslash.
 std::wstring FileNameOf(std::wstring_view path);
 
@@ -19,9 +21,11 @@ std::wstring FileNameOf(std::wstring_view path);
 std::int32_t FileSize(const std::wstring& path);
 // True only for a file of more than 0 bytes: an empty file counts as absent, intended.
 bool FileExists(const std::wstring& path);
+// True for anything of that name, an empty file or a folder included.
+bool PathExists(const std::wstring& path);
 // The file then holds the text and one line end (CR LF), in UTF-8. Throws Error.
 void WriteTextFile(const std::wstring& path, std::wstring_view text);
-// Whole contents. Throw Error when the file cannot be opened, read or written.
+// Whole contents, at most 2 GiB - 1. Throw Error if the file cannot be opened, read or written.
 std::string ReadFileBytes(const std::wstring& path);
 void WriteFileBytes(const std::wstring& path, std::string_view bytes);
 // A file held for appending: while it lives nobody else can hold the same file so, in this process or another. The file
@@ -45,8 +49,10 @@ class FileHold {
 // False when there was nothing or it could not be deleted.
 bool DeleteFileQuietly(const std::wstring& path);
 bool RenameFileQuietly(const std::wstring& from, const std::wstring& to);
-// Names (without folder) that match prefix + anything + suffix, case ignored, in the order in which the directory
-// returns them.
+// Names (without folder) of a folder's files, in the order in which the directory returns them; empty if it cannot be
+// read.
+std::vector<std::wstring> FileNames(const std::wstring& folder);
+// Those that match prefix + anything + suffix, case ignored.
 std::vector<std::wstring> ListFiles(const std::wstring& folder, std::wstring_view prefix, std::wstring_view suffix);
 
 } // namespace quorvex::support

@@ -2,7 +2,9 @@
 #include "support/text.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <fcntl.h>
+#include <limits>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,6 +19,44 @@ std::filesystem::path ToPath(std::wstring_view path) {
 
 std::wstring FromPath(const std::filesystem::path& path) {
     return FromUtf8(path.string());
+}
+
+std::wstring FullPath(const std::wstring& path) {
+    std::error_code error;
+    const std::filesystem::path full = std::filesystem::absolute(ToPath(path), error);
+    return error ? path : FromPath(full);
+}
+
+std::int32_t FileSize(const std::wstring& path) {
+    struct stat status {};
+    const std::filesystem::path file = ToPath(path);
+    if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || access(file.c_str(), R_OK) != 0) return -1;
+    if (status.st_size > std::numeric_limits<std::int32_t>::max()) return -1;
+    return static_cast<std::int32_t>(status.st_size);
+}
+
+bool PathExists(const std::wstring& path) {
+    struct stat status {};
+    return lstat(ToPath(path).c_str(), &status) == 0;
+}
+
+bool DeleteFileQuietly(const std::wstring& path) {
+    return unlink(ToPath(path).c_str()) == 0;
+}
+
+bool RenameFileQuietly(const std::wstring& from, const std::wstring& to) {
+    return rename(ToPath(from).c_str(), ToPath(to).c_str()) == 0;
+}
+
+std::vector<std::wstring> FileNames(const std::wstring& folder) {
+    std::vector<std::wstring> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator it(ToPath(folder), error), last; !error && it != last;
+         it.increment(error)) {
+        std::error_code ignored;
+        if (it->is_regular_file(ignored)) names.push_back(FromPath(it->path().filename()));
+    }
+    return names;
 }
 
 FileHold::FileHold(const std::wstring& path, bool create) {

@@ -1,34 +1,93 @@
 #include "support/files.h"
 
-#include <windows.h>
+#include "support/system_path_win.h"
+
+#include <limits>
 
 namespace quorvex::support {
 namespace {
 
 constexpr std::size_t kClassicPathLimit = 240; // MAX_PATH less room for a short file name
 
+std::wstring FullName(const std::wstring& path) {
+    const DWORD needed = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(needed, L'\0');
+    const DWORD length = needed == 0 ? 0 : GetFullPathNameW(path.c_str(), needed, full.data(), nullptr);
+    if (length == 0 || length >= needed) return path;
+    full.resize(length);
+    return full;
+}
+
 } // namespace
 
-std::filesystem::path ToPath(std::wstring_view path) {
-    std::wstring text(path);
+std::wstring SystemPath(std::wstring_view path) {
+    const std::wstring text(path);
     if (text.size() < kClassicPathLimit || text.starts_with(L"\\\\?\\")) return text;
-    // The long form knows neither "/" nor doubled separators nor relative paths: let the system make it whole first.
-    const DWORD needed = GetFullPathNameW(text.c_str(), 0, nullptr, nullptr);
-    std::wstring full(needed, L'\0');
-    const DWORD length = needed == 0 ? 0 : GetFullPathNameW(text.c_str(), needed, full.data(), nullptr);
-    if (length == 0 || length >= needed) return text;
-    full.resize(length);
+    // The long form allows neither "/" nor doubled separators nor relative paths: let the system complete it first.
+    const std::wstring full = FullName(text);
+    if (full.size() < 3 || full.starts_with(L"\\\\.\\")) return full;
     if (full.starts_with(L"\\\\")) return L"\\\\?\\UNC\\" + full.substr(2);
-    return L"\\\\?\\" + full;
+    return full[1] == L':' ? L"\\\\?\\" + full : full;
+}
+
+std::filesystem::path ToPath(std::wstring_view path) {
+    return SystemPath(path);
 }
 
 std::wstring FromPath(const std::filesystem::path& path) {
-    return path.wstring();
+    return path.native();
+}
+
+std::wstring FullPath(const std::wstring& path) {
+    return FullName(path);
+}
+
+std::int32_t FileSize(const std::wstring& path) {
+    const std::wstring name = SystemPath(path);
+    const DWORD attributes = GetFileAttributesW(name.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return -1;
+    const HANDLE file = RetryWhileHeld([&] {
+        return CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    });
+    if (file == INVALID_HANDLE_VALUE) return -1;
+    LARGE_INTEGER size{};
+    const bool sized = GetFileSizeEx(file, &size) && size.QuadPart <= std::numeric_limits<std::int32_t>::max();
+    CloseHandle(file);
+    return sized ? static_cast<std::int32_t>(size.QuadPart) : -1;
+}
+
+bool PathExists(const std::wstring& path) {
+    return GetFileAttributesW(SystemPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool DeleteFileQuietly(const std::wstring& path) {
+    const std::wstring name = SystemPath(path);
+    return RetryWhileHeld([&] { return DeleteFileW(name.c_str()); }) != FALSE;
+}
+
+bool RenameFileQuietly(const std::wstring& from, const std::wstring& to) {
+    const std::wstring source = SystemPath(from);
+    const std::wstring target = SystemPath(to);
+    return RetryWhileHeld(
+               [&] { return MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING); }) != FALSE;
+}
+
+std::vector<std::wstring> FileNames(const std::wstring& folder) {
+    std::vector<std::wstring> names;
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW(SystemPath(folder + L"\\*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return names;
+    do {
+        if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) names.emplace_back(found.cFileName);
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    return names;
 }
 
 // Without FILE_SHARE_WRITE nobody else gets a handle for writing.
 FileHold::FileHold(const std::wstring& path, bool create) {
-    const HANDLE file = CreateFileW(ToPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+    const HANDLE file = CreateFileW(SystemPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                                     create ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file != INVALID_HANDLE_VALUE) handle_ = reinterpret_cast<std::intptr_t>(file);
 }

@@ -13,17 +13,10 @@
 namespace quorvex::update {
 namespace {
 
-// Mail programs have a current directory of their own.
-std::wstring FullPath(const std::wstring& path) {
-    std::error_code error;
-    const std::filesystem::path full = std::filesystem::absolute(support::ToPath(path), error);
-    return error ? path : support::FromPath(full);
-}
-
 std::vector<std::wstring> PresentLogs(const std::wstring& dataFolder) {
     std::vector<std::wstring> logs;
     for (const wchar_t* name : {L"\\Activity1.log", L"\\Error1.log"}) {
-        if (support::FileExists(dataFolder + name)) logs.push_back(FullPath(dataFolder + name));
+        if (support::FileExists(dataFolder + name)) logs.push_back(support::FullPath(dataFolder + name)); // mail programs have a current directory of their own
     }
     return logs;
 }

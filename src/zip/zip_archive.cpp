@@ -1,10 +1,10 @@
 #include "zip/zip_archive.h"
 
+#include "support/file.h"
 #include "support/files.h"
 #include "zip/zip_bytes.h"
 
 #include <algorithm>
-#include <fstream>
 #include <zlib.h>
 
 namespace quorvex::zip {
@@ -49,14 +49,13 @@ class Inflater {
 // Passes unpacked bytes on while they are within the promised size, and checks them in the end.
 class CheckedTarget {
   public:
-    CheckedTarget(const ZipEntry& entry, std::ostream& target) : entry_(entry), target_(target) {}
+    CheckedTarget(const ZipEntry& entry, const ZipTarget& target) : entry_(entry), target_(target) {}
 
     void Write(std::string_view bytes) {
         if (bytes.size() > entry_.unpackedSize - size_) FailArchive(L"\"" + entry_.name + L"\" is larger than it says");
         size_ += bytes.size();
         crc_ = crc32(crc_, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(bytes.size()));
-        target_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        if (!target_) throw support::Error(support::kErrorDiskFull, L"Cannot write " + entry_.name);
+        target_(bytes);
     }
     void Finish() const {
         if (size_ != entry_.unpackedSize) FailArchive(L"\"" + entry_.name + L"\" is smaller than it says");
@@ -65,7 +64,7 @@ class CheckedTarget {
 
   private:
     const ZipEntry& entry_;
-    std::ostream& target_;
+    const ZipTarget& target_;
     std::uint64_t size_ = 0;
     uLong crc_ = crc32(0, nullptr, 0);
 };
@@ -98,21 +97,13 @@ class UnfinishedFiles {
     std::vector<std::wstring> places_;
 };
 
-// An empty file is there, too.
-bool IsThere(const std::wstring& path) {
-    std::error_code error;
-    return std::filesystem::exists(std::filesystem::symlink_status(support::ToPath(path), error));
-}
-
 } // namespace
 
 void ZipArchive::Open(const std::wstring& file) {
-    auto stream = std::make_unique<std::ifstream>(support::ToPath(file), std::ios::binary);
-    if (!*stream) throw support::Error(support::kErrorFileNotFound, L"Cannot open file " + file);
-    Open(std::move(stream));
+    Open(std::make_unique<ZipFileSource>(file));
 }
 
-void ZipArchive::Open(std::unique_ptr<std::istream> archive) {
+void ZipArchive::Open(std::unique_ptr<ZipSource> archive) {
     entries_ = ReadZipDirectory(*archive);
     archive_ = std::move(archive);
 }
@@ -126,20 +117,16 @@ void ZipArchive::Extract(const std::wstring& folder, bool overwrite) {
     UnfinishedFiles unfinished;
     for (const ZipEntry& entry : entries_) {
         const std::wstring place = folder + L"\\" + entry.name;
-        if (!overwrite && IsThere(place)) {
+        if (!overwrite && support::PathExists(place)) {
             throw support::Error(support::kErrorFileExists, L"File already exists " + place);
         }
-        const std::wstring path = unfinished.Begin(place);
-        std::ofstream target(support::ToPath(path), std::ios::binary | std::ios::trunc);
-        if (!target) throw support::Error(support::kErrorPathAccess, L"Cannot create file " + path);
-        Unpack(entry, target);
-        target.close();
-        if (!target) throw support::Error(support::kErrorDiskFull, L"Cannot write file " + path);
+        support::File file(unfinished.Begin(place), support::File::Mode::kCreate);
+        Unpack(entry, [&file](std::string_view bytes) { file.Write(bytes); });
     }
     unfinished.TakePlaces();
 }
 
-void ZipArchive::Unpack(const ZipEntry& entry, std::ostream& target) {
+void ZipArchive::Unpack(const ZipEntry& entry, const ZipTarget& target) {
     CheckedTarget checked(entry, target);
     Inflater inflater;
     const bool stored = entry.method == kZipStored;

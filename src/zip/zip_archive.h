@@ -1,21 +1,24 @@
 #pragma once
 
 #include "zip/zip_directory.h"
+#include "zip/zip_source.h"
 
-#include <istream>
+#include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorvex::zip {
+
+using ZipTarget = std::function<void(std::string_view bytes)>;
 
 // A zip archive that is unpacked into a folder: Open, Extract, Close, in this order.
 class ZipArchive {
   public:
     // Reads and checks the whole directory (see ReadZipDirectory). Throws Error.
     void Open(const std::wstring& file);
-    void Open(std::unique_ptr<std::istream> archive);
+    void Open(std::unique_ptr<ZipSource> archive);
     // Writes every entry into the folder, all or none: each first goes to a name of its own beside its place and only
     // when all are complete, with right size and CRC, do they take their names. Without overwrite an existing file is
     // an error. Throws Error; no half file is left.
@@ -23,11 +26,12 @@ class ZipArchive {
     void Close();
 
     const std::vector<ZipEntry>& Entries() const { return entries_; }
-    // The unpacked bytes of one entry. Throws Error when they are not those that the directory promises.
-    void Unpack(const ZipEntry& entry, std::ostream& target);
+    // Passes the unpacked bytes of one entry on, piece by piece. Throws Error if they are not those that the directory
+    // promises, and what the target throws.
+    void Unpack(const ZipEntry& entry, const ZipTarget& target);
 
   private:
-    std::unique_ptr<std::istream> archive_;
+    std::unique_ptr<ZipSource> archive_;
     std::vector<ZipEntry> entries_;
 };
 

@@ -2,9 +2,9 @@
 
 #include "support/error.h"
 #include "zip/zip_directory.h"
+#include "zip/zip_source.h"
 
 #include <cstdint>
-#include <istream>
 #include <string>
 #include <string_view>
 
@@ -42,12 +42,9 @@ class ZipBytes {
 };
 
 // Bytes of the archive at an offset; fewer than asked for is an archive error.
-inline std::string ReadZipBytes(std::istream& archive, std::uint64_t offset, std::size_t count) {
+inline std::string ReadZipBytes(const ZipSource& archive, std::uint64_t offset, std::size_t count) {
     std::string bytes(count, '\0');
-    archive.clear();
-    archive.seekg(static_cast<std::streamoff>(offset));
-    archive.read(bytes.data(), static_cast<std::streamsize>(count));
-    if (!archive || archive.gcount() != static_cast<std::streamsize>(count)) FailArchive(L"The archive is cut off");
+    if (archive.ReadAt(offset, bytes.data(), count) != count) FailArchive(L"The archive is cut off");
     return bytes;
 }
 

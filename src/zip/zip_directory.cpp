@@ -45,14 +45,6 @@ struct Candidate {
     std::uint64_t end = 0; // first byte behind the entry's data and descriptor
 };
 
-std::uint64_t StreamSize(std::istream& archive) {
-    archive.clear();
-    archive.seekg(0, std::ios::end);
-    const std::streamoff size = archive.tellg();
-    if (!archive || size < 0) FailArchive(L"The archive cannot be read");
-    return static_cast<std::uint64_t>(size);
-}
-
 // Reads the end record that begins at `at` in the archive's tail; the offset in the archive is given, too. Returns why
 // it cannot be used, nullptr when it can.
 const wchar_t* ReadEndRecord(std::string_view tail, std::size_t at, std::uint64_t offset, Directory& directory) {
@@ -77,8 +69,8 @@ const wchar_t* ReadEndRecord(std::string_view tail, std::size_t at, std::uint64_
 
 // The end record stands last, but for a comment and perhaps foreign bytes. As these may look like one, too, the last
 // that fits is taken: the directory that it names must end where the record begins.
-Directory FindDirectory(std::istream& archive) {
-    const std::uint64_t size = StreamSize(archive);
+Directory FindDirectory(const ZipSource& archive) {
+    const std::uint64_t size = archive.Size();
     if (size < kEndLength) FailArchive(L"The file is not a zip archive");
     const auto tailLength =
         static_cast<std::size_t>(std::min<std::uint64_t>(size, kLocatorLength + kEndLength + kLongestComment));
@@ -142,7 +134,7 @@ Candidate ReadCentralEntry(ZipBytes& bytes) {
 }
 
 // Behind the data of an entry that was written as a stream stand its CRC and sizes, with or without a signature.
-std::size_t DescriptorLength(std::istream& archive, const Candidate& candidate, std::uint64_t limit) {
+std::size_t DescriptorLength(const ZipSource& archive, const Candidate& candidate, std::uint64_t limit) {
     const ZipEntry& entry = candidate.entry;
     const std::uint64_t dataEnd = entry.dataOffset + entry.packedSize;
     for (const std::size_t length : {std::size_t{16}, std::size_t{12}}) {
@@ -157,7 +149,7 @@ std::size_t DescriptorLength(std::istream& archive, const Candidate& candidate, 
     FailArchive(L"The sizes behind \"" + entry.name + L"\" are not those of the directory");
 }
 
-void CheckLocalHeader(std::istream& archive, Candidate& candidate, std::uint64_t limit) {
+void CheckLocalHeader(const ZipSource& archive, Candidate& candidate, std::uint64_t limit) {
     ZipEntry& entry = candidate.entry;
     if (candidate.headerOffset + kLocalLength > limit) FailArchive(L"The archive is cut off");
     const std::string header = ReadZipBytes(archive, candidate.headerOffset, kLocalLength);
@@ -216,7 +208,7 @@ void CheckApart(std::vector<Candidate>& candidates) {
 
 } // namespace
 
-std::vector<ZipEntry> ReadZipDirectory(std::istream& archive) {
+std::vector<ZipEntry> ReadZipDirectory(const ZipSource& archive) {
     const Directory directory = FindDirectory(archive);
     if (directory.entries > kMostEntries) FailArchive(L"The archive holds too many files");
     if (directory.size < directory.entries * kCentralLength) FailArchive(L"The archive's directory is damaged");

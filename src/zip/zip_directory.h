@@ -1,11 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <istream>
 #include <string>
 #include <vector>
 
 namespace quorvex::zip {
+
+class ZipSource;
 
 // Number of every error about a damaged or unsupported archive ("invalid file format").
 inline constexpr long kErrorArchive = 321;
@@ -34,6 +35,6 @@ inline constexpr std::uint16_t kMostEntries = 1000;
 // over. Throws Error (kErrorArchive) that says what is wrong: cut off, several volumes, zip64, encrypted, another
 // method, names that are no plain file names or occur twice, entries that overlap, headers that contradict each other,
 // sizes beyond the limits.
-std::vector<ZipEntry> ReadZipDirectory(std::istream& archive);
+std::vector<ZipEntry> ReadZipDirectory(const ZipSource& archive);
 
 } // namespace quorvex::zip

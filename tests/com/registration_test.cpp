@@ -194,13 +194,13 @@ TEST_F(RegistrationTest, AManifestStandsInForRegistration) {
     ASSERT_EQ(dll_.Register(false), S_OK);
     ASSERT_EQ(TryCreate(), REGDB_E_CLASSNOTREG);
     {
-        const Activation direct(DllPath().parent_path() / L"QuorvexLookup.manifest");
+        const Activation direct(DllPath().parent_path() / L"Quorvex.Lookup.manifest");
         UseUnregistered();
     }
     EXPECT_EQ(TryCreate(), REGDB_E_CLASSNOTREG);
     // As a host names it in a manifest of its own, with the DLL and its manifest in the same folder.
     const TempFolder folder;
-    for (const wchar_t* name : {L"QuorvexLookup.dll", L"QuorvexLookup.manifest"}) {
+    for (const wchar_t* name : {L"QuorvexLookup.dll", L"Quorvex.Lookup.manifest"}) {
         std::filesystem::copy_file(DllPath().parent_path() / name, folder.Path() / name);
     }
     const std::filesystem::path host = folder.Path() / L"host.manifest";
@@ -208,7 +208,7 @@ TEST_F(RegistrationTest, AManifestStandsInForRegistration) {
 <assembly xmlns="urn:schemas-microsoft-com:asm.v1" manifestVersion="1.0">
   <assemblyIdentity type="win32" name="host" version="1.0.0.0"/>
   <dependency><dependentAssembly>
-    <assemblyIdentity type="win32" name="QuorvexLookup" version="2.4.0.0" processorArchitecture="*"/>
+    <assemblyIdentity type="win32" name="Quorvex.Lookup" version="2.4.0.0" processorArchitecture="*"/>
   </dependentAssembly></dependency>
 </assembly>
 )";

@@ -15,7 +15,6 @@
 
 #include <functional>
 #include <random>
-#include <sstream>
 
 namespace quorvex::testing {
 namespace {
@@ -35,12 +34,12 @@ std::string RandomText(std::size_t length, unsigned seed) {
 std::string Unpacked(const std::string& bytes) {
     try {
         ZipArchive archive;
-        archive.Open(std::make_unique<std::istringstream>(bytes));
+        archive.Open(std::make_unique<zip::ZipMemorySource>(bytes));
         std::string result;
         for (const zip::ZipEntry& entry : archive.Entries()) {
-            std::ostringstream target;
-            archive.Unpack(entry, target);
-            result += support::ToUtf8(entry.name) + "=" + std::to_string(target.str().size()) + " ";
+            std::string unpacked;
+            archive.Unpack(entry, [&](std::string_view piece) { unpacked += piece; });
+            result += support::ToUtf8(entry.name) + "=" + std::to_string(unpacked.size()) + " ";
         }
         return result;
     } catch (const support::Error& error) {
