@@ -115,7 +115,6 @@ int Follower::Follow() {
     update::UpdateRequest request;
     request.dataFolder = object.DataPath();
     request.internetIsAvailable = true;
-    request.dates = localdata::GetLastUpdateDates(platform, request.dataFolder);
     int applied = 0;
     update::Update(object, request, applied);
     return applied;

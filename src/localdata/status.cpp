@@ -33,16 +33,24 @@ std::wstring ReadQuietly(support::Platform& platform, const std::wstring& file, 
     return {};
 }
 
-std::wstring ReadLastUpdate(support::Platform& platform, const std::wstring& dataFolder, const DataFile& dataFile) {
+DataDate ReadDate(support::Platform& platform, const std::wstring& dataFolder, const DataFile& dataFile) {
     const std::wstring file = DataFilePath(dataFolder, dataFile);
-    if (!support::FileExists(file)) return {};
-    return ReadQuietly(platform, file, [&]() -> std::wstring {
+    // A file that another program holds exists, even though its size cannot be read.
+    if (!support::PathExists(file) || support::FileSize(file) == 0) return {};
+    DataDate found{{}, false};
+    found.date = ReadQuietly(platform, file, [&]() -> std::wstring {
         database::RowReader version(platform.Databases(), file, L"SELECT * From [version] WHERE [id]=2;");
         std::wstring date;
         if (!version.AtEnd()) date = version.Text(L"Text");
         version.Close();
+        found.readable = true;
         return date;
     });
+    return found;
+}
+
+std::wstring ReadLastUpdate(support::Platform& platform, const std::wstring& dataFolder, const DataFile& dataFile) {
+    return ReadDate(platform, dataFolder, dataFile).date;
 }
 
 std::wstring CountRecords(support::Platform& platform, const std::wstring& file, const DataFile& dataFile) {
@@ -111,6 +119,11 @@ std::wstring GetLastUpdatePostZon(support::Platform& platform, const std::wstrin
 LastUpdateDates GetLastUpdateDates(support::Platform& platform, const std::wstring& dataFolder) {
     return {GetLastUpdateFULL(platform, dataFolder), GetLastUpdateStreet(platform, dataFolder),
             GetLastUpdatePostZon(platform, dataFolder)};
+}
+
+DataDate ReadDataDate(support::Platform& platform, const std::wstring& dataFolder, wchar_t kind) {
+    const DataFile* const file = FindDataFile(kind);
+    return file == nullptr ? DataDate() : ReadDate(platform, dataFolder, *file);
 }
 
 void ShowDataPathMissing(support::Platform& platform) {

@@ -20,7 +20,15 @@ struct LastUpdateDates {
     const std::wstring* Of(wchar_t kind) const;
 };
 
-// One of the three files is enough: intended.
+// A data file's date as an update run needs it.
+struct DataDate {
+    std::wstring date;    // empty: the file is missing or was never updated
+    bool readable = true; // false: the file exists but its date cannot be read; the error log says why
+};
+// Of a kind letter; an empty date for an unknown letter.
+DataDate ReadDataDate(support::Platform& platform, const std::wstring& dataFolder, wchar_t kind);
+
+// Intended: one of the three files is enough.
 bool AreDataFilesInPlace(const std::wstring& dataFolder);
 
 std::wstring GetLastUpdateFULL(support::Platform& platform, const std::wstring& dataFolder);

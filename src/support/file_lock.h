@@ -5,13 +5,13 @@
 
 namespace quorvex::support {
 
-// A lock that one run holds at a time, in this process, another or on another machine that shares the folder. It stands
-// as an empty file and is gone with its holder, however that ends.
+// A lock that one run holds at a time, in this process, another one or on another machine that shares the folder. It is
+// an empty file, which is gone when its holder ends, in whatever way.
 class FileLock {
   public:
     virtual ~FileLock() = default;
 
-    // nullptr when somebody else holds it. Throws Error when the file cannot be made at all.
+    // nullptr if somebody else holds it, or is just letting go of it. Throws Error if the file cannot be created.
     static std::unique_ptr<FileLock> TryAcquire(const std::wstring& path);
 
   protected:

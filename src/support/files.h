@@ -19,7 +19,7 @@ std::wstring FileNameOf(std::wstring_view path);
 
 // Size in bytes, -1 when the file cannot be opened (or is larger than 2 GiB - 1).
 std::int32_t FileSize(const std::wstring& path);
-// True only for a file of more than 0 bytes: an empty file counts as absent, intended.
+// True only for a file of more than 0 bytes. Intended: an empty file counts as absent.
 bool FileExists(const std::wstring& path);
 // True for anything of that name, an empty file or a folder included.
 bool PathExists(const std::wstring& path);

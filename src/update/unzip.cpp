@@ -1,10 +1,10 @@
 #include "update/unzip.h"
 
-#include "localdata/data_file_names.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/text.h"
+#include "update/package_name.h"
 #include "zip/zip_archive.h"
 
 #include <exception>
@@ -12,7 +12,7 @@
 namespace quorvex::update {
 namespace {
 
-// The status window of one extraction; without a title there is none.
+// The status window of one extraction. Without a title none is shown.
 class StatusWindow {
   public:
     StatusWindow(support::Platform& platform, const std::wstring& title, const std::wstring& text)
@@ -35,20 +35,21 @@ class StatusWindow {
     std::wstring text_;
 };
 
-void RefuseDataFileNames(const zip::ZipArchive& archive) {
+// Packages may come from anywhere: nothing but an update's database is ever written into the data folder.
+void RequireUpdateNames(const zip::ZipArchive& archive) {
     for (const zip::ZipEntry& entry : archive.Entries()) {
-        if (support::UpperCase(entry.name).starts_with(localdata::kDataFilePrefix)) {
+        if (!HasUpdateLayout(entry.name, kDatabaseEnding)) {
             throw support::Error(zip::kErrorArchive,
-                                 L"The archive would replace the data file \"" + entry.name + L"\"");
+                                 L"The archive holds \"" + entry.name + L"\", which is not part of an update");
         }
     }
 }
 
 } // namespace
 
-bool Unzip(support::Platform& platform, const std::wstring& title, const std::wstring& text,
-           const std::wstring& archivePath, const std::wstring& destinationFolder, const std::wstring& secondSetting,
-           bool overwrite) {
+Extraction ExtractArchive(support::Platform& platform, const std::wstring& title, const std::wstring& text,
+                          const std::wstring& archivePath, const std::wstring& destinationFolder,
+                          const std::wstring& secondSetting, bool overwrite) {
     StatusWindow status(platform, title, text);
     try {
         if (!secondSetting.empty()) {
@@ -58,18 +59,26 @@ bool Unzip(support::Platform& platform, const std::wstring& title, const std::ws
         status.Show(L"Opening " + name);
         zip::ZipArchive archive;
         archive.Open(archivePath);
-        RefuseDataFileNames(archive);
+        RequireUpdateNames(archive);
         status.Show(L"Extracting " + name);
         archive.Extract(destinationFolder, overwrite);
         archive.Close();
-        return true;
+        return Extraction::Done;
     } catch (const support::Error& error) {
         support::LogError(platform, error, {}, {archivePath});
+        if (error.Number() == zip::kErrorArchive) return Extraction::Refused;
     } catch (const std::exception& error) {
         support::LogError(platform, support::Error(support::kErrorInternal, support::FromUtf8(error.what())), {},
                           {archivePath});
     }
-    return false;
+    return Extraction::Failed;
+}
+
+bool Unzip(support::Platform& platform, const std::wstring& title, const std::wstring& text,
+           const std::wstring& archivePath, const std::wstring& destinationFolder, const std::wstring& secondSetting,
+           bool overwrite) {
+    return ExtractArchive(platform, title, text, archivePath, destinationFolder, secondSetting, overwrite) ==
+           Extraction::Done;
 }
 
 } // namespace quorvex::update

@@ -6,11 +6,21 @@
 
 namespace quorvex::update {
 
-// Unpacks an archive into a folder; true only when every step succeeded. The status window is shown when the title is
-// not empty, with the text and what is being done, and is gone afterwards in every case. The second setting has no
-// meaning yet and must be empty. An archive that holds a file named like the data itself is refused: it would replace
-// the data. The reason of a failure is in the error log; nothing is shown, the archive stays, and nothing is left of a
-// failed extraction.
+enum class Extraction {
+    Done,
+    Refused, // the archive is damaged, or nothing that a package may be: it can never be unpacked
+    Failed,  // for another reason, such as a full disk; it may succeed later
+};
+
+// Unpacks an archive into a folder, all of it or nothing. Shows a status window with the title and the text while it
+// works, unless the title is empty. An archive that holds anything but files named like an update's database
+// (HasUpdateLayout) is refused before anything is written. The second setting has no meaning yet and must be empty. The
+// reason of a failure is in the error log; nothing is shown. The archive is never deleted.
+Extraction ExtractArchive(support::Platform& platform, const std::wstring& title, const std::wstring& text,
+                          const std::wstring& archivePath, const std::wstring& destinationFolder,
+                          const std::wstring& secondSetting, bool overwrite);
+
+// The same; true only if every step succeeded.
 bool Unzip(support::Platform& platform, const std::wstring& title, const std::wstring& text,
            const std::wstring& archivePath, const std::wstring& destinationFolder, const std::wstring& secondSetting,
            bool overwrite);

@@ -25,9 +25,8 @@ struct ListedPackage {
 std::vector<ListedPackage> ParseUpdateList(std::wstring list);
 inline constexpr std::size_t kMostListedPackages = 1000;
 
-// The file name under which a listed package is stored: the last segment of its web address, without query. Empty when
-// the address is none of the web or the segment is not "UPDATE_", a letter, "_", eight digits and ".zip" (in any case):
-// such a name could lead out of the data folder.
+// The file name under which a listed package is stored: the last segment of its address, without the query. Empty if
+// the address is not http or https or the segment is not a package's name, since it could lead out of the data folder.
 std::wstring PackageFileName(const std::wstring& address);
 
 } // namespace quorvex::update

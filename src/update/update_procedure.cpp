@@ -2,12 +2,14 @@
 
 #include "localdata/data_file_names.h"
 #include "localdata/package_date.h"
+#include "localdata/status.h"
 #include "support/error.h"
 #include "support/file_lock.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/process_state.h"
 #include "support/text.h"
+#include "update/package_name.h"
 #include "update/progress.h"
 #include "update/support_logs.h"
 #include "update/unzip.h"
@@ -16,16 +18,13 @@
 
 #include <algorithm>
 #include <exception>
+#include <set>
+#include <vector>
 
 namespace quorvex::update {
 namespace {
 
 using support::UpdateChoice;
-
-// Positions in a package's file name, "UPDATE_F_20260131.zip".
-constexpr std::size_t kKindPosition = 7;
-constexpr std::size_t kDatePosition = 9;
-constexpr std::size_t kDateLength = 8;
 
 constexpr wchar_t kLockFile[] = L"\\Update.lock";
 
@@ -33,27 +32,15 @@ void SetStage(const std::wstring& stage) {
     support::Process().currentOperation = L"Update:" + stage;
 }
 
-// A file found in the data folder. The layout of its name is relied on; a shorter name has no kind or no date.
-struct Package {
-    explicit Package(const std::wstring& fileName) : name(fileName) {
-        if (name.size() > kKindPosition) kind = name[kKindPosition];
-        if (name.size() > kDatePosition) date = name.substr(kDatePosition, kDateLength);
-    }
-
-    std::wstring name;
-    wchar_t kind = 0;
-    std::wstring date;
-};
-
 // Counters and steps of one run.
 class UpdateRun {
   public:
     UpdateRun(object::Quorvex& object, const UpdateRequest& request)
         : object_(object), platform_(object.platform), request_(request) {}
 
-    // False when the user cancelled.
+    // False if the user cancelled.
     bool Choose();
-    // Everything behind the choice. Throws Error.
+    // Everything after the choice. Throws Error.
     void Work();
 
     int Applied() const { return applied_; }
@@ -63,14 +50,15 @@ class UpdateRun {
   private:
     void DownloadPackages();
     void Download(const ListedPackage& package, std::size_t number, std::size_t total);
+    bool HasListedSize(const ListedPackage& package, const std::wstring& file);
     void ApplyPackages();
-    void ProcessPackage(Progress& progress, const Package& package);
-    bool IsToBeApplied(const Package& package) const;
-    bool Apply(Progress& progress, const Package& package, const std::wstring& updateFile, long& recordCount);
+    void ProcessPackage(Progress& progress, const PackageName& package);
+    bool ApplyIfNewer(Progress& progress, const PackageName& package, Extraction extraction, long& recordCount);
+    bool Apply(Progress& progress, const PackageName& package, long& recordCount);
+    void Succeeded(const PackageName& package, long recordCount);
+    void Failed(const PackageName& package, Extraction extraction);
     void Report();
-    void Message(const std::wstring& text, int style) {
-        platform_.ShowMessage(text, style, support::Process().messageTitle);
-    }
+    void Message(const std::wstring& text, int style);
     std::wstring InFolder(const std::wstring& name) const { return request_.dataFolder + L"\\" + name; }
 
     object::Quorvex& object_;
@@ -83,6 +71,8 @@ class UpdateRun {
     std::size_t found_ = 0;
     int applied_ = 0;
     int failed_ = 0;
+    std::vector<std::wstring> kept_; // failed packages that stay for the next run
+    std::set<wchar_t> waiting_;      // their kinds
 };
 
 bool UpdateRun::Choose() {
@@ -106,6 +96,7 @@ void UpdateRun::Work() {
     if (!lock) {
         throw support::Error(support::kErrorPermissionDenied, L"Another update of this data is running");
     }
+    SweepLeftovers(request_.dataFolder);
     if (choice_ == UpdateChoice::Download) DownloadPackages();
     ApplyPackages();
     Report();
@@ -114,7 +105,8 @@ void UpdateRun::Work() {
 
 void UpdateRun::DownloadPackages() {
     SetStage(L"Stage 2");
-    const localdata::LastUpdateDates& dates = request_.dates;
+    // Read under the lock: another run may have applied packages while the dialog was open.
+    const localdata::LastUpdateDates dates = localdata::GetLastUpdateDates(platform_, request_.dataFolder);
     support::LogActivity(platform_, L"Requesting upgrade data",
                          {L"F=" + dates.full, L"T=" + dates.street, L"Z=" + dates.postZon});
     const std::wstring list = GetUpdateList(object_, dates);
@@ -138,8 +130,9 @@ void UpdateRun::Download(const ListedPackage& package, std::size_t number, std::
     const std::wstring name = PackageFileName(package.address);
     const std::wstring caption =
         L"Downloading Update:" + name + L" " + std::to_wstring(number) + L"/" + std::to_wstring(total);
-    // A name that is no package's could lead out of the data folder.
-    if (!name.empty() && platform_.GetHttpFile(package.address, InFolder(name), caption)) {
+    // Only a package's name is safe to write into the data folder.
+    if (!name.empty() && platform_.GetHttpFile(package.address, InFolder(name), caption) &&
+        HasListedSize(package, InFolder(name))) {
         support::LogActivity(platform_, L"Attempting Complete " + package.address);
     } else {
         ++failedDownloads_;
@@ -147,10 +140,22 @@ void UpdateRun::Download(const ListedPackage& package, std::size_t number, std::
     }
 }
 
+// A file of another size than listed is deleted.
+bool UpdateRun::HasListedSize(const ListedPackage& package, const std::wstring& file) {
+    const std::int32_t size = support::FileSize(file);
+    if (package.size <= 0 || package.size == size) return true;
+    support::DeleteFileQuietly(file);
+    support::LogError(platform_,
+                      support::Error(support::kErrorBadFile, L"The download has " + std::to_wstring(size) +
+                                                                 L" bytes and is listed with another size"),
+                      {}, {package.address});
+    return false;
+}
+
 void UpdateRun::ApplyPackages() {
     SetStage(L"Stage 6");
-    std::vector<std::wstring> names = support::ListFiles(request_.dataFolder, L"UPDATE_", L".ZIP");
-    // As Windows' own file system lists them. Elsewhere the order is any, and an older package after a newer one would
+    std::vector<std::wstring> names = support::ListFiles(request_.dataFolder, kPackagePrefix, kPackageEnding);
+    // The order in which NTFS lists them. Other file systems have none, and an older package after a newer one would
     // put old records back.
     std::sort(names.begin(), names.end(), [](const std::wstring& a, const std::wstring& b) {
         return support::UpperCase(a) < support::UpperCase(b);
@@ -160,7 +165,7 @@ void UpdateRun::ApplyPackages() {
     Progress progress(platform_);
     progress.SetCaption(L"Apply changes");
     for (std::size_t i = 0; i < names.size(); ++i) {
-        const Package package(names[i]);
+        const PackageName package(names[i]);
         support::LogActivity(platform_, L"Processing file " + package.name);
         progress.SetCaption(L"Apply changes:" + package.name + L" " + std::to_wstring(i + 1) + L"/" +
                             std::to_wstring(found_));
@@ -169,40 +174,42 @@ void UpdateRun::ApplyPackages() {
     }
 }
 
-void UpdateRun::ProcessPackage(Progress& progress, const Package& package) {
+void UpdateRun::ProcessPackage(Progress& progress, const PackageName& package) {
     SetStage(L"Stage 10 unzip date file " + package.name);
     progress.SetText(L"Unziping file:" + package.name);
-    const bool unpacked =
-        Unzip(platform_, L"Unziping file", L"Unziping file", InFolder(package.name), request_.dataFolder, {}, true);
-    SetStage(L"Stage 10a kill unzip date file ");
-    support::DeleteFileQuietly(InFolder(package.name)); // gone from here on, whatever happens next
-    SetStage(L"Stage 10b filter file date ");
-    const bool wanted = IsToBeApplied(package);
-    // Case matters, intended: a name in ".ZIP" stays as it is and is then no database. Packages are published in lower
-    // case.
-    const std::wstring updateFile = InFolder(support::ReplaceAll(package.name, L".zip", L".dat"));
+    const Extraction extraction = ExtractArchive(platform_, L"Unziping file", L"Unziping file", InFolder(package.name),
+                                                 request_.dataFolder, {}, true);
     long recordCount = 0;
-    if (wanted) SetStage(L"Stage 10c Apply data ");
-    // What an earlier run left unpacked under this name is not what this package holds.
-    if (wanted && !(unpacked && Apply(progress, package, updateFile, recordCount))) {
-        ++failed_;
-        support::LogActivity(platform_, L"Failed to apply " + package.name);
-        return;
+    if (ApplyIfNewer(progress, package, extraction, recordCount)) {
+        Succeeded(package, recordCount);
+    } else {
+        Failed(package, extraction);
     }
-    support::DeleteFileQuietly(updateFile);
-    ++applied_;
-    support::LogActivity(platform_, L"Applied:" + package.name,
-                         {localdata::DisplayDate(package.date), std::to_wstring(recordCount) + L" records"});
 }
 
-bool UpdateRun::IsToBeApplied(const Package& package) const {
-    const std::wstring* const last = request_.dates.Of(package.kind);
-    return last != nullptr && !last->empty() && package.date > *last;
+// True if the package was applied, or has nothing to change: its kind is unknown, the data of its kind is missing or
+// was never updated, or is as new as the package.
+bool UpdateRun::ApplyIfNewer(Progress& progress, const PackageName& package, Extraction extraction, long& recordCount) {
+    SetStage(L"Stage 10b filter file date ");
+    const localdata::DataDate last = localdata::ReadDataDate(platform_, request_.dataFolder, package.kind);
+    if (!last.readable) return false;
+    if (last.date.empty() || package.date <= last.date) return true;
+    SetStage(L"Stage 10c Apply data ");
+    if (waiting_.contains(package.kind)) {
+        // The data's date would move past the older package, which would then never be applied.
+        support::LogError(
+            platform_,
+            support::Error(support::kErrorInvalidCall, L"An older package of this kind has not been applied yet"), {},
+            {package.name});
+        return false;
+    }
+    return extraction == Extraction::Done && Apply(progress, package, recordCount);
 }
 
-bool UpdateRun::Apply(Progress& progress, const Package& package, const std::wstring& updateFile, long& recordCount) {
+bool UpdateRun::Apply(Progress& progress, const PackageName& package, long& recordCount) {
     try {
-        UpdateData(platform_, progress, request_.dataFolder, updateFile, package.kind, package.date, recordCount);
+        UpdateData(platform_, progress, request_.dataFolder, InFolder(package.DatabaseName()), package.kind,
+                   package.date, recordCount);
         return true;
     } catch (const support::Error& error) {
         support::LogError(platform_, error, {}, {package.name, localdata::FindDataFile(package.kind)->label});
@@ -210,9 +217,33 @@ bool UpdateRun::Apply(Progress& progress, const Package& package, const std::wst
     }
 }
 
+void UpdateRun::Succeeded(const PackageName& package, long recordCount) {
+    SetStage(L"Stage 10a kill unzip date file ");
+    support::DeleteFileQuietly(InFolder(package.name));
+    support::DeleteFileQuietly(InFolder(package.DatabaseName()));
+    ++applied_;
+    support::LogActivity(platform_, L"Applied:" + package.name,
+                         {localdata::DisplayDate(package.date), std::to_wstring(recordCount) + L" records"});
+}
+
+// A package that no run can ever apply is deleted; any other stays for the next run, and the packages of its kind that
+// follow wait for it.
+void UpdateRun::Failed(const PackageName& package, Extraction extraction) {
+    SetStage(L"Stage 10a kill unzip date file ");
+    if (extraction == Extraction::Refused || !package.CanBeApplied()) {
+        support::DeleteFileQuietly(InFolder(package.name));
+    } else {
+        kept_.push_back(package.name);
+        waiting_.insert(package.kind);
+    }
+    ++failed_;
+    support::LogActivity(platform_, L"Failed to apply " + package.name);
+}
+
 void UpdateRun::Report() {
     SetStage(L"Stage 13");
     if (failed_ > 0) {
+        for (const std::wstring& name : kept_) support::LogActivity(platform_, L"Kept for the next run " + name);
         const std::wstring text = L"Failed to apply:" + std::to_wstring(failed_) + L", please try again later";
         support::LogActivity(platform_, text);
         Message(text + L" ", support::kStyleCritical);
@@ -227,7 +258,18 @@ void UpdateRun::Report() {
 
 void UpdateRun::ShowAndLogFault(const support::Error& error) {
     support::LogError(platform_, error);
-    Message(L"The update has stopped: " + error.Description(), support::kStyleCritical);
+    if (!request_.unattended) Message(L"The update has stopped: " + error.Description(), support::kStyleCritical);
+}
+
+// Nobody is there to close the message of an unattended run, so the logs have it.
+void UpdateRun::Message(const std::wstring& text, int style) {
+    if (!request_.unattended) {
+        platform_.ShowMessage(text, style, support::Process().messageTitle);
+    } else if (style == support::kStyleCritical) {
+        support::LogError(platform_, support::Error(support::kErrorInternal, text), text);
+    } else if (found_ == 0) {
+        support::LogActivity(platform_, text); // the other outcomes are in the activity log in any case
+    }
 }
 
 } // namespace
@@ -255,7 +297,6 @@ bool LMUpdateData(object::Quorvex& object, bool internetIsAvailable, const std::
     request.dataFolder = object.DataPath();
     request.internetIsAvailable = internetIsAvailable;
     request.caption = title;
-    request.dates = localdata::GetLastUpdateDates(object.platform, request.dataFolder);
     int appliedCount = 0;
     return Update(object, request, appliedCount);
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "localdata/status.h"
 #include "object/quorvex.h"
 
 #include <string>
@@ -13,18 +12,16 @@ namespace quorvex::update {
 struct UpdateRequest {
     std::wstring dataFolder;
     bool internetIsAvailable = false; // offers the download in the dialog
-    std::wstring caption;             // stands before the dialog's own caption
-    localdata::LastUpdateDates dates;
-    bool unattended = false; // no dialog: applies what is in the folder
+    std::wstring caption;             // precedes the dialog's own caption
+    bool unattended = false;          // no dialog and no message: applies what is in the folder, the logs have the rest
 };
 
-// One run at a time and data folder. appliedCount receives the number of packages applied. True when the run went to
-// its end, and every package was listed, downloaded and applied as asked; false when the user cancelled, too. Never
+// One run at a time for each data folder. appliedCount receives the number of packages applied. True if the run reached
+// its end and every package was listed, downloaded and applied as asked; false also if the user cancelled. Never
 // throws: a fault is written to the error log, shown, and ends the run.
 bool Update(object::Quorvex& object, const UpdateRequest& request, int& appliedCount);
 
-// The host's call: with the object's data path and the dates of the files in it. Without a data path a message and
-// false.
+// The host's call, with the object's data path. Without a data path it shows a message and returns false.
 bool LMUpdateData(object::Quorvex& object, bool internetIsAvailable, const std::wstring& title);
 
 } // namespace quorvex::update

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t kPieceLength = std::size_t{128} << 10U;
 constexpr wchar_t kUnfinishedSuffix[] = L".unpacking";
+constexpr wchar_t kReplacedSuffix[] = L".replaced";
 
 // zlib's decoder of raw deflate data.
 class Inflater {
@@ -69,32 +70,51 @@ class CheckedTarget {
     uLong crc_ = crc32(0, nullptr, 0);
 };
 
-// The unfinished files of one extraction: those that have not taken their places are deleted with it.
+// The files of one extraction. They are written under names of their own and take their places together: if one of
+// them cannot, those that have are undone. Unfinished files are deleted with the object.
 class UnfinishedFiles {
   public:
     UnfinishedFiles() = default;
     UnfinishedFiles(const UnfinishedFiles&) = delete;
     UnfinishedFiles& operator=(const UnfinishedFiles&) = delete;
     ~UnfinishedFiles() {
-        for (const std::wstring& place : places_) support::DeleteFileQuietly(place + kUnfinishedSuffix);
+        for (const Place& place : places_) support::DeleteFileQuietly(place.path + kUnfinishedSuffix);
     }
 
-    std::wstring Begin(const std::wstring& place) {
-        places_.push_back(place);
-        return place + kUnfinishedSuffix;
+    std::wstring Begin(const std::wstring& path) {
+        places_.push_back({path, false});
+        return path + kUnfinishedSuffix;
     }
     void TakePlaces() {
-        while (!places_.empty()) {
-            const std::wstring& place = places_.back();
-            if (!support::RenameFileQuietly(place + kUnfinishedSuffix, place)) {
-                throw support::Error(support::kErrorPathAccess, L"Cannot replace file " + place);
-            }
-            places_.pop_back();
+        for (std::size_t i = 0; i < places_.size(); ++i) {
+            if (Take(places_[i])) continue;
+            for (std::size_t k = i; k-- > 0;) Undo(places_[k]);
+            throw support::Error(support::kErrorPathAccess, L"Cannot replace file " + places_[i].path);
+        }
+        for (const Place& place : places_) {
+            if (place.replaces) support::DeleteFileQuietly(place.path + kReplacedSuffix);
         }
     }
 
   private:
-    std::vector<std::wstring> places_;
+    struct Place {
+        std::wstring path;
+        bool replaces; // an older file, which waits under a name of its own
+    };
+
+    static bool Take(Place& place) {
+        place.replaces = support::PathExists(place.path);
+        if (place.replaces && !support::RenameFileQuietly(place.path, place.path + kReplacedSuffix)) return false;
+        if (support::RenameFileQuietly(place.path + kUnfinishedSuffix, place.path)) return true;
+        if (place.replaces) support::RenameFileQuietly(place.path + kReplacedSuffix, place.path);
+        return false;
+    }
+    static void Undo(const Place& place) {
+        support::RenameFileQuietly(place.path, place.path + kUnfinishedSuffix);
+        if (place.replaces) support::RenameFileQuietly(place.path + kReplacedSuffix, place.path);
+    }
+
+    std::vector<Place> places_;
 };
 
 } // namespace
@@ -147,7 +167,7 @@ void ZipArchive::Unpack(const ZipEntry& entry, const ZipTarget& target) {
             checked.Write(std::string_view(buffer).substr(0, made));
         } while (!inflater.Finished() && made == buffer.size());
         if (inflater.Finished() && (!inflater.Hungry() || done < entry.packedSize)) {
-            FailArchive(L"Foreign bytes follow the data of \"" + entry.name + L"\"");
+            FailArchive(L"Unexpected data after the entry \"" + entry.name + L"\"");
         }
     }
     if (!stored && !inflater.Finished()) FailArchive(L"The compressed data of \"" + entry.name + L"\" is cut off");

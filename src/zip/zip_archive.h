@@ -19,9 +19,9 @@ class ZipArchive {
     // Reads and checks the whole directory (see ReadZipDirectory). Throws Error.
     void Open(const std::wstring& file);
     void Open(std::unique_ptr<ZipSource> archive);
-    // Writes every entry into the folder, all or none: each first goes to a name of its own beside its place and only
-    // when all are complete, with right size and CRC, do they take their names. Without overwrite an existing file is
-    // an error. Throws Error; no half file is left.
+    // Writes every entry into the folder, all or none. Each is first written under a name of its own; once all are
+    // complete, with the right sizes and CRCs, they take their names together. Without overwrite an existing file is
+    // an error. Throws Error and leaves the folder as it was.
     void Extract(const std::wstring& folder, bool overwrite);
     void Close();
 

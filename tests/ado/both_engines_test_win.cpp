@@ -43,7 +43,6 @@ class Mode {
         CopyPackage(package, folder.Text());
         update::UpdateRequest request;
         request.dataFolder = folder.Text();
-        request.dates = localdata::GetLastUpdateDates(platform, folder.Text());
         request.unattended = true;
         int applied = 0;
         EXPECT_TRUE(update::Update(object, request, applied));

@@ -22,10 +22,12 @@ class UpdatePlatform : public FakePlatform {
     support::MailResult mailResult;
     std::vector<support::MailMessage> mails;
     std::function<void()> onPump;
+    std::function<void()> onQuestion; // while the dialog is open
 
     support::UpdateChoice AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
                                           bool internetIsAvailable) override {
         questions.push_back({caption, dataFolder, internetIsAvailable});
+        if (onQuestion) onQuestion();
         return questions.size() <= choices.size() ? choices[questions.size() - 1] : support::UpdateChoice::Cancel;
     }
     void ShowProgress(const std::wstring& caption, const std::wstring& text) override {

@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace quorvex::testing {
 namespace {
 
@@ -36,7 +38,6 @@ class UpdateProcedure : public ::testing::Test, protected UpdateWorld {
     bool RunUnattended() {
         update::UpdateRequest request;
         request.dataFolder = folder.Text();
-        request.dates = localdata::GetLastUpdateDates(platform, folder.Text());
         request.unattended = true;
         return update::Update(object, request, applied);
     }
@@ -77,7 +78,7 @@ TEST_F(UpdateProcedure, CancelEndsTheRunWithoutATrace) {
 TEST_F(UpdateProcedure, DownloadsThenAppliesAndWritesEveryStep) {
     const std::wstring f = L"http://files/UPDATE_F_20240131.zip";
     const std::wstring z = L"http://files/UPDATE_Z_20240131.zip";
-    platform.replies[kListUrl] = L"<Confirm>YES</Confirm><list>" + f + L"|99|x|" + z + L"|98|y</list>";
+    platform.replies[kListUrl] = L"<Confirm>YES</Confirm><list>" + f + L"|0|x|" + z + L"|0|y</list>";
     platform.onGetHttpFile = [this](const std::wstring&, const std::wstring& target) {
         EXPECT_EQ(support::Process().currentOperation, L"Update:Stage 4 Downloading file");
         AddPackage(support::FileNameOf(target), {L"AB1 1AB", L"ZZ9 9ZZ"});
@@ -135,9 +136,9 @@ TEST_F(UpdateProcedure, AnEmptyListDownloadsNothingAndGoesOn) {
 }
 
 TEST_F(UpdateProcedure, AFailedDownloadOrABadNameIsLoggedAndSkipped) {
-    platform.replies[kListUrl] = L"<Confirm>YES</Confirm><list>http://x/UPDATE_F_20240131.zip|1|a|"
-                                 L"http://x/..\\UPDATE_F_20240229.zip|1|a|http://x/PAF_FULL.dat|1|a|"
-                                 L"http://x/UPDATE_T_20240131.zip|1|a</list>";
+    platform.replies[kListUrl] = L"<Confirm>YES</Confirm><list>http://x/UPDATE_F_20240131.zip|0|a|"
+                                 L"http://x/..\\UPDATE_F_20240229.zip|0|a|http://x/PAF_FULL.dat|0|a|"
+                                 L"http://x/UPDATE_T_20240131.zip|0|a</list>";
     platform.onGetHttpFile = [this](const std::wstring& url, const std::wstring& target) {
         if (url.find(L"_F_") != std::wstring::npos) return false;
         AddPackage(support::FileNameOf(target), {L"AB1 1AA"});
@@ -156,12 +157,13 @@ TEST_F(UpdateProcedure, AFailedDownloadOrABadNameIsLoggedAndSkipped) {
 TEST_F(UpdateProcedure, UnattendedAsksNothingAndAppliesWhatIsThere) {
     EXPECT_TRUE(RunUnattended());
     EXPECT_EQ(applied, 0);
-    EXPECT_THAT(MessageTexts(), ElementsAre(L"No updates to apply!"));
+    EXPECT_THAT(ActivityLines(), ElementsAre(L"No updates to apply!"));
     AddPackage(L"UPDATE_T_20240131.zip", {L"AB1 1AA"});
     EXPECT_TRUE(RunUnattended());
     EXPECT_EQ(applied, 1);
     EXPECT_THAT(platform.questions, IsEmpty());
     EXPECT_THAT(platform.urls, IsEmpty());
+    EXPECT_THAT(platform.messages, IsEmpty()) << "nobody is there to close it";
 }
 
 TEST_F(UpdateProcedure, PackagesThatAreNotNewerOrOfNoKindArePassedOverAndGone) {
@@ -172,7 +174,7 @@ TEST_F(UpdateProcedure, PackagesThatAreNotNewerOrOfNoKindArePassedOverAndGone) {
     }
     EXPECT_TRUE(RunUnattended());
     EXPECT_EQ(applied, 5);
-    EXPECT_THAT(MessageTexts(), ElementsAre(L"\r\nFiles applied:5 ok \r\n"));
+    EXPECT_EQ(ActivityLines().back(), L", Files applied:5 ok");
     EXPECT_THAT(ActivityLines(), Contains(L"Applied:UPDATE_F_20240101.zip|01 Jan 2024|0 records"));
     EXPECT_EQ(UpdateOf(L"PAF_FULL.dat", L"PAF_FULLAddress", L"ZZ9 9ZZ"), L"");
     EXPECT_EQ(UpdateOf(L"PAF_THOURGHFARE.dat", L"PAF_StreetAddress", L"ZZ9 9ZZ"), L"");
@@ -200,20 +202,23 @@ TEST_F(UpdateProcedure, PackagesOfAKindAreAppliedOldestFirst) {
     EXPECT_EQ(VersionOf(L"PAF_FULL.dat"), L"20240430");
 }
 
-TEST_F(UpdateProcedure, APackageThatFailsKeepsItsUnpackedFileAndIsCounted) {
+TEST_F(UpdateProcedure, APackageThatFailsIsCountedAndKeptUnlessItIsDamaged) {
     AddPackage(L"UPDATE_F_20240131.zip", {L"AB1 1AB"}, [](FileData& data) { data.password = L"other"; });
     AddPackage(L"UPDATE_T_20240131.zip", {L"AB1 1AA"});
     support::WriteFileBytes(folder.File(L"UPDATE_Z_20240131.zip"), "damaged");
     EXPECT_FALSE(RunUnattended());
     EXPECT_EQ(applied, 1);
-    EXPECT_THAT(MessageTexts(), ElementsAre(L"Failed to apply:2, please try again later "));
+    EXPECT_THAT(platform.messages, IsEmpty());
     EXPECT_THAT(ActivityLines(), Contains(L"Failed to apply UPDATE_F_20240131.zip"));
+    EXPECT_THAT(ActivityLines(), Contains(L"Kept for the next run UPDATE_F_20240131.zip"));
+    EXPECT_THAT(ActivityLines(), Not(Contains(L"Kept for the next run UPDATE_Z_20240131.zip")));
     EXPECT_THAT(ActivityLines(), Contains(L"Failed to apply UPDATE_Z_20240131.zip"));
     EXPECT_EQ(ActivityLines().back(), L"Failed to apply:2, please try again later");
     EXPECT_TRUE(HasFile(L"UPDATE_F_20240131.dat"));
-    EXPECT_FALSE(HasFile(L"UPDATE_F_20240131.zip"));
+    EXPECT_TRUE(HasFile(L"UPDATE_F_20240131.zip"));
     EXPECT_FALSE(HasFile(L"UPDATE_Z_20240131.zip"));
-    ASSERT_EQ(ErrorLines().size(), 2U);
+    ASSERT_EQ(ErrorLines().size(), 3U);
+    EXPECT_EQ(ErrorLines()[2], L"Update:Stage 13|Message:|Failed to apply:2, please try again later");
     EXPECT_EQ(ErrorLines()[0], L"Update:UpdateData:Stage 3 Opening update file with ADO|Error:|-2147217843|" +
                                    folder.File(L"UPDATE_F_20240131.dat") +
                                    L": The database password is wrong'|UPDATE_F_20240131.zip|Full PAF");
@@ -227,7 +232,84 @@ TEST_F(UpdateProcedure, ADamagedPackageNeverAppliesAnOlderUnpackedFile) {
     support::WriteFileBytes(folder.File(L"UPDATE_F_20240131.zip"), "damaged");
     EXPECT_FALSE(RunUnattended());
     EXPECT_EQ(UpdateOf(L"PAF_FULL.dat", L"PAF_FULLAddress", L"AB1 1AB"), L"old");
-    EXPECT_TRUE(HasFile(L"UPDATE_F_20240131.dat"));
+}
+
+// The data's date would move past the failed package, and its changes would never come.
+TEST_F(UpdateProcedure, PackagesOfAKindWaitForTheOneThatFailed) {
+    AddPackage(L"UPDATE_F_20240131.zip", {L"AB1 1AB"});
+    AddPackage(L"UPDATE_F_20240229.zip", {L"AB1 1AC"});
+    AddPackage(L"UPDATE_T_20240229.zip", {L"AB1 1AA"});
+    bool once = true;
+    databases.onCall = [&once](const std::wstring& call) {
+        if (call != L"AddNew" && call != L"Update") return;
+        if (std::exchange(once, false)) throw support::Error(support::kErrorDiskFull, L"The disk is full");
+    };
+    EXPECT_FALSE(RunUnattended());
+    EXPECT_EQ(applied, 1);
+    EXPECT_EQ(VersionOf(L"PAF_FULL.dat"), L"20240101");
+    EXPECT_THAT(ActivityLines(), Contains(L"Kept for the next run UPDATE_F_20240229.zip"));
+    EXPECT_TRUE(RunUnattended()) << "both packages are still there";
+    EXPECT_EQ(UpdateOf(L"PAF_FULL.dat", L"PAF_FULLAddress", L"AB1 1AB"), L"20240131");
+    EXPECT_EQ(UpdateOf(L"PAF_FULL.dat", L"PAF_FULLAddress", L"AB1 1AC"), L"20240229");
+    EXPECT_THAT(support::ListFiles(folder.Text(), L"UPDATE_", L""), IsEmpty());
+}
+
+TEST_F(UpdateProcedure, DataThatCannotBeReadFailsItsPackagesAndKeepsThem) {
+    AddPackage(L"UPDATE_F_20240131.zip", {L"AB1 1AB"});
+    AddPackage(L"UPDATE_Z_20240131.zip", {L"AB1 1AB"});
+    support::WriteFileBytes(folder.File(L"PAF_FULL.dat"), std::string(10000, 'x'));
+    support::WriteFileBytes(folder.File(L"PAF_POSTZON.dat"), "");
+    EXPECT_FALSE(RunUnattended());
+    EXPECT_EQ(applied, 1) << "an empty file is no data, so its package has nothing to change";
+    EXPECT_TRUE(HasFile(L"UPDATE_F_20240131.zip"));
+    EXPECT_FALSE(HasFile(L"UPDATE_Z_20240131.zip"));
+    EXPECT_THAT(ActivityLines(), Contains(L"Failed to apply UPDATE_F_20240131.zip"));
+}
+
+TEST_F(UpdateProcedure, DatesAreReadAfterTheDialogAndAfterEveryPackage) {
+    platform.onQuestion = [this] { AddFull(L"20240331"); }; // another run, while the dialog is open
+    AddPackage(L"UPDATE_F_20240229.zip", {L"AB1 1AB"});
+    platform.replies[L"http://service/xmlservice/UpdateDataList.aspx?f=20240331&t=20240101&z=20240101"] =
+        L"<Confirm>YES</Confirm><list></list>";
+    EXPECT_TRUE(RunFromHost(UpdateChoice::Download)) << "the service is asked with the new date";
+    EXPECT_EQ(VersionOf(L"PAF_FULL.dat"), L"20240331");
+    EXPECT_EQ(UpdateOf(L"PAF_FULL.dat", L"PAF_FULLAddress", L"AB1 1AB"), L"old");
+    // The same month twice, in two spellings that a case-sensitive folder tells apart: the second has nothing to
+    // change.
+    AddPackage(L"UPDATE_F_20240430.zip", {L"AB1 1AB"});
+    AddPackage(L"UPDATE_F_20240430.Zip", {L"AB1 1AB"});
+    RunUnattended();
+    EXPECT_EQ(VersionOf(L"PAF_FULL.dat"), L"20240430");
+}
+
+TEST_F(UpdateProcedure, ADownloadOfAnotherSizeThanListedFailed) {
+    platform.replies[kListUrl] = L"<Confirm>YES</Confirm><list>http://x/UPDATE_F_20240131.zip|4|a|"
+                                 L"http://x/UPDATE_T_20240131.zip|5|a</list>";
+    platform.onGetHttpFile = [](const std::wstring&, const std::wstring& target) {
+        support::WriteFileBytes(target, "1234");
+        return true;
+    };
+    EXPECT_FALSE(RunFromHost(UpdateChoice::Download));
+    EXPECT_THAT(ActivityLines(), Contains(L"Attempting Complete http://x/UPDATE_F_20240131.zip"));
+    EXPECT_THAT(ActivityLines(), Contains(L"Download Cancel or Failed http://x/UPDATE_T_20240131.zip"));
+    EXPECT_THAT(ActivityLines(), Not(Contains(L"Processing file UPDATE_T_20240131.zip")));
+}
+
+TEST_F(UpdateProcedure, WhatAKilledRunLeftIsSweptAndNothingElse) {
+    const std::vector<std::wstring> leftovers = {L"UPDATE_F_20240131.dat", L"UPDATE_T_20240131.dat.unpacking",
+                                                 L"UPDATE_T_20240131.dat.replaced", L"UPDATE_Z_20240131.zip.part",
+                                                 L"UPDATE_Z_20240131.dat.journal"};
+    const std::vector<std::wstring> others = {L"UPDATE_notes.dat", L"UPDATE_F_20240131.txt", L"PAF_FULL.dat"};
+    for (const std::wstring& name : leftovers) support::WriteFileBytes(folder.File(name), "x");
+    for (const std::wstring& name : {others[0], others[1]}) support::WriteFileBytes(folder.File(name), "x");
+    {
+        const auto other = support::FileLock::TryAcquire(folder.File(L"Update.lock"));
+        EXPECT_FALSE(RunUnattended());
+        for (const std::wstring& name : leftovers) EXPECT_TRUE(HasFile(name)) << "another run is at work";
+    }
+    EXPECT_TRUE(RunUnattended());
+    for (const std::wstring& name : leftovers) EXPECT_FALSE(HasFile(name)) << support::ToUtf8(name);
+    for (const std::wstring& name : others) EXPECT_TRUE(HasFile(name)) << support::ToUtf8(name);
 }
 
 TEST_F(UpdateProcedure, AnUpperCaseEndingIsFoundUnpackedAndFails) {
@@ -235,7 +317,7 @@ TEST_F(UpdateProcedure, AnUpperCaseEndingIsFoundUnpackedAndFails) {
     EXPECT_FALSE(RunUnattended());
     EXPECT_FALSE(HasFile(L"UPDATE_F_20240131.ZIP"));
     EXPECT_TRUE(HasFile(L"UPDATE_F_20240131.dat"));
-    EXPECT_THAT(MessageTexts(), ElementsAre(L"Failed to apply:1, please try again later "));
+    EXPECT_EQ(ActivityLines().back(), L"Failed to apply:1, please try again later");
     EXPECT_EQ(VersionOf(L"PAF_FULL.dat"), L"20240101");
 }
 
@@ -283,11 +365,13 @@ TEST_F(UpdateProcedure, ASecondRunOfTheSameDataFailsCleanly) {
     };
     EXPECT_TRUE(RunUnattended());
     EXPECT_FALSE(second);
-    EXPECT_THAT(MessageTexts(), ElementsAre(L"The update has stopped: Another update of this data is running",
-                                            L"\r\nFiles applied:1 ok \r\n"));
     EXPECT_EQ(VersionOf(L"PAF_FULL.dat"), L"20240131");
     ASSERT_EQ(ErrorLines().size(), 1U);
+    EXPECT_NE(ErrorLines()[0].find(L"Another update of this data is running"), std::wstring::npos);
     EXPECT_TRUE(RunUnattended()) << "the lock is gone with its run";
+    const auto other = support::FileLock::TryAcquire(folder.File(L"Update.lock"));
+    EXPECT_FALSE(RunFromHost(UpdateChoice::ApplyFromFolder));
+    EXPECT_THAT(MessageTexts(), ElementsAre(L"The update has stopped: Another update of this data is running"));
 }
 
 TEST_F(UpdateProcedure, AnUnexpectedFaultIsLoggedWithItsStageAndEndsTheRun) {
@@ -298,7 +382,6 @@ TEST_F(UpdateProcedure, AnUnexpectedFaultIsLoggedWithItsStageAndEndsTheRun) {
     };
     EXPECT_FALSE(RunUnattended());
     EXPECT_FALSE(platform.progressShown);
-    EXPECT_EQ(platform.messages.size(), 1U);
     ASSERT_EQ(ErrorLines().size(), 1U);
     EXPECT_TRUE(
         ErrorLines()[0].starts_with(L"Update:UpdateData:AddOrUpdateRecordAddress:Stage 5 UPDATE AB1 1AB|Error:|"));

@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
 #include <random>
 
@@ -154,7 +155,7 @@ TEST(ZipArchive, RefusesDataThatIsNotWhatTheDirectoryPromises) {
                     p.data += "more";
                     p.packedSize = p.localPackedSize = p.packedSize + 4;
                 }),
-                HasSubstr("Foreign bytes"));
+                HasSubstr("Unexpected data after the entry"));
 }
 
 // 300 MB of zeros in 300 KB: refused from the directory alone, and when the directory lies, at the promised size.
@@ -245,12 +246,12 @@ class UnzipTest : public ::testing::Test {
 
 TEST_F(UnzipTest, ExtractsEveryFileAndShowsWhatItDoes) {
     ZipBuilder builder;
-    builder.Add("a.dat", "first");
-    builder.Add("b.dat", "second");
+    builder.Add("UPDATE_F_20260131.dat", "first");
+    builder.Add("UPDATE_T_20260131.dat", "second");
     EXPECT_TRUE(Run(builder.Bytes()));
-    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"a.dat")), "first");
-    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"b.dat")), "second");
-    EXPECT_THAT(Files(), ::testing::UnorderedElementsAre(L"a.dat", L"b.dat"));
+    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"UPDATE_F_20260131.dat")), "first");
+    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"UPDATE_T_20260131.dat")), "second");
+    EXPECT_THAT(Files(), ::testing::UnorderedElementsAre(L"UPDATE_F_20260131.dat", L"UPDATE_T_20260131.dat"));
     EXPECT_THAT(platform_.zipStatus,
                 ::testing::ElementsAre(L"Unziping file|Unziping file|Opening UPDATE_F_20260131.zip",
                                        L"Unziping file|Unziping file|Extracting UPDATE_F_20260131.zip"));
@@ -264,34 +265,34 @@ TEST_F(UnzipTest, ExtractsEveryFileAndShowsWhatItDoes) {
 }
 
 TEST_F(UnzipTest, ReplacesAnExistingFileOnlyWhenToldTo) {
-    support::WriteFileBytes(folder_.File(L"b.dat"), "old");
+    support::WriteFileBytes(folder_.File(L"UPDATE_T_20260131.dat"), "old");
     ZipBuilder builder;
-    builder.Add("a.dat", "new");
-    builder.Add("b.dat", "new");
+    builder.Add("UPDATE_F_20260131.dat", "new");
+    builder.Add("UPDATE_T_20260131.dat", "new");
     EXPECT_FALSE(Run(builder.Bytes(), false));
-    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"b.dat")), "old");
-    EXPECT_THAT(Files(), ::testing::ElementsAre(L"b.dat")) << "all or nothing";
+    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"UPDATE_T_20260131.dat")), "old");
+    EXPECT_THAT(Files(), ::testing::ElementsAre(L"UPDATE_T_20260131.dat")) << "all or nothing";
     EXPECT_TRUE(Run(builder.Bytes(), true));
-    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"b.dat")), "new");
+    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"UPDATE_T_20260131.dat")), "new");
 }
 
 TEST_F(UnzipTest, AFailedExtractionLeavesNothingBehindAndSaysWhy) {
-    support::WriteFileBytes(folder_.File(L"b.dat"), "old");
+    support::WriteFileBytes(folder_.File(L"UPDATE_T_20260131.dat"), "old");
     ZipBuilder builder;
-    builder.Add("a.dat", RandomText(50000, 8));
-    ZipPart& damaged = builder.Add("b.dat", RandomText(500000, 9));
+    builder.Add("UPDATE_F_20260131.dat", RandomText(50000, 8));
+    ZipPart& damaged = builder.Add("UPDATE_T_20260131.dat", RandomText(500000, 9));
     damaged.crc = damaged.localCrc = 99;
     EXPECT_FALSE(Run(builder.Bytes()));
-    EXPECT_THAT(Files(), ::testing::ElementsAre(L"b.dat"));
-    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"b.dat")), "old");
+    EXPECT_THAT(Files(), ::testing::ElementsAre(L"UPDATE_T_20260131.dat"));
+    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"UPDATE_T_20260131.dat")), "old");
     EXPECT_FALSE(platform_.zipStatusShown);
     EXPECT_TRUE(platform_.messages.empty());
-    EXPECT_THAT(ErrorLog(), HasSubstr("The checksum of \"b.dat\" is wrong'"));
+    EXPECT_THAT(ErrorLog(), HasSubstr("The checksum of \"UPDATE_T_20260131.dat\" is wrong'"));
 }
 
 TEST_F(UnzipTest, RefusesAPasswordAndAMissingArchive) {
     ZipBuilder builder;
-    builder.Add("a.dat", "x");
+    builder.Add("UPDATE_F_20260131.dat", "x");
     support::WriteFileBytes(archive_, builder.Bytes());
     EXPECT_FALSE(update::Unzip(platform_, {}, {}, archive_, folder_.Text(), L"secret", true));
     EXPECT_FALSE(update::Unzip(platform_, {}, {}, elsewhere_.File(L"none.zip"), folder_.Text(), {}, true));
@@ -299,15 +300,38 @@ TEST_F(UnzipTest, RefusesAPasswordAndAMissingArchive) {
     EXPECT_TRUE(Files().empty());
 }
 
-// A package must not be able to put a file in the place of the data, its substitution table or a journal of theirs.
-TEST_F(UnzipTest, NeverReplacesTheDataItself) {
-    for (const char* name : {"PAF_FULL.dat", "paf_postzon.DAT", "PAF_SUBSTITUTION.txt", "PAF_FULL.dat-journal"}) {
+// Packages come over plain http: nothing but an update's database may reach the data folder.
+TEST_F(UnzipTest, WritesNothingButDatabasesOfUpdates) {
+    for (const char* name : {"PAF_FULL.dat", "PAF_SUBSTITUTION.txt", "PAF_FULL.dat.journal", "host.exe", "version.dll",
+                             "UPDATE_F_20260131.exe", "UPDATE_F_2026013.dat", "UPDATE_1_20260131.dat", "Update.lock",
+                             "UPDATE_F_20260131.dat.journal", "desktop.ini"}) {
         ZipBuilder builder;
-        builder.Add("good.dat", "x");
+        builder.Add("UPDATE_F_20260131.dat", "x");
         builder.Add(name, "x");
         EXPECT_FALSE(Run(builder.Bytes())) << name;
-        EXPECT_TRUE(Files().empty());
+        EXPECT_TRUE(Files().empty()) << name;
+        EXPECT_THAT(ErrorLog(), HasSubstr(name));
     }
+}
+
+// The last of several files cannot take its place: the others must not stay.
+TEST_F(UnzipTest, PlacesSeveralFilesOrNone) {
+    support::WriteFileBytes(folder_.File(L"UPDATE_F_20260131.dat"), "old");
+    const auto inTheWay = support::ToPath(folder_.File(L"UPDATE_Z_20260131.dat.replaced"));
+    std::filesystem::create_directories(inTheWay / "full");
+    std::filesystem::create_directories(support::ToPath(folder_.File(L"UPDATE_Z_20260131.dat")));
+    ZipBuilder builder;
+    for (const char* name : {"UPDATE_F_20260131.dat", "UPDATE_T_20260131.dat", "UPDATE_Z_20260131.dat"}) {
+        builder.Add(name, "new");
+    }
+    EXPECT_FALSE(Run(builder.Bytes()));
+    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"UPDATE_F_20260131.dat")), "old");
+    EXPECT_THAT(Files(), ::testing::ElementsAre(L"UPDATE_F_20260131.dat"));
+    std::filesystem::remove_all(inTheWay);
+    std::filesystem::remove(support::ToPath(folder_.File(L"UPDATE_Z_20260131.dat")));
+    EXPECT_TRUE(Run(builder.Bytes()));
+    EXPECT_EQ(support::ReadFileBytes(folder_.File(L"UPDATE_F_20260131.dat")), "new");
+    EXPECT_EQ(Files().size(), 3U) << "no older file stays under another name";
 }
 
 } // namespace

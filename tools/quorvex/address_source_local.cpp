@@ -91,7 +91,7 @@ class LocalSource final : public AddressSource {
         database_.emplace(
             jet::Database::Open(support::ToPath(file_), database::ToUtf16(database::kDatabasePassword), {}));
         addresses_.emplace(database_->OpenTable(u"PAF_FULLAddress"));
-        const auto column = addresses_->definition().FindColumn(u"FT_Address");
+        const auto column = addresses_->FindColumn(u"FT_Address");
         if (!column) throw jet::Error(jet::ErrorCode::kNoSuchColumn, "the data file has no column FT_Address");
         address_ = *column;
     }

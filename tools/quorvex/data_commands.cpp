@@ -153,7 +153,6 @@ Report UpdateData(object::Quorvex& object, ProgramPlatform& platform, const Upda
     update::UpdateRequest request;
     request.dataFolder = folder;
     request.internetIsAvailable = command.download;
-    request.dates = localdata::GetLastUpdateDates(platform, folder);
     int applied = 0;
     const bool complete = update::Update(object, request, applied);
     platform.HideProgress();
