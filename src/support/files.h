@@ -21,7 +21,7 @@ std::wstring FileNameOf(std::wstring_view path);
 std::int32_t FileSize(const std::wstring& path);
 // True only for a file of more than 0 bytes. Intended: an empty file counts as absent.
 bool FileExists(const std::wstring& path);
-// True for anything of that name, an empty file or a folder included.
+// True for anything of that name, an empty file or a folder included. Also true if the system cannot tell.
 bool PathExists(const std::wstring& path);
 // The file then holds the text and one line end (CR LF), in UTF-8. Throws Error.
 void WriteTextFile(const std::wstring& path, std::wstring_view text);

@@ -2,6 +2,7 @@
 #include "support/text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <limits>
@@ -37,7 +38,7 @@ std::int32_t FileSize(const std::wstring& path) {
 
 bool PathExists(const std::wstring& path) {
     struct stat status {};
-    return lstat(ToPath(path).c_str(), &status) == 0;
+    return lstat(ToPath(path).c_str(), &status) == 0 || (errno != ENOENT && errno != ENOTDIR);
 }
 
 bool DeleteFileQuietly(const std::wstring& path) {

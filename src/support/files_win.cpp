@@ -58,7 +58,9 @@ std::int32_t FileSize(const std::wstring& path) {
 }
 
 bool PathExists(const std::wstring& path) {
-    return GetFileAttributesW(SystemPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+    if (GetFileAttributesW(SystemPath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return true;
+    const DWORD error = GetLastError();
+    return error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND;
 }
 
 bool DeleteFileQuietly(const std::wstring& path) {
@@ -69,8 +71,8 @@ bool DeleteFileQuietly(const std::wstring& path) {
 bool RenameFileQuietly(const std::wstring& from, const std::wstring& to) {
     const std::wstring source = SystemPath(from);
     const std::wstring target = SystemPath(to);
-    return RetryWhileHeld(
-               [&] { return MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING); }) != FALSE;
+    return RetryWhileHeld([&] { return MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING); }) !=
+           FALSE;
 }
 
 std::vector<std::wstring> FileNames(const std::wstring& folder) {
@@ -87,8 +89,8 @@ std::vector<std::wstring> FileNames(const std::wstring& folder) {
 
 // Without FILE_SHARE_WRITE nobody else gets a handle for writing.
 FileHold::FileHold(const std::wstring& path, bool create) {
-    const HANDLE file = CreateFileW(SystemPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
-                                    create ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = CreateFileW(SystemPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                                    nullptr, create ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file != INVALID_HANDLE_VALUE) handle_ = reinterpret_cast<std::intptr_t>(file);
 }
 
