@@ -4,6 +4,7 @@
 #include "localdata/data_file_names.h"
 #include "lookups/local_replies.h"
 #include "lookups/postcode.h"
+#include "service/kept_databases.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/text.h"
@@ -48,28 +49,51 @@ bool HasQuote(const std::wstring& text) {
 
 } // namespace
 
+struct LocalData::Reader {
+    KeptDatabases kept;
+    ServicePlatform platform{&kept};
+    object::Quorvex object{platform};
+};
+
 class LocalData::Lease {
   public:
     explicit Lease(const LocalData& data) : data_(data) {
         std::unique_lock lock(data_.mutex_);
         data_.returned_.wait(lock, [this] { return !data_.idle_.empty(); });
-        object_ = std::move(data_.idle_.back());
+        reader_ = std::move(data_.idle_.back());
         data_.idle_.pop_back();
     }
     Lease(const Lease&) = delete;
     Lease& operator=(const Lease&) = delete;
     ~Lease() {
         const std::lock_guard lock(data_.mutex_);
-        data_.idle_.push_back(std::move(object_));
+        data_.idle_.push_back(std::move(reader_));
         data_.returned_.notify_one();
     }
 
-    object::Quorvex& operator*() { return *object_; }
+    Reader* operator->() { return reader_.get(); }
 
   private:
     const LocalData& data_;
-    std::unique_ptr<object::Quorvex> object_;
+    std::unique_ptr<Reader> reader_;
 };
+
+// An answer during which nobody wrote to the files: one that may have seen half of a change is thrown away and made
+// again with the files locked.
+template <typename Work>
+auto LocalData::Asked(Work work) const {
+    Lease lease(*this);
+    try {
+        auto answer = work(*lease.operator->());
+        if (lease->kept.Unchanged()) return answer;
+    } catch (const support::Error&) {
+        if (lease->kept.Unchanged()) throw;
+    }
+    const KeptDatabases::Locked locked(lease->kept);
+    return work(*lease.operator->());
+}
+
+LocalData::~LocalData() = default;
 
 LocalData::LocalData(const std::filesystem::path& folder)
     : folder_(support::FromPath(folder)), table_(localdata::LoadSubstitution(folder_)) {
@@ -83,8 +107,8 @@ LocalData::LocalData(const std::filesystem::path& folder)
     // do.
     idle_.reserve(kObjects);
     for (std::size_t i = 0; i < kObjects; ++i) {
-        idle_.push_back(std::make_unique<object::Quorvex>(platform_));
-        idle_.back()->LMSetDataPath(folder_);
+        idle_.push_back(std::make_unique<Reader>());
+        idle_.back()->object.LMSetDataPath(folder_);
     }
 }
 
@@ -92,8 +116,8 @@ Reply LocalData::AddressList(const std::wstring& postcode) const {
     const lookups::PostcodeAndHouse asked = lookups::SplitCommaForm(postcode);
     if (support::Trim(asked.postcode).empty()) return Refused(L"Please specify Postcode");
     if (HasQuote(asked.postcode)) return Refused(L"Postcode not found: " + asked.postcode);
-    Lease object(*this);
-    const lookups::LocalList list = lookups::LocalAddressList(*object, asked.postcode, asked.house);
+    const lookups::LocalList list = Asked(
+        [&](Reader& reader) { return lookups::LocalAddressList(reader.object, asked.postcode, asked.house, &table_); });
     Reply reply = FromLocal(list.reply);
     reply.free = list.recordCount == 0 || IsTest(asked.postcode);
     reply.body = Element(L"recordcount", std::to_wstring(list.recordCount)) + L"<addressdata>\r\n" + list.records +
@@ -105,7 +129,10 @@ Reply LocalData::AddressRecord(const std::wstring& id) const {
     const std::wstring postcode = id.substr(0, id.find(L'_'));
     if (support::Trim(postcode).empty()) return Refused(L"Please specify an address identifier");
     Reply reply;
-    if (!HasQuote(postcode)) reply = FromLocal(lookups::LocalAddressRecord(*Lease(*this), id));
+    if (!HasQuote(postcode)) {
+        reply =
+            FromLocal(Asked([&](Reader& reader) { return lookups::LocalAddressRecord(reader.object, id, &table_); }));
+    }
     if (!reply.confirm) return Refused(L"Address not found: " + id);
     reply.free = IsTest(postcode);
     return reply;
@@ -114,7 +141,10 @@ Reply LocalData::AddressRecord(const std::wstring& id) const {
 Reply LocalData::StreetRecord(const std::wstring& postcode) const {
     if (postcode.size() < 4 || postcode.size() > 8) return Refused(L"Please specify Postcode");
     Reply reply;
-    if (!HasQuote(postcode)) reply = FromLocal(lookups::LocalThoroughfareRecord(*Lease(*this), postcode));
+    if (!HasQuote(postcode)) {
+        reply = FromLocal(
+            Asked([&](Reader& reader) { return lookups::LocalThoroughfareRecord(reader.object, postcode, &table_); }));
+    }
     if (!reply.confirm) return Refused(L"Postcode not found: " + postcode);
     reply.free = IsTest(postcode);
     return reply;
@@ -123,9 +153,10 @@ Reply LocalData::StreetRecord(const std::wstring& postcode) const {
 Reply LocalData::PostZonRecord(const std::wstring& key, const std::wstring& homePostcode) const {
     if (key.size() < 5) return Refused(L"Please specify Postcode");
     if (HasQuote(key)) return Refused(L"Postcode not found: " + key);
-    Lease object(*this);
-    (*object).SetHomePostCode(HasQuote(homePostcode) ? std::wstring() : homePostcode);
-    Reply reply = FromLocal(lookups::LocalPostZonRecord(*object, key));
+    Reply reply = FromLocal(Asked([&](Reader& reader) {
+        reader.object.SetHomePostCode(HasQuote(homePostcode) ? std::wstring() : homePostcode);
+        return lookups::LocalPostZonRecord(reader.object, key);
+    }));
     return reply.confirm ? reply : Refused(L"Postcode not found: " + key);
 }
 
@@ -134,10 +165,13 @@ localdata::LastUpdateDates LocalData::Dates() const {
 }
 
 std::optional<std::wstring> LocalData::FullRow(const std::wstring& key) const {
-    database::RowReader rows(platform_.Databases(), localdata::DataFilePath(folder_, localdata::kDataFiles[0]),
-                             L"SELECT * From [PAF_FULLAddress] WHERE [FT_Postcode]='" + key + L"';");
-    if (rows.AtEnd()) return std::nullopt;
-    return table_.Unscramble(rows.Text(L"FT_Address"));
+    return Asked([&](Reader& reader) -> std::optional<std::wstring> {
+        database::RowReader rows(reader.platform.Databases(),
+                                 localdata::DataFilePath(folder_, localdata::kDataFiles[0]),
+                                 L"SELECT * From [PAF_FULLAddress] WHERE [FT_Postcode]='" + key + L"';");
+        if (rows.AtEnd()) return std::nullopt;
+        return table_.Unscramble(rows.Text(L"FT_Address"));
+    });
 }
 
 void LocalData::WalkFull(const std::function<void(const std::wstring&, const std::wstring&)>& visit) const {

@@ -24,6 +24,9 @@ class LocalData {
   public:
     // Throws support::Error when the folder holds no data file.
     explicit LocalData(const std::filesystem::path& folder);
+    ~LocalData();
+    LocalData(const LocalData&) = delete;
+    LocalData& operator=(const LocalData&) = delete;
 
     // All addresses at a postcode, or at "postcode, house".
     Reply AddressList(const std::wstring& postcode) const;
@@ -41,15 +44,20 @@ class LocalData {
     void WalkFull(const std::function<void(const std::wstring& key, const std::wstring& plain)>& visit) const;
 
   private:
-    // A lookup object for the time of one answer.
+    // A lookup object with the databases that it keeps open.
+    struct Reader;
+    // A reader for the time of one answer.
     class Lease;
+
+    template <typename Work>
+    auto Asked(Work work) const;
 
     std::wstring folder_;
     localdata::SubstitutionTable table_;
     mutable ServicePlatform platform_;
     mutable std::mutex mutex_;
     mutable std::condition_variable returned_;
-    mutable std::vector<std::unique_ptr<object::Quorvex>> idle_;
+    mutable std::vector<std::unique_ptr<Reader>> idle_; // the latest used one last
 };
 
 } // namespace quorvex::service

@@ -9,6 +9,9 @@ namespace quorvex::service {
 // ask and nothing to fetch; messages go to the standard error.
 class ServicePlatform : public support::Platform {
   public:
+    // keeper: as the provider of the embedded engine takes it.
+    explicit ServicePlatform(database::DatabaseKeeper* keeper = nullptr) : databases_({}, keeper) {}
+
     bool RequestRunning() const override { return false; }
     std::wstring GetUrl(const std::wstring& url, int limitSeconds) override;
     bool GetHttpFile(const std::wstring& url, const std::wstring& targetFile,
@@ -37,7 +40,7 @@ class ServicePlatform : public support::Platform {
     database::DatabaseProvider& Databases() override { return databases_; }
 
   private:
-    database::JetProvider databases_; // keeps nothing: any number of threads may open files through it
+    database::JetProvider databases_; // without a keeper any number of threads may open files through it
 };
 
 } // namespace quorvex::service

@@ -56,14 +56,15 @@ std::wstring DisplayAndErrorText(const object::Quorvex& object) {
 
 // The packed field of a postcode's first row, unscrambled; nothing without a row.
 std::optional<std::wstring> PackedField(object::Quorvex& object, wchar_t kind, const std::wstring& table,
-                                        const std::wstring& postcode) {
+                                        const std::wstring& postcode, const localdata::SubstitutionTable* known) {
     const std::wstring file = localdata::DataFilePath(object.DataPath(), *localdata::FindDataFile(kind));
     database::RowReader rows(object.platform.Databases(), file,
                              L"SELECT * From [" + table + L"] WHERE [FT_Postcode]='" + postcode + L"';");
     if (rows.AtEnd()) return std::nullopt;
     const std::wstring stored = rows.Text(L"FT_Address");
     rows.Close();
-    return localdata::LoadSubstitution(object.DataPath()).Unscramble(stored);
+    return known != nullptr ? known->Unscramble(stored)
+                            : localdata::LoadSubstitution(object.DataPath()).Unscramble(stored);
 }
 
 } // namespace
@@ -80,12 +81,13 @@ bool HouseFilter::Keeps(const std::wstring& line) const {
     return number_ ? holds(L" " + upper, L" " + text_) || holds(upper, L"-" + text_) : holds(upper, text_);
 }
 
-LocalList LocalAddressList(object::Quorvex& object, const std::wstring& postcode, const std::wstring& house) {
+LocalList LocalAddressList(object::Quorvex& object, const std::wstring& postcode, const std::wstring& house,
+                           const localdata::SubstitutionTable* table) {
     const std::wstring key = LocalPostcode(postcode);
     if (key == kTestPostcode) return TestList();
     LocalList list;
     list.reply = std::wstring(kConfirmed) + L"\r\n";
-    const auto plain = PackedField(object, L'F', L"PAF_FULLAddress", key);
+    const auto plain = PackedField(object, L'F', L"PAF_FULLAddress", key, table);
     if (!plain) return list;
     const localdata::PackedAddress address = localdata::SplitPackedAddress(*plain);
     const std::wstring street = localdata::StreetPart(address.common);
@@ -98,13 +100,14 @@ LocalList LocalAddressList(object::Quorvex& object, const std::wstring& postcode
     return list;
 }
 
-std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& addressId) {
+std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& addressId,
+                                const localdata::SubstitutionTable* table) {
     std::wstring rest = addressId;
     const std::wstring postcode = support::NextField(rest, L"_", true);
     const std::wstring number = support::NextField(rest, L"_", true);
     const std::wstring key = LocalPostcode(postcode);
     if (key == kTestPostcode) return TestRecord(number + L" Victoria Rd", L"Demo Data Company");
-    const auto plain = PackedField(object, L'F', L"PAF_FullAddress", key);
+    const auto plain = PackedField(object, L'F', L"PAF_FullAddress", key, table);
     if (!plain) return {};
     const localdata::PackedAddress address = localdata::SplitPackedAddress(*plain);
     const std::wstring common = localdata::ShortenBlanks(address.common);
@@ -125,10 +128,11 @@ std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& add
     return {};
 }
 
-std::wstring LocalThoroughfareRecord(object::Quorvex& object, const std::wstring& postcode) {
+std::wstring LocalThoroughfareRecord(object::Quorvex& object, const std::wstring& postcode,
+                                     const localdata::SubstitutionTable* table) {
     const std::wstring key = LocalPostcode(postcode);
     if (key == kTestPostcode) return TestRecord(L"Victoria Rd", L"");
-    const auto plain = PackedField(object, L'T', L"PAF_StreetAddress", key);
+    const auto plain = PackedField(object, L'T', L"PAF_StreetAddress", key, table);
     if (!plain) return {};
     const localdata::ThoroughfareFields field = localdata::ThoroughfareRecord(*plain);
     static constexpr std::array<const wchar_t*, localdata::kThoroughfareFields> kNames = {

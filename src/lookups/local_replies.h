@@ -1,5 +1,6 @@
 #pragma once
 
+#include "localdata/substitution.h"
 #include "object/quorvex.h"
 
 #include <cstdint>
@@ -7,8 +8,8 @@
 
 namespace quorvex::lookups {
 
-// The service's replies, built from the local data files. All throw support::Error when a file cannot be opened or
-// read.
+// The service's replies, built from the local data files. table: the data folder's, for callers who have it; null to
+// read it. All throw support::Error when a file cannot be opened or read.
 
 struct LocalList {
     std::wstring reply;
@@ -16,10 +17,13 @@ struct LocalList {
     std::int32_t recordCount = 0;
 };
 // The addresses at a postcode as the host gave it; house keeps the lines that hold it, empty keeps all.
-LocalList LocalAddressList(object::Quorvex& object, const std::wstring& postcode, const std::wstring& house);
+LocalList LocalAddressList(object::Quorvex& object, const std::wstring& postcode, const std::wstring& house,
+                           const localdata::SubstitutionTable* table = nullptr);
 // Empty when no premise has the identifier.
-std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& addressId);
-std::wstring LocalThoroughfareRecord(object::Quorvex& object, const std::wstring& postcode);
+std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& addressId,
+                                const localdata::SubstitutionTable* table = nullptr);
+std::wstring LocalThoroughfareRecord(object::Quorvex& object, const std::wstring& postcode,
+                                     const localdata::SubstitutionTable* table = nullptr);
 // Empty when nothing is found; the key as in GetPostZonAddressRecord.
 std::wstring LocalPostZonRecord(object::Quorvex& object, const std::wstring& key);
 // The postcode of the nearest row inside the search square; empty when there is none.

@@ -49,7 +49,7 @@ std::wstring Setting(const std::wstring& text, const std::wstring& key, const st
 
 class JetConnection final : public Connection {
   public:
-    explicit JetConnection(jet::GroupLimits limits) : limits_(limits) {}
+    JetConnection(jet::GroupLimits limits, DatabaseKeeper* keeper) : limits_(limits), keeper_(keeper) {}
     // After a failure nobody calls Close, but the records merged before it are to stay, also where they cannot be
     // written as a group.
     ~JetConnection() override {
@@ -75,10 +75,11 @@ class JetConnection final : public Connection {
     void Close() override {
         if (!database_) ThrowClosed();
         // Closed in any case.
-        std::optional<jet::Database> closing = std::exchange(database_, std::nullopt);
+        std::unique_ptr<jet::Database> closing = std::move(database_);
         Translated(file_, [&] {
             const std::unique_ptr<jet::ChangeGroup> changes = std::move(changes_);
             if (changes) changes->Commit();
+            if (keeper_ != nullptr && !writable_) return keeper_->Keep(file_, std::move(closing));
             closing->Close();
         });
     }
@@ -117,7 +118,16 @@ class JetConnection final : public Connection {
     void OpenDatabase(bool writable) {
         jet::OpenOptions options;
         options.writable = writable;
-        Translated(file_, [&] { database_.emplace(jet::Database::Open(support::ToPath(file_), password_, options)); });
+        if (keeper_ != nullptr && !writable) {
+            database_ = keeper_->Take(file_);
+            options.storage = &keeper_->Files();
+        }
+        if (!database_) {
+            Translated(file_, [&] {
+                database_ =
+                    std::make_unique<jet::Database>(jet::Database::Open(support::ToPath(file_), password_, options));
+            });
+        }
         writable_ = writable;
         if (writable) changes_ = std::make_unique<jet::ChangeGroup>(*database_, limits_);
     }
@@ -126,8 +136,9 @@ class JetConnection final : public Connection {
     bool writable_ = false;
     std::wstring file_;
     std::u16string password_;
-    std::optional<jet::Database> database_;
+    std::unique_ptr<jet::Database> database_; // null: closed
     jet::GroupLimits limits_;
+    DatabaseKeeper* keeper_;
     std::unique_ptr<jet::ChangeGroup> changes_; // of a database open for writing
 };
 
@@ -407,7 +418,7 @@ class JetRecordset final : public Recordset {
 } // namespace
 
 std::unique_ptr<Connection> JetProvider::CreateConnection() {
-    return std::make_unique<JetConnection>(limits_);
+    return std::make_unique<JetConnection>(limits_, keeper_);
 }
 
 std::unique_ptr<Recordset> JetProvider::CreateRecordset() {
