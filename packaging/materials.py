@@ -16,6 +16,10 @@ COMPONENTS = (
     ("CLI11", "libcli11-dev", ("quorvex.exe", "quorvex"), "command line, compiled in"),
     ("JSON for Modern C++", "nlohmann-json3-dev", ("quorvex.exe", "quorvex"), "JSON, compiled in"),
     ("cpp-httplib", "libcpp-httplib-dev", ("quorvex-service",), "HTTP server, shared library on Linux"),
+    ("OpenSSL", "libssl-dev", ("quorvex-service",), "cryptography, shared library on Linux"),
+    ("SQLite", "libsqlite3-dev", ("quorvex-service",), "database, shared library on Linux"),
+    ("libpqxx", "libpqxx-dev", ("quorvex-service",), "PostgreSQL client, shared library on Linux"),
+    ("Boost", "libboost-dev", ("quorvex-service",), "compiled in"),
     ("libcurl", "libcurl4-openssl-dev", ("quorvex",), "HTTP client, shared library on Linux"),
     ("zlib (Linux)", "zlib1g-dev", ("quorvex", "quorvex-service"), "compression, shared library on Linux"),
 )

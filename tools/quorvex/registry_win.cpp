@@ -32,7 +32,7 @@ std::optional<std::wstring> RegistryView::Text(const std::wstring& key, const wc
     const OpenKey open(*this, key);
     if (open.Get() == nullptr) return std::nullopt;
     DWORD bytes = 0;
-    constexpr DWORD kTexts = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ;
+    constexpr DWORD kTexts = RRF_RT_REG_SZ; // texts with variables come expanded
     if (RegGetValueW(open.Get(), nullptr, name, kTexts, nullptr, nullptr, &bytes) != ERROR_SUCCESS) return std::nullopt;
     std::wstring text(bytes / sizeof(wchar_t) + 1, L'\0');
     bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));

@@ -1,0 +1,127 @@
+#!/usr/bin/env python3
+"""Installs the packages under Wine, each in a prefix of its own, and uses what they installed.
+
+    tools/with-wine tests/package/install_test.py [unittest arguments]      needs build/win64, win32 and host
+"""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import unittest
+
+from wine_prefix import Prefix, ROOT, windows
+
+DIST = ROOT / "build/package-test/dist"
+SCRIPT = ROOT / "examples/vbscript/find_address.vbs"
+SAMPLE = ROOT / "examples/data"
+MSI64 = r"C:\Program Files\Quorvex"
+CLASS = r"Software\Classes\CLSID\{1D6679CA-4011-4747-9EAF-18731D88251A}"
+
+
+def package(version, *kinds):
+    subprocess.run([ROOT / "tools/package", "--no-build", "--version", version, "--out", DIST, "--only", *kinds], check=True,
+                   stdout=subprocess.DEVNULL)
+
+
+def setUpModule():
+    shutil.rmtree(DIST, ignore_errors=True)
+    for version in ("2.3.0.0", "2.4.0.0"):
+        package(version, "msi", "setup")
+
+
+class Installed(unittest.TestCase):
+    prefix = None
+
+    def open_prefix(self, name):
+        self.prefix = Prefix(name)
+        self.addCleanup(self.prefix.remove)
+
+    def install(self, version):
+        return self.prefix.wine("msiexec", "/i", windows(DIST / f"quorvex-{version}-x64.msi"), "/qn")[0]
+
+    def doctor(self, *arguments, program=MSI64 + r"\quorvex.exe"):
+        code, output = self.prefix.wine(program, "doctor", "--json", "--data", windows(SAMPLE), "--service",
+                                        "http://127.0.0.1:1", *arguments)
+        start = output.find("{")
+        self.assertGreaterEqual(start, 0, output)
+        return code, json.loads(output[start:])["rows"]
+
+    def assert_well(self, **options):
+        code, rows = self.doctor(**options)
+        # No service runs here; whoever works from local data does not need it.
+        wrong = [row for row in rows if row["grade"] != "ok" and row["subject"] != "service"]
+        self.assertEqual((code, wrong), (0, []))
+
+    def assert_hosts_answer(self):
+        for host in (["wine", "cscript"], ["/usr/lib/wine/wine64", "cscript"]):
+            code, output = self.prefix.run(*host, "//nologo", windows(SCRIPT), "AB1 0DF", "/pick:2", f"/data:{windows(SAMPLE)}")
+            self.assertIn("GORSE SURVEYORS SERVICES", output)
+
+
+class Msi(Installed):
+    def test_install_upgrade_repair_remove(self):
+        self.open_prefix("msi")
+        files, registry = self.prefix.files(), self.prefix.registry()
+        self.assertEqual(self.install("2.3.0"), 0)
+        self.assert_hosts_answer()
+        self.assertEqual(self.install("2.4.0"), 0)
+        self.assert_hosts_answer()
+        self.assert_well()
+        self.assert_well(program=r"C:\Program Files (x86)\Quorvex\quorvex.exe")
+        self.assertEqual([name for name in self.versions() if name], ["2.4.0"])
+
+        self.assertNotEqual(self.install("2.3.0"), 0, "a downgrade must be refused")
+        self.assertEqual(self.versions(), ["2.4.0"])
+
+        (self.prefix.drive / "Program Files/Quorvex/QuorvexLookup.dll").unlink()
+        self.prefix.reg("delete", "HKLM\\" + CLASS + "\\InprocServer32", "/f")
+        code, _ = self.prefix.wine("msiexec", "/fa", windows(DIST / "quorvex-2.4.0-x64.msi"), "/qn")
+        self.assertEqual(code, 0)
+        self.assert_well()
+
+        code, _ = self.prefix.wine("msiexec", "/x", windows(DIST / "quorvex-2.4.0-x64.msi"), "/qn")
+        self.assertEqual(code, 0)
+        self.assertEqual(self.prefix.files() - files, set())
+        self.assertEqual({line for line in self.prefix.registry() - registry if "uorvex" in line or "D02A196F" in line or
+                          "1D6679CA" in line or "A8C4E3FB" in line}, set())
+
+    def versions(self):
+        """The versions that the list of installed programs shows."""
+        _, output = self.prefix.wine("reg", "query", r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall", "/s", "/reg:64")
+        programs = output.split("\n\n")
+        return [block.split("DisplayVersion")[1].split()[1] for block in programs
+                if "Quorvex address lookup" in block and "DisplayVersion" in block]
+
+
+class UserSetup(Installed):
+    """Wine 8 does not run classes of a user: lookups are not tested here, the registration is read back instead."""
+
+    def test_install_upgrade_remove(self):
+        self.open_prefix("setup")
+        files, registry = self.prefix.files(), self.prefix.registry()
+        for version in ("2.3.0", "2.4.0"):
+            code, output = self.prefix.wine(windows(DIST / f"quorvex-{version}-user-setup.exe"), "/S")
+            self.assertEqual(code, 0, output)
+        home = next(self.prefix.drive.glob("users/*/AppData/Local/Programs/Quorvex"))
+        self.assertTrue((home / "x64/QuorvexLookup.dll").exists() and (home / "x86/quorvex.exe").exists())
+        shown = self.prefix.reg("query", "HKCU\\" + CLASS + "\\InprocServer32")
+        self.assertIn(r"\Programs\Quorvex\x", shown)
+        self.assertIn("2.4.0.0", self.prefix.reg("query", r"HKCU\Software\Quorvex\Setup", "/v", "Version"))
+        code, _ = self.prefix.wine(windows(DIST / "quorvex-2.3.0-user-setup.exe"), "/S")
+        self.assertEqual(code, 3, "a downgrade must be refused")
+
+        (home / "mine.txt").write_text("a user's own file")
+        self.prefix.wine(r"C:\windows\system32\cmd.exe", "/c", "start", "/wait", "",
+                         windows(home / "uninstall.exe"), "/S", f"_?={windows(home)}")
+        left = self.prefix.files() - files
+        self.assertEqual({name.split("/Local/")[1] for name in left},
+                         {"Programs/Quorvex", "Programs/Quorvex/mine.txt", "Programs/Quorvex/uninstall.exe"} |
+                         ({"Programs"} if "Programs" in {name.split("/Local/")[1] for name in left} else set()))
+        self.assertEqual({line for line in self.prefix.registry() - registry if "uorvex" in line or "1D6679CA" in line}, set())
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
