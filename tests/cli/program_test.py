@@ -5,7 +5,9 @@ letters, data that is updated meanwhile.
     tests/cli/program_test.py SERVICE-PROGRAM PROGRAM... [-- unittest arguments]
 """
 
+import contextlib
 import csv
+import http.server
 import io
 import json
 import os
@@ -16,6 +18,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 
@@ -29,6 +32,31 @@ def program(*arguments, **options):
     options.setdefault("stdin", subprocess.DEVNULL)
     options.setdefault("timeout", 120)
     return subprocess.run([*PROGRAM, *map(str, arguments)], capture_output="stdout" not in options, **options)
+
+
+@contextlib.contextmanager
+def web_server(status, body, date=None):
+    """Something that answers in the service's place; its address."""
+    class Handler(http.server.BaseHTTPRequestHandler):
+        def do_GET(self):
+            self.send_response_only(status)
+            self.send_header("Date", date or self.date_time_string())
+            self.send_header("Content-Length", str(len(body)))
+            self.end_headers()
+            self.wfile.write(body)
+
+        def log_message(self, *_):
+            pass
+
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+    thread = threading.Thread(target=server.serve_forever)
+    thread.start()
+    try:
+        yield f"http://127.0.0.1:{server.server_address[1]}"
+    finally:
+        server.shutdown()
+        thread.join()
+        server.server_close()
 
 
 class CommandLine(unittest.TestCase):
@@ -187,6 +215,53 @@ class CommandLine(unittest.TestCase):
         result = self.run_here("find", "XX1 1XX", "--house", "ŵy", "--data", name)
         self.assertEqual(result.returncode, 1)
         self.assertIn("ŵy".encode(), result.stderr)
+
+    def doctor(self, data, service="http://127.0.0.1:1"):
+        result = self.run_here("doctor", "--data", data, "--service", service, "--json")
+        return result.returncode, [(row["grade"], row["finding"], row["advice"]) for row in json.loads(result.stdout)["rows"]]
+
+    def assert_found(self, grade, text, data="data", service="http://127.0.0.1:1"):
+        code, findings = self.doctor(data, service)
+        named = [finding for finding in findings if finding[0] == grade and text in finding[1] and finding[2]]
+        self.assertTrue(named, f"{grade}, {text}: {findings}")
+        self.assertEqual(code, 3 if any(finding[0] == "problem" for finding in findings) else 0)
+
+    def test_doctor_names_what_is_wrong_with_the_data(self):
+        full, table = self.data / "PAF_FULL.dat", self.data / "PAF_SUBSTITUTION.txt"
+        whole = full.read_bytes()
+        for grade, text, breakage in (
+                ("warning", "PAF_FULL.dat is missing", full.unlink),
+                ("problem", "PAF_FULL.dat is empty", lambda: full.write_bytes(b"")),
+                ("problem", "PAF_FULL.dat: ", lambda: full.write_bytes(whole[:10000])),
+                ("problem", "PAF_FULL.dat: ", lambda: full.write_text("not a database" * 1000)),
+                ("problem", "PAF_FULL.dat: ", lambda: full.write_bytes(whole[:4096] + bytes(len(whole) - 4096))),
+                ("problem", "PAF_SUBSTITUTION.txt", lambda: table.write_text("ABC\n")),
+                ("warning", "PAF_SUBSTITUTION.txt is missing", table.unlink),
+                ("warning", "PAF_FULL.dat-journal", lambda: (self.data / "PAF_FULL.dat-journal").write_bytes(b"")),
+                ("warning", "waits to be applied", lambda: (self.data / "UPDATE_F_20270101.zip").write_bytes(b"x"))):
+            breakage()
+            with self.subTest(text):
+                self.assert_found(grade, text)
+            shutil.rmtree(self.data)
+            shutil.copytree(ROOT / "examples/data", self.data)
+        (self.folder / "empty").mkdir()
+        self.assert_found("problem", "no data files", "empty")
+        self.assert_found("problem", "does not exist", "nowhere")
+
+    def test_doctor_names_what_is_wrong_with_the_service(self):
+        well = b"<confirm>Yes</confirm><errormessage></errormessage>"
+        self.assert_found("warning", "http://127.0.0.1:1: ")
+        self.assert_found("warning", "no.such.host.invalid", service="http://no.such.host.invalid")
+        self.assert_found("warning", "is not an http or https address", service="ftp://x")
+        for status, body, date, text in (
+                (503, b"<html>", None, "answers with status 503"),
+                (200, b"<html>sign in</html>", None, "something else answers"),
+                (200, b"<confirm>No</confirm><errormessage>Unknown key</errormessage>", None, "refuses the data key: Unknown key"),
+                (200, well, "Mon, 05 Jan 2015 10:00:00 GMT", "seconds ahead of the service's")):
+            with web_server(status, body, date) as address:
+                self.assert_found("warning", text, service=address)
+        (self.folder / "RegServerProxySettings.xml").write_text("<Proxy_Port_80>http://proxy</Proxy_Port_80>")
+        self.assert_found("problem", "names no usable proxy")
 
     def test_wrong_calls(self):
         for arguments in ([], ["nonsense"], ["find"], ["find", "PE13"], ["find", "PE13 4PZ", "--data", "data", "--service",

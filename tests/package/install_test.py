@@ -5,11 +5,8 @@
 """
 
 import json
-import os
-import pathlib
 import shutil
 import subprocess
-import sys
 import unittest
 
 from wine_prefix import Prefix, ROOT, windows
@@ -94,6 +91,72 @@ class Msi(Installed):
         programs = output.split("\n\n")
         return [block.split("DisplayVersion")[1].split()[1] for block in programs
                 if "Quorvex address lookup" in block and "DisplayVersion" in block]
+
+
+class Doctor(Installed):
+    """Breaks an installation in one way at a time."""
+
+    def broken(self, text, breakage, mend, grade="problem"):
+        breakage()
+        with self.subTest(text):
+            code, rows = self.doctor()
+            named = [row for row in rows if row["grade"] == grade and text in f"{row['subject']}: {row['finding']}"]
+            self.assertTrue(named and all(row["advice"] for row in named), f"{text}: {rows}")
+            if grade == "problem":
+                self.assertEqual(code, 3)
+        mend()
+
+    def registry(self, text, key, value, old, new, side="64"):
+        """A value that is changed, or with new None deleted, then put back."""
+        name = ["/v", value] if value else ["/ve"]
+        full, view = "HKLM\\Software\\Classes\\" + key, "/reg:" + side
+        def put(data):
+            return lambda: self.prefix.reg("add", full, *name, "/d", data, "/f", view)
+        remove = lambda: self.prefix.reg("delete", full, *name, "/f", view)
+        self.broken(text, remove if new is None else put(new), put(old))
+
+    def file(self, text, path, change, grade="problem"):
+        """A file that is changed, or with change None deleted, then put back."""
+        whole = path.read_bytes()
+        self.broken(text, path.unlink if change is None else lambda: path.write_bytes(change(whole)),
+                    lambda: path.write_bytes(whole), grade)
+
+    def test_each_fault_is_named(self):
+        self.open_prefix("doctor")
+        self.assertEqual(self.install("2.4.0"), 0)
+        self.assert_well()
+        clsid, lib = "{1D6679CA-4011-4747-9EAF-18731D88251A}", "{D02A196F-8E0E-4C70-AB95-338B63123311}"
+        server = f"CLSID\\{clsid}\\InprocServer32"
+        dll64, dll32 = MSI64 + r"\QuorvexLookup.dll", r"C:\Program Files (x86)\Quorvex\QuorvexLookup.dll"
+        file64 = self.prefix.drive / "Program Files/Quorvex/QuorvexLookup.dll"
+        file32 = self.prefix.drive / "Program Files (x86)/Quorvex/QuorvexLookup.dll"
+        self.registry("64-bit, all users: the class is registered without a DLL", server, None, dll64, None)
+        self.registry("32-bit, all users: the class is registered without a DLL", server, None, dll32, None, "32")
+        self.registry("is the 32-bit DLL", server, None, dll64, dll32)
+        self.registry("64-bit, all users: C:\\gone.dll: the file does not exist", server, None, dll64, r"C:\gone.dll")
+        self.registry("threading model", server, "ThreadingModel", "Apartment", "Both")
+        self.registry("leads to another class", r"QuorvexLookup.Quorvex\CLSID", None, clsid, "{" + "0" * 8 + clsid[9:])
+        self.registry("QuorvexLookup.Quorvex is not registered", r"QuorvexLookup.Quorvex\CLSID", None, clsid, None)
+        self.registry("type library is not registered for win64", f"TypeLib\\{lib}\\2.4\\0\\win64", None, dll64, None)
+        self.registry("type library's file is missing", f"TypeLib\\{lib}\\2.4\\0\\win64", None, dll64, r"C:\gone.tlb")
+        self.registry("interface _Quorvex is not registered", r"Interface\{A8C4E3FB-2C88-469E-857B-24E69D0A8265}\TypeLib",
+                      None, lib, None)
+        self.file("64-bit, all users: " + dll64 + ": the file does not exist", file64, None)
+        self.file("32-bit, all users: " + dll32 + ": the file does not exist", file32, None)
+        self.file("is damaged or no DLL", file64, lambda whole: whole[:300])
+        self.file("needs DLLs that are not here: KERNEL3X.dll", file64,
+                  lambda whole: whole.replace(b"KERNEL32.dll", b"KERNEL3X.dll"))
+        self.file("is version 2.1", file64,
+                  lambda whole: whole.replace(b"\xbd\x04\xef\xfe\0\0\1\0\4\0\2\0", b"\xbd\x04\xef\xfe\0\0\1\0\1\0\2\0"),
+                  "warning")
+        key = r"HKCU\Software\Classes" + "\\" + server
+        self.broken("hides the installation for all users",
+                    lambda: self.prefix.reg("add", key, "/ve", "/d", r"C:\mine.dll", "/f"),
+                    lambda: self.prefix.reg("delete", r"HKCU\Software\Classes\CLSID" + "\\" + clsid, "/f"), "warning")
+        self.broken("64-bit, all users: not registered",
+                    lambda: self.prefix.reg("delete", f"HKLM\\Software\\Classes\\CLSID\\{clsid}", "/f", "/reg:64"), lambda: None)
+        self.broken("32-bit, all users: not registered",
+                    lambda: self.prefix.reg("delete", f"HKLM\\Software\\Classes\\CLSID\\{clsid}", "/f", "/reg:32"), lambda: None)
 
 
 class UserSetup(Installed):
