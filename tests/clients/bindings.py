@@ -94,9 +94,12 @@ def bindings():
 
 
 def start_clerk(*arguments):
-    """The program that works the dialogs; the caller ends it."""
+    """The program that works the dialogs, ready to; the caller ends it."""
     clerk = os.path.join(os.path.dirname(os.path.abspath(__file__)), "clerk.py")
-    return subprocess.Popen([sys.executable, "-B", clerk, *arguments])
+    process = subprocess.Popen([sys.executable, "-B", clerk, *arguments], stdout=subprocess.PIPE)
+    if process.stdout.readline().strip() != b"ready":
+        raise RuntimeError("clerk.py did not start")
+    return process
 
 
 class Checks:

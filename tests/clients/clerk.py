@@ -4,7 +4,7 @@
                          and takes its first address, "Update" downloads updates
     clerk.py impatient   stops every search and closes the dialog
 
-Message boxes are answered with OK.
+Message boxes are answered with OK. Prints "ready" when it is at its place.
 """
 import sys
 import time
@@ -30,10 +30,13 @@ def press(button):
 
 
 def pick(window):
+    """In two looks, since the dialog highlights the first address when the search has ended."""
     addresses = control(window, 104)
-    if addresses.item_count() >= 2:
-        addresses.select(1)
-        press(control(window, 108))
+    if addresses.item_count() >= 2 and control(window, 108).window_text() == "&Select":
+        if addresses.send_message(win32con.LB_GETCURSEL) == 1:
+            press(control(window, 108))
+        else:
+            addresses.select(1)
 
 
 def advanced(window):
@@ -72,7 +75,7 @@ def work_on(window, work):
         return
     text = [child.window_text() for child in window.children() if child.control_id() == MESSAGE_TEXT]
     if text:
-        print("message:", text[0], flush=True)
+        print("message:", text[0], file=sys.stderr, flush=True)
         press(window.children(class_name="Button")[0])
         return
     for word, action in work.items():
@@ -85,13 +88,13 @@ def main():
     work = IMPATIENT if "impatient" in sys.argv else WORK
     said = ""
     while True:
-        for window in Desktop(backend="win32").windows(class_name="#32770"):
-            try:
+        try:
+            for window in Desktop(backend="win32").windows(class_name="#32770"):
                 work_on(window, work)
-            except Exception as error:  # the window may go at any time
-                if said != repr(error):
-                    print("clerk:", repr(error), file=sys.stderr, flush=True)
-                said = repr(error)
+        except Exception as error:  # a window may go at any time
+            if said != repr(error):
+                print("clerk:", repr(error), file=sys.stderr, flush=True)
+            said = repr(error)
         time.sleep(0.1)
 
 

@@ -14,7 +14,8 @@ quorvex_client_test(python_members ${quorvex_clients}/run ${quorvex_bits} ${quor
 quorvex_client_test(python_waiting ${quorvex_clients}/run ${quorvex_bits} ${quorvex_clients}/waiting.py)
 quorvex_client_test(python_ending ${quorvex_clients}/run ${quorvex_bits} ${quorvex_clients}/ending.py)
 
-quorvex_host_test(samples SERVICE ${quorvex_clients}/run_samples ${quorvex_bits})
+quorvex_client_test(python_sample ${quorvex_clients}/run_samples ${quorvex_bits} python)
+quorvex_host_test(asp_sample SERVICE ${quorvex_clients}/run_samples ${quorvex_bits} asp)
 if(quorvex_bits EQUAL 64)
   add_test(NAME csharp COMMAND ${quorvex_clients}/compile_csharp)
   set_tests_properties(csharp PROPERTIES SKIP_RETURN_CODE 77)
@@ -22,5 +23,5 @@ endif()
 
 # The code blocks of README.md and docs: run, compiled or at least checked.
 set(quorvex_block_includes "$<JOIN:$<TARGET_PROPERTY:quorvex_com,INTERFACE_INCLUDE_DIRECTORIES>,:>")
-quorvex_host_test(documents SERVICE python3 ${quorvex_clients}/blocks.py ${quorvex_bits} ${CMAKE_CXX_COMPILER}
+quorvex_client_test(documents python3 ${quorvex_clients}/blocks.py ${quorvex_bits} ${CMAKE_CXX_COMPILER}
   ${quorvex_block_includes}:${PROJECT_SOURCE_DIR}/jet/include:${PROJECT_SOURCE_DIR}/jet ${PROJECT_SOURCE_DIR}/examples/data)

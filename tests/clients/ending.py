@@ -12,7 +12,7 @@ import time
 
 DATA = os.environ["QUORVEX_TEST_DATA"]
 SERVICE = os.environ["QUORVEX_SERVICE_URL"]
-LONGEST_END = 15  # seconds from the program's last line; nothing that ends waits for a reply's 30
+LONGEST_END = 25  # seconds from the program's last line; nothing that ends waits for a reply's 30
 
 
 class Counters(ctypes.Structure):
@@ -42,25 +42,25 @@ def check_rounds(checks):
             binding.call("GetFullAddressToList", "AB1 0DF")
             binding.call("GetFullAddressRecord", 0)
 
-        for i in range(20):  # caches are filled
+        for i in range(10):  # caches are filled
             round_trip(i)
         gc.collect()
         objects, (handles, kilobytes) = pythoncom._GetInterfaceCount(), used()
-        for i in range(100):
+        for i in range(40):
             round_trip(i)
         gc.collect()
         more_handles, more_kilobytes = used()
         checks.equal(f"{make.name}: objects that were not released", pythoncom._GetInterfaceCount() - objects, 0)
         checks.true(f"{make.name}: {more_handles - handles} handles", more_handles - handles <= 2)
-        checks.true(f"{make.name}: {more_kilobytes - kilobytes} KB in 100 rounds", more_kilobytes - kilobytes < 512)
+        checks.true(f"{make.name}: {more_kilobytes - kilobytes} KB in 40 rounds", more_kilobytes - kilobytes < 256)
 
 
 def an_object_is_alive():
     """pywin32: a global variable and a reference cycle hold objects when the interpreter ends."""
-    from bindings import Early, Late
+    from bindings import Late
 
     globals()["kept"] = Late()
-    cycle = [Early()]
+    cycle = [Late()]
     cycle.append(cycle)
     kept.call("GetFullAddressToList", "ZZ99")
 
