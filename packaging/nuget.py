@@ -1,17 +1,20 @@
-"""The NuGet package: the native DLLs, and a targets file that puts the right one beside a .NET program, with the manifest
+"""The NuGet package: the native DLLs, the interop assembly, and a targets file that puts the right one beside a .NET program, with the manifest
 by which it is found without registration."""
 
 import hashlib
 import xml.etree.ElementTree as xml
 
 import archive
+import interop
 from release import ROOT
 
 IDENTIFIER = "Quorvex.AddressLookup"
 TYPES = {"rels": "application/vnd.openxmlformats-package.relationships+xml", "nuspec": "application/octet",
          "psmdcp": "application/vnd.openxmlformats-package.core-properties+xml", "dll": "application/octet",
          "manifest": "application/octet", "targets": "application/octet", "md": "application/octet",
-         "txt": "application/octet"}
+         "txt": "application/octet", "xml": "application/octet"}
+# The interop assembly needs nothing but the core library, which all of these have.
+FRAMEWORKS = {"net40": ".NETFramework4.0", "netstandard2.0": ".NETStandard2.0"}
 
 
 def build(release):
@@ -23,6 +26,7 @@ def build(release):
     for folder in ("x64", "x86"):
         for name in ("QuorvexLookup.dll", "Quorvex.Lookup.manifest"):
             entries.append((f"runtimes/win-{folder}/native/{name}", stage / folder / name))
+    entries += [(f"lib/{framework}/{path.name}", path) for path in interop.build(release) for framework in FRAMEWORKS]
     entries += package_parts(release, entries)
     target = release.dist / f"{IDENTIFIER}.{release.short_version}.nupkg"
     archive.write_zip(target, entries, release.epoch)
@@ -39,7 +43,8 @@ def nuspec(release):
                        ("tags", "postcode address lookup COM native")):
         xml.SubElement(metadata, name).text = text
     dependencies = xml.SubElement(metadata, "dependencies")
-    xml.SubElement(dependencies, "group", targetFramework=".NETStandard2.0")
+    for name in FRAMEWORKS.values():
+        xml.SubElement(dependencies, "group", targetFramework=name)
     return document(package)
 
 

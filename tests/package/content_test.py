@@ -75,6 +75,31 @@ class Packages(unittest.TestCase):
             self.assertIn(f"runtimes/win-{bits}/native/QuorvexLookup.dll", names)
         self.assertIn("build/Quorvex.AddressLookup.targets", names)
 
+    def test_the_interop_assembly_can_be_programmed_against(self):
+        folder = pathlib.Path(self.holder.name) / "interop"
+        with zipfile.ZipFile(self.dist / f"Quorvex.AddressLookup.{self.version}.nupkg") as archive:
+            archive.extract("lib/net40/Quorvex.Lookup.Interop.dll", folder)
+        assembly = folder / "lib/net40/Quorvex.Lookup.Interop.dll"
+        shutil.copy(assembly, folder)
+        # The slots of the calls are the order of the members: it must be that of the IDL.
+        (folder / "use.cs").write_text("""
+            using System; using System.Linq; using QuorvexLookup;
+            class Use {
+                static void Early(Quorvex q) {
+                    string p = "AB1 0DF"; double d = 0; if (q.GetFullAddressToList(ref p)) Console.WriteLine(q.Address_Line1);
+                    q.Nearest_StartList(ref p, ref d, ref d, ref d, ref d);
+                }
+                static void Main() {
+                    foreach (var m in typeof(_Quorvex).GetMethods().OrderBy(m => m.MetadataToken)) Console.WriteLine(m.Name);
+                }
+            }""")
+        subprocess.run(["mcs", "-r:System.Core", f"-r:{assembly}", f"-out:{folder}/use.exe", folder / "use.cs"], check=True)
+        idl = (ROOT / "src/server/quorvex.idl.in").read_text()
+        members = re.findall(r"(propget|propput)?, helpstring\(\"[^\n]*?\"\)\]\s+HRESULT (\w+)\(", idl)
+        wanted = [{"propget": "get_", "propput": "set_"}.get(kind, "") + name for kind, name in members]
+        self.assertGreater(len(wanted), 100)
+        self.assertEqual(output("mono", folder / "use.exe").split(), wanted)
+
     def test_manifests_name_what_was_built(self):
         manifest = (self.dist / "winget/Quorvex.AddressLookup.installer.yaml").read_text()
         msi = self.dist / f"quorvex-{self.version}-x64.msi"
