@@ -20,7 +20,8 @@ namespace {
 
 constexpr char kPlainText[] = "text/plain; charset=utf-8";
 constexpr char kJson[] = "application/json; charset=utf-8";
-constexpr std::chrono::milliseconds kQuickLists(60); // a small folder's lists are there when the first request comes
+constexpr std::chrono::milliseconds kQuickLists(60);   // a small folder's lists are there when the first request comes
+constexpr std::chrono::milliseconds kTestLists(30000); // tests ask for them at once
 constexpr std::chrono::seconds kHouse(1);
 constexpr int kAnnounceEvery = 5; // rounds of the house
 constexpr std::size_t kMisbehaving = 64;
@@ -106,7 +107,7 @@ Service::~Service() {
 
 void Service::Start() {
     data_.Start();
-    data_.WaitForLists(kQuickLists);
+    data_.WaitForLists(options_.test ? kTestLists : kQuickLists);
     server_->Start();
     house_ = std::thread([this] { KeepHouse(); });
     if (follower_) follower_->Start();

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <utility>
 
 namespace quorvex::service {
@@ -52,6 +53,7 @@ TEST(Program, AnswersUntilItIsToldToEnd) {
         ASSERT_TRUE(line.starts_with("listening on http://127.0.0.1:")) << line;
         const std::string port = line.substr(line.rfind(':') + 1, line.size() - line.rfind(':') - 2);
         httplib::Client client("127.0.0.1", std::stoi(port));
+        while (client.Get("/health")->status != 200) std::this_thread::yield();
         const httplib::Result reply = client.Get("/XMLService/GetLookups.aspx?datatype=1");
         ASSERT_TRUE(reply);
         EXPECT_EQ(reply->status, 200);
