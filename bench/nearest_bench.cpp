@@ -2,7 +2,7 @@
 
 #include "lookups/nearest.h"
 #include "support/quick_sort.h"
-#include "support_code/fake_platform.h"
+#include "testing/fake_platform.h"
 
 #include <benchmark/benchmark.h>
 

@@ -7,7 +7,7 @@
 #include "jet/database.h"
 #include "support/files.h"
 #include "support/process_state.h"
-#include "support_code/fake_platform.h"
+#include "testing/fake_platform.h"
 #include "update/update_applier.h"
 
 #include <benchmark/benchmark.h>

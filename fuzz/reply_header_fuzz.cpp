@@ -1,6 +1,6 @@
 #include "object/reply_header.h"
 #include "support/text.h"
-#include "support_code/fake_platform.h"
+#include "testing/fake_platform.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -4,8 +4,8 @@
 //
 //   transport_bench [requests]
 #include "http/transport_win.h"
-#include "support_code/fake_platform.h"
-#include "transport/socket_server.h"
+#include "testing/fake_platform.h"
+#include "testing/socket_server_win.h"
 
 #include <winhttp.h>
 #include <ws2tcpip.h>

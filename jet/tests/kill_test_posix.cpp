@@ -14,7 +14,7 @@ namespace {
 
 using namespace testing;
 
-constexpr int kRecords = 600;
+constexpr int kKeys = 600;
 
 std::u16string KeyOf(int i) {
     return Wide(std::to_string(10000 + i * 7919 % 10000));
@@ -33,7 +33,7 @@ std::u16string MemoOf(int i, int version) {
         Database db = Database::Open(path, kPassword, options);
         Table table = db.OpenTable(u"T");
         for (;; ++version) {
-            for (int i = 0; i < kRecords; ++i) {
+            for (int i = 0; i < kKeys; ++i) {
                 const std::vector<Assignment> values = {
                     {0, KeyOf(i)}, {1, MemoOf(i, version)}, {2, static_cast<std::int32_t>(version)}};
                 const auto found = table.FindFirst(Equals(u"K", KeyOf(i)));
@@ -56,7 +56,7 @@ int CheckFile(const std::filesystem::path& path) {
     const Table table = db.OpenTable(u"T");
     int latest = 0;
     int previous = -1;
-    for (int i = 0; i < kRecords; ++i) {
+    for (int i = 0; i < kKeys; ++i) {
         const auto found = table.FindFirst(Equals(u"K", KeyOf(i)));
         int version = 0;
         if (found) {

@@ -270,7 +270,7 @@ TEST(WriteTest, FilesGrowPastTheInlineMaps) {
     Database again = OpenMemory(storage);
     EXPECT_EQ(ErrorsOf(CheckIntegrity(again)), "");
     std::size_t faults = 0;
-    for (const Fault& fault : CheckIntegrity(again)) {
+    for (const jet::Fault& fault : CheckIntegrity(again)) {
         ++faults;
         EXPECT_TRUE(false) << fault.what;
     }

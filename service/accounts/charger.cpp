@@ -11,7 +11,7 @@ namespace quorvex::service::accounts {
 namespace {
 
 constexpr std::size_t kTogether = 64; // charges in one transaction
-constexpr std::chrono::milliseconds kRetry(100);
+constexpr std::chrono::milliseconds kBusyPause(100);
 
 void Complain(const support::Error& error) {
     std::cerr << "quorvex-service: " + support::ToUtf8(error.Description()) + "\n";
@@ -94,7 +94,7 @@ std::optional<std::vector<Charged>> Charger::TakeAll(const std::vector<Charge>& 
 
 void Charger::Pause() {
     std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, kRetry, [this] { return stopped_; });
+    changed_.wait_for(lock, kBusyPause, [this] { return stopped_; });
 }
 
 } // namespace quorvex::service::accounts

@@ -38,7 +38,7 @@ const Columns& PostZonColumns() {
 
 // The stage's name in parts: it is set for every step of every record.
 template <typename... Parts>
-void SetStage(const Parts&... parts) {
+void SetDataStage(const Parts&... parts) {
     std::wstring& operation = support::Process().currentOperation;
     operation = L"Update:UpdateData:";
     (operation.append(parts), ...);
@@ -53,11 +53,11 @@ const std::wstring& KeyOf(const database::Value& value) {
 // Moves to the first record of that postcode; false when there is none.
 bool FindRecord(database::Recordset& records, const std::wstring& column, const std::wstring& key,
                 std::wstring_view operation) {
-    SetStage(operation, L":Stage 1");
+    SetDataStage(operation, L":Stage 1");
     if (records.AtBeginning() && records.AtEnd()) return false;
-    SetStage(operation, L":Stage 2");
+    SetDataStage(operation, L":Stage 2");
     records.MoveFirst();
-    SetStage(operation, L":Stage 3");
+    SetDataStage(operation, L":Stage 3");
     records.Find(L"[" + column + L"]='" + key + L"'");
     return !records.AtEnd();
 }
@@ -70,10 +70,10 @@ void AddOrUpdateRecord(database::Recordset& update, database::Recordset& target,
     for (const std::wstring& column : columns) values.push_back(update.Field(column));
     const std::wstring& key = KeyOf(values.front());
     if (FindRecord(target, columns.front(), key, operation)) {
-        SetStage(operation, L":Stage 5 UPDATE ", key);
+        SetDataStage(operation, L":Stage 5 UPDATE ", key);
         target.Update(); // nothing is pending yet: intended, it starts the record's edit afresh
     } else {
-        SetStage(operation, L":Stage 4 ADD ", key);
+        SetDataStage(operation, L":Stage 4 ADD ", key);
         target.AddNew();
     }
     for (std::size_t i = 0; i < columns.size(); ++i) target.SetField(columns[i], values[i]);
@@ -152,7 +152,7 @@ void AddOrUpdateRecordPostZon(database::Recordset& updateRecords, database::Reco
 void UpdateData(support::Platform& platform, Progress& progress, const std::wstring& dataFolder,
                 const std::wstring& updateFile, wchar_t kind, const std::wstring& packageDate, long& recordCount) {
     recordCount = 0;
-    SetStage(L"Stage 1");
+    SetDataStage(L"Stage 1");
     progress.SetText(L"Opening data files");
     const localdata::DataFile* const file = localdata::FindDataFile(kind);
     if (file == nullptr) throw support::Error(support::kErrorTypeMismatch, L"There is no data of this kind");
@@ -161,15 +161,15 @@ void UpdateData(support::Platform& platform, Progress& progress, const std::wstr
         throw support::Error(support::kErrorTypeMismatch, L"\"" + packageDate + L"\" is not a date");
     }
     const std::wstring query = std::wstring(L"SELECT * From ") + file->table;
-    SetStage(L"Stage 2 creating ADO, is MDAC 2.8 or better loaded?");
+    SetDataStage(L"Stage 2 creating ADO, is MDAC 2.8 or better loaded?");
     database::DatabaseProvider& databases = platform.Databases();
     OpenPackage package(databases);
-    SetStage(L"Stage 3 Opening update file with ADO");
+    SetDataStage(L"Stage 3 Opening update file with ADO");
     package.update->Open(database::ConnectionString(updateFile), database::kDatabaseUser, {});
-    SetStage(L"Stage 4 Opening data file to update");
+    SetDataStage(L"Stage 4 Opening data file to update");
     package.target->Open(database::ConnectionString(localdata::DataFilePath(dataFolder, *file)),
                          database::kDatabaseUser, {});
-    SetStage(L"Stage 5");
+    SetDataStage(L"Stage 5");
     package.updateRecords->SetCursorType(database::CursorType::Static);
     package.updateRecords->SetLockType(database::LockType::ReadOnly);
     package.updateRecords->Open(query, *package.update);
@@ -177,12 +177,12 @@ void UpdateData(support::Platform& platform, Progress& progress, const std::wstr
     recordCount = CountRecords(*package.updateRecords);
     support::LogActivity(platform, L"Data files contains " + std::to_wstring(recordCount) + L" records");
     MergeRecords(progress, package, kind, recordCount);
-    SetStage(L"Stage 6");
+    SetDataStage(L"Stage 6");
     package.updateRecords->Close();
     package.targetRecords->Close();
-    SetStage(L"Stage 7 Updating the version date");
+    SetDataStage(L"Stage 7 Updating the version date");
     StampVersion(databases, *package.target, packageDate);
-    SetStage(L"Stage 8");
+    SetDataStage(L"Stage 8");
     package.update->Close();
     package.target->Close();
 }

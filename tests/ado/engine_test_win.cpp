@@ -2,9 +2,9 @@
 #include "database/ado/value_win.h"
 #include "support/error.h"
 #include "support/text.h"
-#include "support_code/ado_stand_in.h"
-#include "support_code/sample_data.h"
-#include "support_code/temp_folder.h"
+#include "testing/ado_stand_in_win.h"
+#include "testing/sample_data.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,6 @@
 #include "com/browser_capture.h"
 
+#include "testing/wait.h"
 #include <windows.h>
 
 #include <fstream>
@@ -34,15 +35,15 @@ BrowserCapture::~BrowserCapture() {
 
 std::vector<std::string> BrowserCapture::Opened(std::size_t count) const {
     std::vector<std::string> lines;
-    for (int tries = 0; tries < 500 && lines.size() < count; ++tries) {
-        if (tries > 0) Sleep(20);
+    WaitUntil([&] {
         lines.clear();
         std::ifstream file(folder_.Path() / L"opened.txt");
         for (std::string line; std::getline(file, line);) {
             while (!line.empty() && (line.back() == '\r' || line.back() == ' ')) line.pop_back();
             lines.push_back(line);
         }
-    }
+        return lines.size() >= count;
+    });
     return lines;
 }
 

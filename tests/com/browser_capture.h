@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support_code/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <array>
 #include <string>

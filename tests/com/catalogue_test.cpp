@@ -1,7 +1,7 @@
 // The type library that hosts compile against: names, order, numbers, types and defaults are a promise to every host.
 #include "com/catalogue.h"
 #include "com/host.h"
-#include "support_code/tsv.h"
+#include "testing/truth.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 // The picker end to end: the DLL's own object, its HTTP transport against a real socket, its real windows.
-#include "transport/socket_server.h"
+#include "testing/socket_server_win.h"
 
 #include "com/host.h"
 #include "dialogs/address_controls_win.h"
-#include "support_code/after.h"
-#include "windows/driver.h"
+#include "testing/after_win.h"
+#include "testing/driver_win.h"
 
 namespace quorvex::testing {
 namespace {
@@ -57,27 +57,6 @@ TEST(DialogThroughTheDll, TheUserPicksAnAddressThatTheServiceSent) {
     EXPECT_EQ(result, VARIANT_TRUE);
     EXPECT_EQ(line.Str(), L"2 Caf\u00e9 Row");
     EXPECT_NE(server.LastHead().find("&id=AB1%203CD_2_F"), std::string::npos);
-}
-
-TEST(DialogThroughTheDll, StopEndsARequestThatIsNeverAnswered) {
-    SocketServer server([](Connection& connection, const std::string&) { connection.StaySilent(); });
-    HostThread host([&] {
-        const Ptr<_Quorvex> object = Dll().Create();
-        object->SetServiceURL(Text(server.Url(L"")).Ref());
-        EXPECT_EQ(Show(object.get(), L"AB1 3CD"), VARIANT_FALSE);
-    });
-    const HWND dialog = WaitForWindow(L"Web Address Server is Searching for Address...");
-    const HWND button = GetDlgItem(dialog, kCommand2);
-    ASSERT_TRUE(WaitUntil([&] { return TextOf(button) == L"STOP" && server.Connections() == 1; }));
-    Click(button);
-    const HWND box = WaitForWindow(L"Quorvex Lookup COM Object");
-    EXPECT_EQ(TextOf(dialog), L"Stopped... Problems with internet connection");
-    ClickId(box, IDOK);
-    const auto before = GetTickCount64();
-    EXPECT_TRUE(WaitUntil([&] { return TextOf(dialog) == std::wstring(kCaption) + L" - Found nothing!"; }));
-    EXPECT_LT(GetTickCount64() - before, 3000u); // not the 30 seconds of a time-out
-    PressKey(button, VK_ESCAPE);
-    ASSERT_TRUE(host.WaitDone());
 }
 
 TEST(DialogThroughTheDll, TheHostMayDropItsLastReferenceWhileTheDialogIsOpen) {

@@ -2,7 +2,7 @@
 
 #include "com/host.h"
 #include "support/text.h"
-#include "support_code/ado_stand_in.h"
+#include "testing/ado_stand_in_win.h"
 
 #include <gmock/gmock.h>
 
@@ -43,11 +43,11 @@ TEST_F(EngineTest, TheInstalledDataAccessLayerIsUsedWhereItHasTheJetProvider) {
     EXPECT_TRUE(Find(with.get()));
     EXPECT_THAT(Calls(ado, SampleFolder()),
                 ElementsAre(L"Connection.Mode = 8",
-                            L"Connection.Open Provider=Microsoft.Jet.OLEDB.4.0;Data Source=\\PAF_THOURGHFARE.dat;Jet "
-                            L"OLEDB:Database Password=lanternfox|admin|",
+                            L"Connection.Open(\"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=\\PAF_THOURGHFARE.dat;Jet "
+                            L"OLEDB:Database Password=lanternfox\", \"admin\", \"\")",
                             L"Recordset.CursorType = 3", L"Recordset.LockType = 1",
-                            L"Recordset.Open SELECT * From [PAF_StreetAddress] WHERE [FT_Postcode]='PE134PZ';",
-                            L"Recordset.EOF", L"Recordset.Close", L"Connection.Close"));
+                            L"Recordset.Open(\"SELECT * From [PAF_StreetAddress] WHERE [FT_Postcode]='PE134PZ';\")",
+                            L"Recordset.EOF()", L"Recordset.Close()", L"Connection.Close()"));
 }
 
 } // namespace

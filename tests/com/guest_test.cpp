@@ -1,7 +1,7 @@
 // The component is a guest in its host's process: it changes nothing there, leaks nothing, and bears being called back.
 #include "com/host.h"
-#include "support_code/after.h"
-#include "transport/socket_server.h"
+#include "testing/after_win.h"
+#include "testing/socket_server_win.h"
 
 #include <psapi.h>
 

@@ -1,6 +1,6 @@
 #include "com/host.h"
 
-#include "support_code/sample_data.h"
+#include "testing/sample_data.h"
 
 #include <array>
 

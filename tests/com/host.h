@@ -1,7 +1,7 @@
 #pragma once
 
 #include "com/automation.h"
-#include "support_code/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 #include <quorvex_com.h>

@@ -3,7 +3,7 @@
 #include "com/catalogue.h"
 #include "com/host.h"
 #include "support/text.h"
-#include "transport/socket_server.h"
+#include "testing/socket_server_win.h"
 
 #include <array>
 #include <map>

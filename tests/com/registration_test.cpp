@@ -1,5 +1,6 @@
 // Registering and its undoing, and use without it.
 #include "com/host.h"
+#include "support/files.h"
 
 #include <array>
 #include <fstream>
@@ -11,67 +12,23 @@ namespace {
 constexpr wchar_t kProgId[] = L"Software\\Classes\\QuorvexLookup.Quorvex";
 constexpr wchar_t kClass[] = L"Software\\Classes\\CLSID\\{1D6679CA-4011-4747-9EAF-18731D88251A}";
 #ifdef _WIN64
-constexpr REGSAM kOwnView = KEY_WOW64_64KEY;
 constexpr REGSAM kOtherView = KEY_WOW64_32KEY;
 #else
-constexpr REGSAM kOwnView = KEY_WOW64_32KEY;
 constexpr REGSAM kOtherView = KEY_WOW64_64KEY;
 #endif
 
-using Dump = std::set<std::wstring>;
-
-// The keys that hold other classes' keys: their children are looked at by name only, which is where a new one would
-// show.
-bool IsContainer(const std::wstring& name) {
-    static const std::set<std::wstring> kContainers = {L"CLSID", L"Interface", L"TypeLib", L"AppID", L"WOW6432Node"};
-    return kContainers.contains(name);
-}
-
-bool IsOwn(const std::wstring& path) {
-    return path.find(L"Quorvex") != std::wstring::npos || path.find(L"{1D6679CA-") != std::wstring::npos ||
-           path.find(L"{A8C4E3FB-") != std::wstring::npos || path.find(L"{D02A196F-") != std::wstring::npos;
-}
-
-// The keys below a key, and all that stands in those of the component, one text each.
-void Collect(HKEY key, const std::wstring& path, Dump& dump) {
-    std::array<wchar_t, 16384> name;
-    std::array<BYTE, 16384> data;
-    for (DWORD i = 0;; ++i) {
-        DWORD length = static_cast<DWORD>(name.size()), bytes = static_cast<DWORD>(data.size()), type = 0;
-        const LONG result = RegEnumValueW(key, i, name.data(), &length, nullptr, &type, data.data(), &bytes);
-        if (result == ERROR_NO_MORE_ITEMS) break;
-        dump.insert(path + L"|" + name.data() + L"=" + std::to_wstring(result) +
-                    std::wstring(data.data(), data.data() + bytes));
+// All classes of a root in both views, as the registry editor exports them.
+std::string Classes(const wchar_t* root) {
+    const TempFolder folder;
+    std::string all;
+    for (const wchar_t* view : {L"/reg:64", L"/reg:32"}) {
+        const std::wstring file = folder.File(L"classes.reg");
+        const std::wstring command =
+            L"reg export " + std::wstring(root) + L"\\Software\\Classes \"" + file + L"\" /y " + view + L" >nul";
+        EXPECT_EQ(_wsystem(command.c_str()), 0);
+        all += support::ReadFileBytes(file);
     }
-    for (DWORD i = 0;; ++i) {
-        DWORD length = static_cast<DWORD>(name.size());
-        if (RegEnumKeyExW(key, i, name.data(), &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
-        const std::wstring child = path + L"\\" + std::wstring(name.data(), length);
-        dump.insert(child);
-        if (!IsOwn(child) && !IsContainer(name.data())) continue;
-        HKEY opened = nullptr;
-        if (RegOpenKeyExW(key, name.data(), 0, KEY_READ, &opened) != ERROR_SUCCESS) continue;
-        Collect(opened, child, dump);
-        RegCloseKey(opened);
-    }
-}
-
-Dump Classes(HKEY root) {
-    Dump dump;
-    for (const REGSAM view : {kOwnView, kOtherView}) {
-        HKEY key = nullptr;
-        if (RegOpenKeyExW(root, L"Software\\Classes", 0, KEY_READ | view, &key) != ERROR_SUCCESS) continue;
-        Collect(key, view == kOwnView ? L"own" : L"other", dump);
-        RegCloseKey(key);
-    }
-    return dump;
-}
-
-std::vector<std::wstring> Difference(const Dump& before, const Dump& after) {
-    std::vector<std::wstring> difference;
-    std::set_symmetric_difference(before.begin(), before.end(), after.begin(), after.end(),
-                                  std::back_inserter(difference));
-    return difference;
+    return all;
 }
 
 std::wstring Read(HKEY root, const std::wstring& key, const wchar_t* name = nullptr) {
@@ -102,13 +59,13 @@ class RegistrationTest : public ::testing::Test {
 
 TEST_F(RegistrationTest, TheMachinesRegistrationComesAndGoesWithoutATrace) {
     ASSERT_EQ(dll_.Register(false), S_OK);
-    const Dump before = Classes(HKEY_LOCAL_MACHINE);
-    ASSERT_GT(before.size(), 100U);
+    const std::string before = Classes(L"HKLM");
+    ASSERT_GT(before.size(), 10000U);
     EXPECT_EQ(TryCreate(), REGDB_E_CLASSNOTREG);
 
     ASSERT_EQ(dll_.Register(true), S_OK);
     ASSERT_EQ(dll_.Register(true), S_OK); // once more is no error
-    EXPECT_GT(Difference(before, Classes(HKEY_LOCAL_MACHINE)).size(), 10U);
+    EXPECT_GT(Classes(L"HKLM").size(), before.size() + 1000);
     EXPECT_EQ(TryCreate(), S_OK);
     CLSID found;
     EXPECT_EQ(CLSIDFromProgID(L"QuorvexLookup.Quorvex", &found), S_OK);
@@ -119,7 +76,7 @@ TEST_F(RegistrationTest, TheMachinesRegistrationComesAndGoesWithoutATrace) {
     if (library != nullptr) library->Release();
 
     ASSERT_EQ(dll_.Register(false), S_OK);
-    EXPECT_EQ(Difference(before, Classes(HKEY_LOCAL_MACHINE)), std::vector<std::wstring>());
+    EXPECT_TRUE(Classes(L"HKLM") == before) << "something is left behind";
     EXPECT_EQ(dll_.Register(false), S_OK); // nor is taking out what is not there
     EXPECT_EQ(TryCreate(), REGDB_E_CLASSNOTREG);
 }
@@ -146,7 +103,7 @@ TEST_F(RegistrationTest, OneUsersRegistrationNeedsNoAdministratorsKeys) {
     RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Classes\\CLSID", 0, nullptr, 0, KEY_READ, nullptr, &classes,
                     nullptr);
     RegCloseKey(classes);
-    const Dump before = Classes(HKEY_CURRENT_USER);
+    const std::string before = Classes(L"HKCU");
     ASSERT_EQ(dll_.Install(true, L"user"), S_OK);
     const std::wstring server = Read(HKEY_CURRENT_USER, std::wstring(kClass) + L"\\InprocServer32");
     EXPECT_TRUE(std::filesystem::equivalent(server, DllPath())) << server;
@@ -154,7 +111,7 @@ TEST_F(RegistrationTest, OneUsersRegistrationNeedsNoAdministratorsKeys) {
     EXPECT_EQ(Read(HKEY_CURRENT_USER, std::wstring(kClass) + L"\\ProgID"), L"QuorvexLookup.Quorvex");
     EXPECT_EQ(Read(HKEY_CURRENT_USER, std::wstring(kProgId) + L"\\CLSID"), L"{1D6679CA-4011-4747-9EAF-18731D88251A}");
     ASSERT_EQ(dll_.Install(false, L"USER"), S_OK);
-    EXPECT_EQ(Difference(before, Classes(HKEY_CURRENT_USER)), std::vector<std::wstring>());
+    EXPECT_TRUE(Classes(L"HKCU") == before) << "something is left behind";
     EXPECT_EQ(dll_.Install(false, L"user"), S_OK);
     EXPECT_EQ(dll_.Install(true, L"nobody"), E_INVALIDARG);
 }

@@ -1,6 +1,7 @@
 // The DLL may go when nobody uses it, and not before.
 #include "com/host.h"
-#include "transport/socket_server.h"
+#include "testing/socket_server_win.h"
+#include "testing/wait.h"
 
 #include <chrono>
 
@@ -61,14 +62,14 @@ TEST_F(UnloadingTest, ARequestThatWindsDownKeepsTheDll) {
     std::atomic<bool> hangUp{false};
     const SocketServer server([&](Connection& connection, const std::string&) {
         asked = true;
-        while (!hangUp) Sleep(10);
+        WaitUntil([&] { return hangUp.load(); });
         connection.Close();
     });
     {
         const Ptr<_Quorvex> object = dll_.Create();
         const DWORD thread = GetCurrentThreadId();
         std::thread impatient([&] { // a host that ends its message loop gives the request up
-            while (!asked) Sleep(10);
+            WaitUntil([&] { return asked.load(); });
             PostThreadMessageW(thread, WM_QUIT, 0, 0);
         });
         Text reply;
@@ -80,9 +81,7 @@ TEST_F(UnloadingTest, ARequestThatWindsDownKeepsTheDll) {
     }
     EXPECT_EQ(dll_.CanUnload(), S_FALSE);
     hangUp = true;
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (dll_.CanUnload() != S_OK && std::chrono::steady_clock::now() < end) Sleep(20);
-    EXPECT_EQ(dll_.CanUnload(), S_OK);
+    EXPECT_TRUE(WaitUntil([this] { return dll_.CanUnload() == S_OK; }, std::chrono::seconds(20)));
 }
 
 TEST_F(UnloadingTest, TheSystemUnloadsTheDllAfterTheLastObject) {

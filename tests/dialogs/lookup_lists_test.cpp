@@ -2,8 +2,8 @@
 
 #include "support/files.h"
 #include "support/text.h"
-#include "support_code/fake_platform.h"
-#include "support_code/temp_folder.h"
+#include "testing/fake_platform.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

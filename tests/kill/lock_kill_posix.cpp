@@ -1,5 +1,5 @@
 #include "support/file_lock.h"
-#include "support_code/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

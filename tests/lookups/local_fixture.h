@@ -3,9 +3,9 @@
 #include "database/jet/jet_provider.h"
 #include "object/quorvex.h"
 #include "support/process_state.h"
-#include "support_code/fake_platform.h"
-#include "support_code/temp_folder.h"
-#include "support_code/tsv.h"
+#include "testing/fake_platform.h"
+#include "testing/temp_folder.h"
+#include "testing/truth.h"
 
 #include <gtest/gtest.h>
 

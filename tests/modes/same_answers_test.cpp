@@ -6,7 +6,7 @@
 // - a web list leaves the identifier of its first line in Address_Id, as every reply's elements are read.
 #include "modes/mode_fixture.h"
 
-#include "support_code/tsv.h"
+#include "testing/truth.h"
 
 namespace quorvex::testing {
 namespace {

@@ -2,7 +2,7 @@
 #include "object/tag_reader.h"
 #include "support/error.h"
 #include "support/process_state.h"
-#include "support_code/fake_platform.h"
+#include "testing/fake_platform.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 
 namespace quorvex::object {
 namespace {
@@ -51,43 +50,6 @@ TEST(TagReader, ReadsElementsByName) {
     EXPECT_EQ(ReadElement(L"<a>the rest", L"a"), L"the rest");
     EXPECT_EQ(ReadElement(L"</a><a>", L"a"), L"");
     EXPECT_EQ(ReadElement(L"<>x</>", L""), L"x");
-}
-
-// The definition, with 1-based positions and 0 for "not there".
-struct Expected {
-    std::wstring value;
-    std::wstring rest;
-};
-Expected ByDefinition(const std::wstring& name, const std::wstring& html, const std::wstring& end) {
-    if (html.empty()) return {L"", html};
-    const std::size_t start = html.find(name) + 1;
-    if (start == 0) return {L"", html};
-    const std::wstring rest = html.substr(start - 1 + name.size());
-    const std::size_t p = rest.find(end) + 1;
-    const std::wstring value = p > 0 ? rest.substr(0, p - 1) : rest;
-    const std::size_t cut = (start - 1) + name.size() + p + end.size();
-    return {value, cut == 0 || cut - 1 >= html.size() ? L"" : html.substr(cut - 1)};
-}
-
-TEST(TagReader, AgreesWithItsDefinitionOnRandomTexts) {
-    std::mt19937 random(42);
-    const auto text = [&](std::size_t longest) {
-        std::wstring made(random() % (longest + 1), L' ');
-        for (wchar_t& c : made) c = L"<a>/"[random() % 4];
-        return made;
-    };
-    for (int i = 0; i < 50000; ++i) {
-        const std::wstring name = text(3);
-        std::wstring end = text(3);
-        if (end.empty()) end = L">";
-        std::wstring html = text(14);
-        const Expected expected = ByDefinition(name, html, end);
-        const std::wstring before = html;
-        EXPECT_EQ(ReadBetweenTags(html, name, end), expected.value);
-        EXPECT_EQ(GetBetweenTags(name, html, end, true), expected.value);
-        const bool found = !before.empty() && before.find(name) != std::wstring::npos;
-        EXPECT_EQ(html, found ? expected.rest : before);
-    }
 }
 
 } // namespace

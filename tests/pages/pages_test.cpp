@@ -1,6 +1,6 @@
 #include "pages/pages.h"
 
-#include "support_code/fake_platform.h"
+#include "testing/fake_platform.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "service/accounts/accounts.h"
-#include "support_code/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

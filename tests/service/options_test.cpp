@@ -2,7 +2,7 @@
 
 #include "service/query.h"
 #include "support/error.h"
-#include "support_code/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <fstream>
 #include <iterator>

@@ -4,9 +4,9 @@
 #include "lookups/address_record.h"
 #include "lookups/postzon.h"
 #include "support/text.h"
-#include "support_code/fake_platform.h"
-#include "support_code/sample_data.h"
-#include "support_code/tsv.h"
+#include "testing/fake_platform.h"
+#include "testing/sample_data.h"
+#include "testing/truth.h"
 
 #include <set>
 

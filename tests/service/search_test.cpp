@@ -2,8 +2,8 @@
 #include "lookups/address_list.h"
 #include "service/words.h"
 #include "support/text.h"
-#include "support_code/fake_platform.h"
-#include "support_code/tsv.h"
+#include "testing/fake_platform.h"
+#include "testing/truth.h"
 
 #include <algorithm>
 #include <map>

@@ -1,7 +1,7 @@
 #include "fixture.h"
 #include "support/files.h"
 #include "support/text.h"
-#include "support_code/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <fstream>
 

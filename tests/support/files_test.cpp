@@ -1,6 +1,6 @@
 #include "support/error.h"
 #include "support/files.h"
-#include "support_code/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,8 +2,9 @@
 #include "support/log.h"
 #include "support/process_state.h"
 #include "support/text.h"
-#include "support_code/fake_platform.h"
-#include "support_code/temp_folder.h"
+#include "testing/guard.h"
+#include "testing/fake_platform.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +20,6 @@ namespace {
 
 constexpr int kLines = 20000;
 constexpr std::size_t kRetries = 30;
-std::string program; // this one
 
 class WaitingPlatform : public FakePlatform {
   public:
@@ -66,11 +66,16 @@ void WriteLog(const std::string& folder, const std::string& writer) {
     support::WriteFileBytes(support::FromUtf8(folder + "\\" + writer + ".doubtful"), doubtful);
 }
 
+const ChildProgram kWriter("--write-log", [](const std::vector<std::string>& arguments) {
+    WriteLog(arguments.at(0), arguments.at(1));
+    return 0;
+});
+
 // Every line of either process is there once, over several rotations, but for those that the retry rule gave up.
 TEST(LogProcesses, TwoWritersLoseNoLine) {
     const TempFolder folder;
     const auto start = [&](const char* writer) {
-        const std::string command = "\"" + program + "\" --write-log " + folder.Path().string() + " " + writer;
+        const std::string command = "\"" + ProgramPath() + "\" --write-log " + folder.Path().string() + " " + writer;
         return std::async(std::launch::async, [command] { return std::system(command.c_str()); });
     };
     std::future<int> first = start("a");
@@ -105,14 +110,3 @@ TEST(LogProcesses, TwoWritersLoseNoLine) {
 
 } // namespace
 } // namespace quorvex::testing
-
-// With "--write-log FOLDER WRITER" the program is one of the processes that write to a shared log.
-int main(int argc, char** argv) {
-    if (argc == 4 && std::string(argv[1]) == "--write-log") {
-        quorvex::testing::WriteLog(argv[2], argv[3]);
-        return 0;
-    }
-    quorvex::testing::program = argv[0];
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -1,8 +1,8 @@
 #include "support/files.h"
 #include "support/log.h"
 #include "support/process_state.h"
-#include "support_code/fake_platform.h"
-#include "support_code/temp_folder.h"
+#include "testing/fake_platform.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Downloads to a file.
+#include "testing/socket_server_win.h"
 #include "transport/fixture.h"
-#include "transport/socket_server.h"
 
 #include "support/files.h"
 

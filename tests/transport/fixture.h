@@ -1,9 +1,9 @@
 #pragma once
 
 #include "http/transport_win.h"
-#include "support_code/after.h"
-#include "support_code/fake_platform.h"
-#include "support_code/temp_folder.h"
+#include "testing/after_win.h"
+#include "testing/fake_platform.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The Windows platform, the window helpers, and the diagnostics that Shift and Ctrl bring up.
+#include "testing/socket_server_win.h"
 #include "transport/fixture.h"
-#include "transport/socket_server.h"
 
 #include "server/platform_win.h"
 #include "support/window_helpers_win.h"

@@ -1,6 +1,6 @@
 // What comes back for the replies that servers give, and what goes out for the URLs that callers build.
+#include "testing/socket_server_win.h"
 #include "transport/fixture.h"
-#include "transport/socket_server.h"
 
 #include <algorithm>
 #include <utility>
@@ -35,8 +35,6 @@ void Answer(Connection& connection, const std::string& target) {
         connection.Reply("");
     } else if (path == "/latin") {
         connection.Reply("caf\xE9 \xC3\xA9", "200 OK", "Content-Type: text/xml; charset=ISO-8859-1\r\n");
-    } else if (path == "/size") {
-        connection.Reply(std::string(std::stoul(target.substr(6)), 'x'));
     } else {
         connection.Reply(target);
     }
@@ -107,22 +105,6 @@ TEST_F(RepliesTest, ConnectionsAreKeptFromRequestToRequest) {
     const SocketServer server(Answer);
     for (int i = 0; i < 20; ++i) Get(server.Url(L"/escaped"));
     EXPECT_EQ(server.Connections(), 1);
-}
-
-TEST_F(RepliesTest, TimeGrowsWithTheSizeOfTheReplyOnly) {
-    const SocketServer server(Answer);
-    const auto best = [&](std::size_t bytes) {
-        double fastest = 1e9;
-        for (int i = 0; i < 2; ++i) {
-            fastest = std::min(fastest, Milliseconds([&] {
-                                   EXPECT_EQ(Get(server.Url(L"/size?" + std::to_wstring(bytes))).size(), bytes);
-                               }));
-        }
-        return fastest;
-    };
-    const double small = best(1'250'000);
-    const double large = best(10'000'000);
-    EXPECT_LT(large, small * 24) << "1.25 MB in " << small << " ms, 10 MB in " << large << " ms"; // 64 when quadratic
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // What happens while a request waits: limits, cancelling, messages, other requests.
+#include "testing/socket_server_win.h"
 #include "transport/fixture.h"
-#include "transport/socket_server.h"
 
 #include "support/message_pump_win.h"
 
@@ -109,19 +109,6 @@ TEST_F(WaitingTest, MessagesRunAndASecondRequestGetsNothing) {
     EXPECT_FALSE(http::RequestRunning());
 }
 
-TEST_F(WaitingTest, ARequestOfAnotherThreadGetsNothingEither) {
-    const SocketServer server([](Connection& connection, const std::string&) { AnswerAfter(connection, 300); });
-    std::wstring reply = L"?";
-    std::thread second([&] {
-        Sleep(100);
-        ShowingPlatform platform;
-        reply = http::Transport(platform).GetURL(server.Url(L"/second"), kLongLimit);
-    });
-    EXPECT_EQ(Get(server.Url(L"/first")), L"late");
-    second.join();
-    EXPECT_EQ(reply, L"");
-}
-
 TEST_F(WaitingTest, WaitingCostsNoProcessorTime) {
     // The request waits on a thread of its own so that the server's polling is not counted with it.
     const SocketServer server(NeverAnswer);
@@ -150,24 +137,6 @@ TEST_F(WaitingTest, AnEndlessRepaintDoesNotHideTheLimit) {
     InvalidateRect(window, nullptr, FALSE);
     ExpectTimeOut(server.Url(L"/"), kShortLimit);
     DestroyWindow(window);
-}
-
-TEST_F(WaitingTest, KeysOfTheModalDialogWorkMeanwhile) {
-    const SocketServer server([](Connection& connection, const std::string&) { AnswerAfter(connection, 400); });
-    const HINSTANCE self = GetModuleHandleW(nullptr);
-    const HWND dialog = CreateWindowExW(WS_EX_CONTROLPARENT, L"#32770", L"", WS_POPUP | WS_VISIBLE, 0, 0, 200, 100,
-                                        nullptr, nullptr, self, nullptr);
-    const DWORD style = WS_CHILD | WS_VISIBLE | WS_TABSTOP;
-    const HWND first = CreateWindowExW(0, L"EDIT", L"", style, 0, 0, 80, 20, dialog, nullptr, self, nullptr);
-    const HWND second = CreateWindowExW(0, L"EDIT", L"", style, 0, 30, 80, 20, dialog, nullptr, self, nullptr);
-    const support::ModalDialogScope modal(dialog);
-    SetActiveWindow(dialog);
-    SetFocus(first);
-    ASSERT_EQ(GetFocus(), first);
-    PostMessageW(first, WM_KEYDOWN, VK_TAB, 0);
-    EXPECT_EQ(Get(server.Url(L"/")), L"late");
-    EXPECT_EQ(GetFocus(), second);
-    DestroyWindow(dialog);
 }
 
 TEST_F(WaitingTest, TheSystemLetsAbandonedRequestsGo) {

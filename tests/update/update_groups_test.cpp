@@ -4,9 +4,9 @@
 #include "support/error.h"
 #include "support/process_state.h"
 #include "support/text.h"
-#include "support_code/fake_platform.h"
-#include "support_code/sample_data.h"
-#include "support_code/temp_folder.h"
+#include "testing/fake_platform.h"
+#include "testing/sample_data.h"
+#include "testing/temp_folder.h"
 #include "update/update_applier.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "localdata/package_date.h"
 #include "support/text.h"
-#include "support_code/fake_platform.h"
+#include "testing/fake_platform.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,10 +4,10 @@
 #include "support/files.h"
 #include "support/process_state.h"
 #include "support/text.h"
-#include "support_code/sample_data.h"
-#include "support_code/temp_folder.h"
-#include "support_code/tsv.h"
-#include "support_code/update_platform.h"
+#include "testing/sample_data.h"
+#include "testing/temp_folder.h"
+#include "testing/truth.h"
+#include "testing/update_platform.h"
 #include "update/update_procedure.h"
 
 #include <gmock/gmock.h>

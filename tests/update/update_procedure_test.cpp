@@ -5,7 +5,7 @@
 #include "support/files.h"
 #include "support/process_state.h"
 #include "support/text.h"
-#include "support_code/update_world.h"
+#include "testing/update_world.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "object/reply_header.h"
-#include "support_code/fake_platform.h"
+#include "testing/fake_platform.h"
 #include "web/data_request.h"
 #include "web/endpoints.h"
 
@@ -52,18 +52,6 @@ TEST_F(Web, InternalKeysNameTheComputer) {
     EXPECT_TRUE(
         SearchForPostZonDataUrl(object, L"x").ends_with(L"&postcode=x&COM=1&username=COUNTER-1&homepostcode=pe13 2ql"));
     EXPECT_TRUE(GetUrlforPrefuredMapUrl(object, L"x", L"y").ends_with(L"&COM=1"));
-}
-
-TEST_F(Web, EachAddressFillsInTheDefaultService) {
-    const auto filled = [&](auto make) {
-        object.ServerURL.clear();
-        const std::wstring url = make();
-        return !object.ServerURL.empty() && url.starts_with(object.ServerURL + L"/");
-    };
-    EXPECT_TRUE(filled([&] { return SearchForAddressUrl(object, L"x"); }));
-    EXPECT_TRUE(filled([&] { return GetUrlforPrefuredMapUrl(object, L"x", L"y"); }));
-    EXPECT_TRUE(filled([&] { return GetLookupsUrl(object); }));
-    EXPECT_TRUE(filled([&] { return UpdateDataListUrl(object, L"", L"", L""); }));
 }
 
 TEST_F(Web, RequestsGiveTheReplyOrTheFixedMessage) {

@@ -2,8 +2,8 @@
 #include "dialogs/progress_window_win.h"
 #include "dialogs/update_choice_win.h"
 #include "dialogs/zip_form_win.h"
-#include "windows/dialog_platform.h"
-#include "windows/driver.h"
+#include "testing/dialog_platform_win.h"
+#include "testing/driver_win.h"
 
 #include <gtest/gtest.h>
 
@@ -17,19 +17,6 @@ bool IsAbove(HWND window, HWND other) {
         if (w == window) return true;
     }
     return false;
-}
-
-TEST(MessageForm, AMissingStyleIsASingleOkButtonAndAnEmptyTitleTheDefaultOne) {
-    DialogPlatform platform;
-    int answer = 0;
-    HostThread host([&] { answer = TopMostMessageBox(platform, L"Hello"); });
-    const HWND box = WaitForWindow(L"Quorvex");
-    EXPECT_EQ(TextOf(GetDlgItem(box, 0xFFFF)), L"Hello");
-    EXPECT_EQ(GetDlgItem(box, IDYES), nullptr);
-    const HWND ok = GetDlgItem(box, IDOK) != nullptr ? GetDlgItem(box, IDOK) : GetDlgItem(box, IDCANCEL);
-    Click(ok);
-    ASSERT_TRUE(host.WaitDone());
-    EXPECT_EQ(answer, IDOK);
 }
 
 TEST(MessageForm, TheMessageStandsAboveTheTopmostWindowOfAnother) {
@@ -55,23 +42,6 @@ TEST(MessageForm, TheMessageStandsAboveTheTopmostWindowOfAnother) {
     EXPECT_TRUE(host.WaitDone());
     EXPECT_EQ(answer, IDYES);
     end = true;
-}
-
-TEST(MessageForm, AHostWindowIsDisabledDuringTheMessageAndEnabledAfterIt) {
-    DialogPlatform platform;
-    HWND window = nullptr;
-    bool enabledAfter = false;
-    HostThread host([&] {
-        const HostWindow own;
-        window = own.window;
-        TopMostMessageBox(platform, L"Hello", MB_OK, L"Note");
-        enabledAfter = IsWindowEnabled(window) != FALSE;
-    });
-    const HWND box = WaitForWindow(L"Note");
-    EXPECT_FALSE(IsWindowEnabled(window));
-    ClickId(box, IDOK);
-    ASSERT_TRUE(host.WaitDone());
-    EXPECT_TRUE(enabledAfter);
 }
 
 TEST(MessageForm, ATextOfAnySizeLeavesItsButtonOnTheScreen) {

@@ -1,7 +1,7 @@
 #include "windows/picker.h"
 
 #include "dialogs/modal_win.h"
-#include "support_code/after.h"
+#include "testing/after_win.h"
 
 namespace quorvex::testing {
 namespace {

@@ -4,7 +4,7 @@
 #include "dialogs/update_choice_win.h"
 #include "dialogs/zip_form_win.h"
 #include "support/text.h"
-#include "support_code/temp_folder.h"
+#include "testing/temp_folder.h"
 #include "windows/picker.h"
 
 namespace quorvex::testing {

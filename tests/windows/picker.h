@@ -2,8 +2,8 @@
 
 #include "dialogs/address_controls_win.h"
 #include "dialogs/address_dialog.h"
-#include "windows/dialog_platform.h"
-#include "windows/driver.h"
+#include "testing/dialog_platform_win.h"
+#include "testing/driver_win.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "testing/wait.h"
+
 #include <windows.h>
 
 #include <atomic>
@@ -12,11 +14,6 @@
 namespace quorvex::testing {
 
 // Drives real windows from outside: the test's thread plays the user, a thread of its own plays the host.
-
-inline constexpr std::chrono::milliseconds kPatience{10000};
-
-// Looks again and again until the condition holds; false after the patience is used up.
-bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds patience = kPatience);
 
 // A host's user-interface thread that runs one call. Joined at the end; a call that does not end fails the whole
 // program through the watchdog, with the name of the test.

@@ -1,4 +1,4 @@
-#include "support_code/strict_database.h"
+#include "testing/strict_databases.h"
 
 #include "support/error.h"
 
@@ -15,9 +15,6 @@ class StrictRecordset;
 class StrictConnection final : public database::Connection {
   public:
     explicit StrictConnection(StrictDatabases& world) : world_(world), inner_(world.Engine().CreateConnection()) {}
-    ~StrictConnection() override {
-        if (open_) --world_.openConnections;
-    }
 
     void SetMode(int mode) override {
         inner_->SetMode(mode);
@@ -34,7 +31,6 @@ class StrictConnection final : public database::Connection {
         }
         inner_->Open(connectionString, user, password);
         open_ = true;
-        ++world_.openConnections;
     }
     void Close() override;
 
@@ -61,7 +57,6 @@ class StrictRecordset final : public database::Recordset {
         inner_->Close();
         connection_->recordsets.erase(this);
         connection_ = nullptr;
-        --world_.openRecordsets;
     }
 
     void SetCursorType(CursorType type) override {
@@ -83,7 +78,6 @@ class StrictRecordset final : public database::Recordset {
         inner_->Open(query, own->Inner());
         connection_ = own;
         own->recordsets.insert(this);
-        ++world_.openRecordsets;
     }
     void Close() override {
         world_.Note(L"Recordset.Close");
@@ -172,7 +166,6 @@ void StrictConnection::Close() {
     for (StrictRecordset* const recordset : std::set(recordsets)) recordset->Drop();
     inner_->Close();
     open_ = false;
-    --world_.openConnections;
 }
 
 } // namespace

@@ -20,8 +20,6 @@ class StrictDatabases final : public database::DatabaseProvider {
     std::vector<std::wstring> calls;
     // Asked before each of these; throws what a test wants to fail there.
     std::function<void(const std::wstring& call)> onCall;
-    int openConnections = 0;
-    int openRecordsets = 0;
 
     std::unique_ptr<database::Connection> CreateConnection() override;
     std::unique_ptr<database::Recordset> CreateRecordset() override;

@@ -1,11 +1,11 @@
-#include "support_code/update_world.h"
+#include "testing/update_world.h"
 
 #include "database/connection_string.h"
 #include "database/jet/jet_translation.h"
 #include "support/files.h"
 #include "support/process_state.h"
 #include "support/text.h"
-#include "support_code/zip_builder.h"
+#include "testing/zip_builder.h"
 
 namespace quorvex::testing {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support_code/fake_platform.h"
+#include "testing/fake_platform.h"
 
 #include <utility>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "support_code/zip_builder.h"
+#include "testing/zip_builder.h"
 
 #include <stdexcept>
 #include <zlib.h>

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "object/quorvex.h"
-#include "support_code/jet_file.h"
-#include "support_code/strict_database.h"
-#include "support_code/temp_folder.h"
-#include "support_code/update_platform.h"
+#include "testing/strict_databases.h"
+#include "testing/table_files.h"
+#include "testing/temp_folder.h"
+#include "testing/update_platform.h"
 
 #include <functional>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "transport/socket_server.h"
+#include "testing/socket_server_win.h"
 
 #include <ws2tcpip.h>
 

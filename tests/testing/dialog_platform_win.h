@@ -2,7 +2,7 @@
 
 #include "dialogs/message_form_win.h"
 #include "support/message_pump_win.h"
-#include "support_code/fake_platform.h"
+#include "testing/fake_platform.h"
 
 #include <windows.h>
 

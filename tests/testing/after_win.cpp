@@ -1,4 +1,4 @@
-#include "support_code/after.h"
+#include "testing/after_win.h"
 
 #include <map>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "support_code/jet_file.h"
+#include "testing/table_files.h"
 
 #include "database/jet/jet_translation.h"
 #include "jet/database.h"

@@ -7,8 +7,8 @@
 #include "dialogs/progress_window_win.h"
 #include "dialogs/update_choice_win.h"
 #include "dialogs/zip_form_win.h"
-#include "windows/dialog_platform.h"
-#include "windows/driver.h"
+#include "testing/dialog_platform_win.h"
+#include "testing/driver_win.h"
 
 #include <cstdio>
 #include <cstdlib>

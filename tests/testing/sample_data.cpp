@@ -1,4 +1,4 @@
-#include "support_code/sample_data.h"
+#include "testing/sample_data.h"
 
 #include "database/jet/jet_provider.h"
 #include "database/row_reader.h"
@@ -6,7 +6,7 @@
 #include "localdata/data_file_names.h"
 #include "localdata/substitution.h"
 #include "support/files.h"
-#include "support_code/tsv.h"
+#include "testing/truth.h"
 
 namespace quorvex::testing {
 namespace {

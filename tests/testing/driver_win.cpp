@@ -1,4 +1,4 @@
-#include "windows/driver.h"
+#include "testing/driver_win.h"
 
 #include "support/message_pump_win.h"
 
@@ -15,45 +15,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Ends a stuck run with the name of the test that stands.
-class Watchdog : public ::testing::EmptyTestEventListener {
-  public:
-    Watchdog() {
-        std::thread([this] {
-            for (;;) {
-                std::this_thread::sleep_for(std::chrono::seconds(1));
-                if (Clock::now() - started_.load() < std::chrono::seconds(90)) continue;
-                std::fprintf(stderr, "watchdog: the test did not end: %s\n", name_.c_str());
-                std::fflush(stderr);
-                _exit(97);
-            }
-        }).detach();
-    }
-    void OnTestStart(const ::testing::TestInfo& test) override {
-        name_ = std::string(test.test_suite_name()) + "." + test.name();
-        started_ = Clock::now();
-    }
-
-  private:
-    std::atomic<Clock::time_point> started_{Clock::now()};
-    std::string name_;
-};
-
-const bool kWatchdogSet = [] {
-    ::testing::UnitTest::GetInstance()->listeners().Append(new Watchdog); // owned by the framework
-    return true;
-}();
-
 } // namespace
-
-bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds patience) {
-    const auto end = Clock::now() + patience;
-    while (!condition()) {
-        if (Clock::now() > end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
-}
 
 HostThread::HostThread(std::function<void()> call)
     : thread_([this, call = std::move(call)] {

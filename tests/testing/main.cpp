@@ -1,0 +1,5 @@
+#include "testing/guard.h"
+
+int main(int argc, char** argv) {
+    return quorvex::testing::RunTests(argc, argv);
+}
