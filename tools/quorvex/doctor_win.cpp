@@ -88,7 +88,10 @@ std::optional<std::wstring> Installation::ExamineClass(const Place& place) {
 }
 
 void Installation::ExamineProgId(const Place& place) {
-    const auto classId = place.View().Text(ClassKey(std::wstring(kProgId) + L"\\CLSID"), nullptr);
+    const std::wstring key = ClassKey(std::wstring(kProgId) + L"\\CLSID");
+    auto classId = place.View().Text(key, nullptr);
+    // Names are not kept by bitness: what the other view shows holds as well.
+    if (!classId) classId = RegistryView{place.View().hive, !place.is64Bit}.Text(key, nullptr);
     if (!classId) {
         Add(place, Grade::Problem, std::wstring(L"the name ") + kProgId + L" is not registered", place.Advice());
     } else if (support::UpperCase(*classId) != kClassId) {
