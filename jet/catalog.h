@@ -10,7 +10,7 @@ class Catalog {
   public:
     explicit Catalog(std::shared_ptr<Pager> pager);
 
-    /// Definition page of a local table, found through the catalog's index; nothing when there is none of that name.
+    /// Definition page of a local table, found through the catalog's index; nothing if there is no table of that name.
     std::optional<PageNo> FindTable(std::u16string_view name) const;
     /// Names of the user's tables, in catalog order.
     std::vector<std::u16string> TableNames() const;

@@ -85,7 +85,7 @@ class Lexer {
         at_ = end + 1;
     }
 
-    /// Two quotes in a row stand for one inside the text; a single one ends it.
+    /// Inside the text a quote is doubled; a single one ends it.
     void Text(Token& token) {
         token.kind = Token::kText;
         for (++at_; at_ < text_.size(); ++at_) {
@@ -209,7 +209,7 @@ class Parser {
         if (auto column = Primary(depth)) Comparison(std::move(*column));
     }
 
-    /// A parenthesis holds a column's name or whole conditions; only its end tells which.
+    /// Parentheses hold a column's name or whole conditions; which of them shows only at the end.
     std::optional<ColumnName> Primary(int depth) {
         if (depth > kMaxDepth) Fail("too many parentheses", token_.position);
         if (!IsSymbol(u"(")) return Column();

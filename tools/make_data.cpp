@@ -1,7 +1,7 @@
 // Makes a data folder of invented postcodes, or one update file for it, of any size from a seed.
 
-#include "format/text_codec.h"
 #include "jet/database.h"
+#include "jet/text.h"
 
 #include <array>
 #include <charconv>

@@ -1,8 +1,8 @@
 // The embedded engine beside SQLite, LMDB and libmdb on the same 200,000 rows in one run. QUORVEX_BENCH_DATA names a
 // folder with PAF_FULL.dat and PAF_POSTZON.dat to use; otherwise a folder is made for the run and removed again.
 
-#include "format/text_codec.h"
 #include "jet/change_group.h"
+#include "jet/text.h"
 
 #include <benchmark/benchmark.h>
 #include <lmdb.h>

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <string>
-#include <string_view>
 
 namespace quorvex::localdata {
 
@@ -16,17 +15,14 @@ struct DataFile {
     const wchar_t* summaryHeading; // in the data summary
 };
 
-// "THOURGHFARE", "Thourghfare" and "Thorughfare" are spelled as installed data and its readers know them: intended.
+// Intended: "THOURGHFARE", "Thourghfare" and "Thorughfare" are spelled as installed data and its readers know them.
 inline constexpr std::array<DataFile, 3> kDataFiles = {{
     {L'F', L"PAF_FULL.dat", L"PAF_FULLAddress", L"Full PAF", L"Full PAF data present"},
     {L'T', L"PAF_THOURGHFARE.dat", L"PAF_StreetAddress", L"Thourghfare PAF", L"Thorughfare (Street) PAF data present"},
     {L'Z', L"PAF_POSTZON.dat", L"PAF_PostZon", L"PostZon Data", L"PostZon data present"},
 }};
 
-// Every file of the data itself begins so; nothing else in the data folder does.
-inline constexpr std::wstring_view kDataFilePrefix = L"PAF_";
-
-// The file of a kind, nullptr for a letter that is none (case matters).
+// The file of a kind; nullptr for an unknown letter. Case matters.
 inline const DataFile* FindDataFile(wchar_t kind) {
     const auto found =
         std::find_if(kDataFiles.begin(), kDataFiles.end(), [kind](const DataFile& file) { return file.kind == kind; });

@@ -10,7 +10,7 @@ namespace quorvex::localdata {
 // True when the text is such a date and that day exists.
 bool IsPackageDate(std::wstring_view text);
 
-// "31 Jan 2026", English months whatever the locale; a text that is no date is returned as it stands.
+// "31 Jan 2026", English months whatever the locale; any other text is returned unchanged.
 std::wstring DisplayDate(const std::wstring& date);
 
 } // namespace quorvex::localdata

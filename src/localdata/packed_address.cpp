@@ -39,7 +39,7 @@ PackedAddress SplitPackedAddress(std::wstring_view plain) {
         return packed;
     }
     packed.common = plain.substr(close + 1);
-    // The list begins behind the first character, whatever that is.
+    // The list begins after the first character, whatever that is.
     std::wstring_view list = plain.substr(0, close).substr(std::min<std::size_t>(1, close));
     packed.premises.reserve(static_cast<std::size_t>(std::count(list.begin(), list.end(), L'!')) + 1);
     while (!list.empty()) {

@@ -35,7 +35,7 @@ PackedAddress SplitPackedAddress(std::wstring_view plain);
 // The first five fields of the common part (all of it when it has fewer) with blanks between them, runs of
 // blanks shortened.
 std::wstring StreetPart(std::wstring_view common);
-// The line that stands for a premise in a list: its fields, then the street part.
+// The line of a premise in a list: its fields, then the street part.
 std::wstring DisplayLine(std::wstring_view premise, std::wstring_view streetPart);
 
 // The full record of a premise. Premise and common part together are brought to 14 fields: empty fields

@@ -16,7 +16,7 @@ struct LastUpdateDates {
     std::wstring street;
     std::wstring postZon;
 
-    // The date of a kind letter, nullptr for a letter that is none (case matters).
+    // The date of a kind letter; nullptr for an unknown letter. Case matters.
     const std::wstring* Of(wchar_t kind) const;
 };
 
@@ -46,7 +46,7 @@ std::wstring GetDataStorageComputerName(support::Platform& platform, const std::
 
 // Lines of two blanks and a text, with CR LF between them; the dates read for it are left in dates.
 std::wstring GetSummary(support::Platform& platform, const std::wstring& dataFolder, LastUpdateDates& dates);
-// The summary with the system before it and each file's size and record count behind it.
+// The summary, preceded by the system and followed by the size and record count of each file.
 std::wstring GetDetailedSummary(support::Platform& platform, const std::wstring& dataFolder);
 
 // The message about a missing data path, as all methods that need one show it.

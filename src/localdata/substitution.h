@@ -12,13 +12,13 @@ inline constexpr wchar_t kSubstitutionFile[] = L"PAF_SUBSTITUTION.txt";
 
 class SubstitutionTable {
   public:
-    // Every character stands for itself.
+    // Maps every character to itself.
     SubstitutionTable();
 
     // The contents of a table file: UTF-8, a byte order mark allowed, lines end in LF or CR LF, each line
-    // exactly two characters "XY": stored X stands for plain Y. Lines are never trimmed, since one of the two
+    // exactly two characters "XY": stored X means plain Y. Lines are never trimmed, since one of the two
     // may be a blank. Throws support::Error naming the line for any other line, for a stored character given
-    // twice (case ignored) and for a digit that does not stand for itself.
+    // twice (case ignored) and for a digit that does not map to itself.
     static SubstitutionTable Parse(std::string_view bytes);
 
     // The plain form of stored text and back. Digits and characters without a line pass unchanged; all others

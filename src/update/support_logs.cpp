@@ -16,7 +16,8 @@ namespace {
 std::vector<std::wstring> PresentLogs(const std::wstring& dataFolder) {
     std::vector<std::wstring> logs;
     for (const wchar_t* name : {L"\\Activity1.log", L"\\Error1.log"}) {
-        if (support::FileExists(dataFolder + name)) logs.push_back(support::FullPath(dataFolder + name)); // mail programs have a current directory of their own
+        if (support::FileExists(dataFolder + name))
+            logs.push_back(support::FullPath(dataFolder + name)); // mail programs have a current directory of their own
     }
     return logs;
 }

@@ -50,7 +50,7 @@ const std::wstring& KeyOf(const database::Value& value) {
     return *key;
 }
 
-// Moves to the first record of that postcode; false when there is none.
+// Moves to the first record of that postcode; false if there is none.
 bool FindRecord(database::Recordset& records, const std::wstring& column, const std::wstring& key,
                 std::wstring_view operation) {
     SetDataStage(operation, L":Stage 1");
@@ -64,14 +64,14 @@ bool FindRecord(database::Recordset& records, const std::wstring& column, const 
 
 void AddOrUpdateRecord(database::Recordset& update, database::Recordset& target, const Columns& columns,
                        std::wstring_view operation) {
-    // Read as a whole first: a record that lacks a column must not leave a half made one behind.
+    // Read all values first: a package record that lacks a column must not leave a half-written record.
     std::vector<database::Value> values;
     values.reserve(columns.size());
     for (const std::wstring& column : columns) values.push_back(update.Field(column));
     const std::wstring& key = KeyOf(values.front());
     if (FindRecord(target, columns.front(), key, operation)) {
         SetDataStage(operation, L":Stage 5 UPDATE ", key);
-        target.Update(); // nothing is pending yet: intended, it starts the record's edit afresh
+        target.Update(); // Intended: nothing is pending yet; it starts the record's edit afresh
     } else {
         SetDataStage(operation, L":Stage 4 ADD ", key);
         target.AddNew();
@@ -156,7 +156,7 @@ void UpdateData(support::Platform& platform, Progress& progress, const std::wstr
     progress.SetText(L"Opening data files");
     const localdata::DataFile* const file = localdata::FindDataFile(kind);
     if (file == nullptr) throw support::Error(support::kErrorTypeMismatch, L"There is no data of this kind");
-    // A stamp that is no date would compare later than every package to come and end all updates.
+    // An invalid stamp would compare later than every package to come and end all updates.
     if (!localdata::IsPackageDate(packageDate)) {
         throw support::Error(support::kErrorTypeMismatch, L"\"" + packageDate + L"\" is not a date");
     }

@@ -42,11 +42,11 @@ struct Candidate {
     std::string rawName;
     std::uint16_t flags = 0;
     std::uint64_t headerOffset = 0;
-    std::uint64_t end = 0; // first byte behind the entry's data and descriptor
+    std::uint64_t end = 0; // first byte after the entry's data and descriptor
 };
 
-// Reads the end record that begins at `at` in the archive's tail; the offset in the archive is given, too. Returns why
-// it cannot be used, nullptr when it can.
+// Reads the end record at `at` in the archive's tail, which is `offset` in the archive. Returns why it cannot be used,
+// nullptr if it can.
 const wchar_t* ReadEndRecord(std::string_view tail, std::size_t at, std::uint64_t offset, Directory& directory) {
     ZipBytes record(tail.substr(at + kEndSignature.size(), kEndLength - kEndSignature.size()));
     const std::uint16_t disk = record.Take16();
@@ -67,8 +67,8 @@ const wchar_t* ReadEndRecord(std::string_view tail, std::size_t at, std::uint64_
     return nullptr;
 }
 
-// The end record stands last, but for a comment and perhaps foreign bytes. As these may look like one, too, the last
-// that fits is taken: the directory that it names must end where the record begins.
+// Only a comment and perhaps other bytes follow the end record. They may look like an end record themselves, so the
+// last one that fits is taken: the directory that it names must end where the record begins.
 Directory FindDirectory(const ZipSource& archive) {
     const std::uint64_t size = archive.Size();
     if (size < kEndLength) FailArchive(L"The file is not a zip archive");
@@ -133,7 +133,7 @@ Candidate ReadCentralEntry(ZipBytes& bytes) {
     return candidate;
 }
 
-// Behind the data of an entry that was written as a stream stand its CRC and sizes, with or without a signature.
+// The data of an entry that was written as a stream is followed by its CRC and sizes, with or without a signature.
 std::size_t DescriptorLength(const ZipSource& archive, const Candidate& candidate, std::uint64_t limit) {
     const ZipEntry& entry = candidate.entry;
     const std::uint64_t dataEnd = entry.dataOffset + entry.packedSize;

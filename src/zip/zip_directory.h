@@ -31,8 +31,8 @@ inline constexpr std::uint64_t kFreeUnpackedSize = std::uint64_t{64} << 20U;
 inline constexpr std::uint64_t kLargestRatio = 200;
 inline constexpr std::uint16_t kMostEntries = 1000;
 
-// Reads and checks the directory and every entry's own header. A comment or foreign bytes behind the archive are passed
-// over. Throws Error (kErrorArchive) that says what is wrong: cut off, several volumes, zip64, encrypted, another
+// Reads and checks the directory and every entry's own header. A comment or other bytes after the archive are
+// ignored. Throws Error (kErrorArchive) that says what is wrong: cut off, several volumes, zip64, encrypted, another
 // method, names that are no plain file names or occur twice, entries that overlap, headers that contradict each other,
 // sizes beyond the limits.
 std::vector<ZipEntry> ReadZipDirectory(const ZipSource& archive);

@@ -41,7 +41,7 @@ std::wstring DecodeEntryName(std::string_view bytes, bool isUtf8) {
 
 bool IsPlainFileName(std::wstring_view name) {
     if (name.empty() || name.size() > kLongestName) return false;
-    if (name.back() == L'.' || name.back() == L' ' || name.front() == L' ') return false; // "." and "..", too
+    if (name.back() == L'.' || name.back() == L' ' || name.front() == L' ') return false; // also "." and ".."
     const auto refused = [](wchar_t c) {
         return c < 32 || c == 127 || std::wstring_view(L"\\/:*?\"<>|").find(c) != std::wstring_view::npos;
     };
