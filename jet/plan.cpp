@@ -4,7 +4,9 @@
 #include "tables/index_scan.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace jet {
@@ -90,10 +92,34 @@ std::optional<Stretch> RangeStretch(const TableDef& def, const std::vector<Bound
     return stretch;
 }
 
+/// Which rows there are: a table of at least twice their number, where a row lies at the first free place from its own.
+class RowSet {
+  public:
+    explicit RowSet(const std::vector<RowId>& rows) : places_(std::bit_ceil(2 * rows.size() + 1), kFree) {
+        for (const RowId id : rows) places_[PlaceOf(id)] = KeyOf(id);
+    }
+    bool Holds(RowId id) const { return places_[PlaceOf(id)] != kFree; }
+
+  private:
+    static constexpr std::uint64_t kFree = ~std::uint64_t{0};
+
+    static std::uint64_t KeyOf(RowId id) { return std::uint64_t{id.page} << 8 | std::uint64_t{id.slot}; }
+    std::size_t PlaceOf(RowId id) const {
+        const std::uint64_t key = KeyOf(id);
+        const std::size_t mask = places_.size() - 1;
+        // The golden ratio spreads neighbouring numbers evenly.
+        std::size_t place = static_cast<std::size_t>(key * 0x9E3779B97F4A7C15U >> 20) & mask;
+        while (places_[place] != kFree && places_[place] != key) place = (place + 1) & mask;
+        return place;
+    }
+
+    std::vector<std::uint64_t> places_;
+};
+
 /// Drops from `rows` what `other` does not hold, keeping the order.
-void Intersect(std::vector<RowId>& rows, std::vector<RowId> other) {
-    std::sort(other.begin(), other.end());
-    std::erase_if(rows, [&other](RowId id) { return !std::binary_search(other.begin(), other.end(), id); });
+void Intersect(std::vector<RowId>& rows, const std::vector<RowId>& other) {
+    const RowSet held(other);
+    std::erase_if(rows, [&held](RowId id) { return !held.Holds(id); });
 }
 
 } // namespace
@@ -117,8 +143,8 @@ std::optional<std::vector<RowId>> PlanByIndex(Pager& pager, const TableDef& def,
         constexpr std::size_t kWorthwhile = 64;
         if (rows->size() < kWorthwhile) break;
         const std::size_t limit = 8 * rows->size();
-        std::vector<RowId> other = Collect(pager, def, *stretch, limit);
-        if (other.size() < limit) Intersect(*rows, std::move(other));
+        const std::vector<RowId> other = Collect(pager, def, *stretch, limit);
+        if (other.size() < limit) Intersect(*rows, other);
     }
     return rows;
 }
