@@ -47,7 +47,7 @@ void Fill(object::Quorvex& object) {
 const std::vector<std::wstring>& Texts() {
     static const std::vector<std::wstring> texts = [] {
         testing::FakePlatform platform;
-        object::Quorvex object(platform);
+        object::Quorvex object(platform, platform);
         Fill(object);
         object.nearest.entries.resize(static_cast<std::size_t>(kPoints) + 1);
         return object.nearest.entries;
@@ -57,7 +57,7 @@ const std::vector<std::wstring>& Texts() {
 
 void NearestAdd(benchmark::State& state) {
     testing::FakePlatform platform;
-    object::Quorvex object(platform);
+    object::Quorvex object(platform, platform);
     for (auto _ : state) Fill(object);
     state.SetItemsProcessed(state.iterations() * kPoints);
 }

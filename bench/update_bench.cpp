@@ -205,7 +205,7 @@ void BM_ApplyPackage(benchmark::State& state) {
     const std::wstring package = support::FromPath(files.Package("UPDATE_F_20260228.dat"));
     SilentPlatform platform;
     database::JetProvider databases;
-    platform.databases = &databases;
+    const object::Quorvex object(platform, databases);
     support::Process().dataPath = support::FromPath(files.Run()); // for the log line
     for (auto _ : state) {
         state.PauseTiming();
@@ -213,7 +213,7 @@ void BM_ApplyPackage(benchmark::State& state) {
         state.ResumeTiming();
         update::Progress progress(platform);
         long count = 0;
-        update::UpdateData(platform, progress, support::FromPath(files.Run()), package, L'F', L"20260228", count);
+        update::UpdateData(object, progress, support::FromPath(files.Run()), package, L'F', L"20260228", count);
         if (count != kRecords) state.SkipWithError("not all records");
     }
     CountRecords(state);

@@ -24,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool requireRecord = (data[0] & 2) != 0;
 
     testing::FakePlatform platform;
-    object::Quorvex object(platform);
+    object::Quorvex object(platform, platform);
     if (local) object.LMSetDataPath(L"C:\\data");
     object.Address_Postcode = L"PE13 2QL";
     object.General_confirm = true;

@@ -39,10 +39,13 @@ httplib::Client ClientOf(const WebAddress& address, int seconds) {
 }
 
 // The update procedure with nobody before it: always downloads, and says only what went wrong.
-class FollowPlatform final : public ServicePlatform {
+class FollowPlatform final : public ServicePlatform, private update::UpdateWindows, private mail::Mailer {
   public:
     explicit FollowPlatform(std::filesystem::path published) : published_(std::move(published)) {}
 
+    update::Surroundings UpdateSurroundings() { return {*this, *this}; }
+
+  private:
     std::wstring GetUrl(const std::wstring& url, int limitSeconds) override {
         const WebAddress address = Split(url);
         const httplib::Result reply = ClientOf(address, limitSeconds).Get(address.target);
@@ -66,16 +69,18 @@ class FollowPlatform final : public ServicePlatform {
         return !error;
     }
 
-    support::UpdateChoice AskUpdateChoice(const std::wstring&, const std::wstring&, bool) override {
-        return support::UpdateChoice::Download;
+    update::UpdateChoice AskUpdateChoice(const std::wstring&, const std::wstring&, bool) override {
+        return update::UpdateChoice::Download;
     }
+    void ShowZipStatus(const std::wstring&, const std::wstring&, const std::wstring&) override {}
+    void HideZipStatus() override {}
+    mail::MailResult SendMail(const mail::MailMessage&) override { return {}; }
 
     int ShowMessage(const std::wstring& text, int style, const std::wstring& title) override {
         if ((style & support::kStyleCritical) == 0) return support::kAnswerOk;
         return ServicePlatform::ShowMessage(L"quorvex-service: following: " + text, style, title);
     }
 
-  private:
     static bool Download(const WebAddress& address, const std::filesystem::path& file) {
         std::ofstream out(file, std::ios::binary | std::ios::trunc);
         const httplib::Result reply =
@@ -109,14 +114,14 @@ void Follower::Start() {
 
 int Follower::Follow() {
     FollowPlatform platform(folder_ / "updates");
-    object::Quorvex object(platform);
+    object::Quorvex object(platform.Surroundings(), platform.Databases());
     object.LMSetDataPath(support::FromUtf8(folder_.string()));
     object.ServerURL = support::FromUtf8(address_);
     update::UpdateRequest request;
     request.dataFolder = object.DataPath();
     request.internetIsAvailable = true;
     int applied = 0;
-    update::Update(object, request, applied);
+    update::Update(object, platform.UpdateSurroundings(), request, applied);
     return applied;
 }
 

@@ -52,7 +52,7 @@ bool HasQuote(const std::wstring& text) {
 struct LocalData::Reader {
     KeptDatabases kept;
     ServicePlatform platform{&kept};
-    object::Quorvex object{platform};
+    object::Quorvex object{platform.Surroundings(), platform.Databases()};
 };
 
 class LocalData::Lease {
@@ -161,7 +161,8 @@ Reply LocalData::PostZonRecord(const std::wstring& key, const std::wstring& home
 }
 
 localdata::LastUpdateDates LocalData::Dates() const {
-    return localdata::GetLastUpdateDates(platform_, folder_);
+    const object::Quorvex object(platform_.Surroundings(), platform_.Databases());
+    return localdata::GetLastUpdateDates(object, folder_);
 }
 
 std::optional<std::wstring> LocalData::FullRow(const std::wstring& key) const {

@@ -28,10 +28,6 @@ int ServicePlatform::OpenWithShell(const std::wstring&, const std::wstring&) {
     return 0;
 }
 
-support::UpdateChoice ServicePlatform::AskUpdateChoice(const std::wstring&, const std::wstring&, bool) {
-    return support::UpdateChoice::Cancel;
-}
-
 std::wstring ServicePlatform::ComputerName() const {
     std::array<char, 256> name{};
     if (gethostname(name.data(), name.size() - 1) != 0) return {};

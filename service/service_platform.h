@@ -7,11 +7,20 @@ namespace quorvex::service {
 
 // What the component's lookups find around them inside the service: its data files and the clock. There is no user to
 // ask and nothing to fetch; messages go to the standard error.
-class ServicePlatform : public support::Platform {
+class ServicePlatform : protected support::WebAccess,
+                        protected support::UserPrompts,
+                        protected support::ProgressDisplay,
+                        protected support::Machine {
   public:
     // keeper: as the provider of the embedded engine takes it.
     explicit ServicePlatform(database::DatabaseKeeper* keeper = nullptr) : databases_({}, keeper) {}
+    ServicePlatform(const ServicePlatform&) = delete;
+    ServicePlatform& operator=(const ServicePlatform&) = delete;
 
+    support::Platform& Surroundings() { return platform_; }
+    database::DatabaseProvider& Databases() { return databases_; }
+
+  protected:
     bool RequestRunning() const override { return false; }
     std::wstring GetUrl(const std::wstring& url, int limitSeconds) override;
     bool GetHttpFile(const std::wstring& url, const std::wstring& targetFile,
@@ -21,12 +30,8 @@ class ServicePlatform : public support::Platform {
     int ShowMessage(const std::wstring& text, int style, const std::wstring& title) override;
     void SetClipboardText(const std::wstring&) override {}
     int OpenWithShell(const std::wstring& file, const std::wstring& workingDirectory) override;
-    support::UpdateChoice AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
-                                          bool internetIsAvailable) override;
     void ShowProgress(const std::wstring&, const std::wstring&) override {}
     void HideProgress() override {}
-    void ShowZipStatus(const std::wstring&, const std::wstring&, const std::wstring&) override {}
-    void HideZipStatus() override {}
     void PumpMessages() override {}
 
     std::wstring ComputerName() const override;
@@ -37,9 +42,7 @@ class ServicePlatform : public support::Platform {
     std::wstring DataAccessVersion() const override { return {}; }
     std::wstring SystemVersion() const override { return {}; }
 
-    database::DatabaseProvider& Databases() override { return databases_; }
-
-  private:
+    support::Platform platform_{*this, *this, *this, *this, {}};
     database::JetProvider databases_; // without a keeper any number of threads may open files through it
 };
 

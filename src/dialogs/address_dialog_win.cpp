@@ -41,8 +41,8 @@ bool SearchForFullAddressWithDialogueAdv(object::Quorvex& object, const std::wst
                                          bool allowManageAccount, bool displayErrors) {
     object.EnsureServerURL();
     if (object.LocalMode()) {
-        object.platform.ShowMessage(L"The Advanced search is not available in Local Mode", support::kStyleCritical,
-                                    kErrorTitle);
+        object.platform.user.ShowMessage(L"The Advanced search is not available in Local Mode", support::kStyleCritical,
+                                         kErrorTitle);
         return false;
     }
     AddressFormSettings settings;

@@ -34,8 +34,8 @@ WNDPROC FormerProcedure(HWND edit) {
 void frmAddress::AdvSearchShow() {
     if (Searching() || advSearch_.Busy()) return;
     if (AddressObj.LocalMode()) { // reached by "ADV" in the plain dialog
-        AddressObj.platform.ShowMessage(L"The Advanced search is not available in Local Mode", support::kStyleCritical,
-                                        kErrorTitle);
+        AddressObj.platform.user.ShowMessage(L"The Advanced search is not available in Local Mode",
+                                             support::kStyleCritical, kErrorTitle);
         return;
     }
     ShowView(View::Criteria);
@@ -51,7 +51,7 @@ void frmAddress::ShowTree(const std::wstring& instruction) {
 }
 
 void frmAddress::Command11_Click() {
-    if (advSearch_.Busy()) AddressObj.platform.StopRequest();
+    if (advSearch_.Busy()) AddressObj.platform.web.StopRequest();
     SetInstruction(SendMessageW(c_.AddressList, LB_GETCOUNT, 0, 0) > 0 ? kPickAddress : kEnterPostcode);
     ShowView(View::Postcode);
     SetFocus(c_.InpPostcode);
@@ -64,11 +64,11 @@ void frmAddress::Command5_Click() {
 
 void frmAddress::Label10_Click() {
     const int style = support::kStyleYesNo | support::kStyleQuestion;
-    if (AddressObj.platform.ShowMessage(L"Are you sure you want help?", style, kHelpTitle) != support::kAnswerYes)
+    if (AddressObj.platform.user.ShowMessage(L"Are you sure you want help?", style, kHelpTitle) != support::kAnswerYes)
         return;
     gotoHelp_ = true;
     SetCaption(kCaptionOpeningHelp);
-    AddressObj.platform.PumpMessages();
+    AddressObj.platform.progress.PumpMessages();
     Close();
 }
 

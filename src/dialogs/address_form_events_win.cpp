@@ -69,7 +69,7 @@ bool frmAddress::ShowModal() {
     const bool stayed = session_->Run(done_);
     closed_ = true;
     // Unload.
-    AddressObj.platform.StopRequest();
+    AddressObj.platform.web.StopRequest();
     advSearch_.FormDispose();
     session_->Release();
     Destroy();
@@ -106,12 +106,12 @@ void frmAddress::Hide() {
 
 // A request under way gives up at once, so that the host does not wait for an answer that nobody sees.
 void frmAddress::Close() {
-    AddressObj.platform.StopRequest();
+    AddressObj.platform.web.StopRequest();
     Hide();
 }
 
 void frmAddress::Gone() {
-    AddressObj.platform.StopRequest();
+    AddressObj.platform.web.StopRequest();
     closed_ = true;
     done_ = true;
     WakeMessageLoop();
@@ -250,16 +250,16 @@ void frmAddress::ShowBuyMoreButton() {
 
 void frmAddress::ReportFailure() {
     if (!settings_.displayErrors) return;
-    AddressObj.platform.ShowMessage(
+    AddressObj.platform.user.ShowMessage(
         FailureText(AddressObj.General_credits_display_text, AddressObj.General_errormessage), support::kStyleCritical,
         kErrorTitle);
 }
 
 void frmAddress::Stop() {
-    AddressObj.platform.StopRequest();
+    AddressObj.platform.web.StopRequest();
     SetCursor(LoadCursorW(nullptr, IDC_ARROW));
     SetCaption(kCaptionStopped);
-    AddressObj.platform.ShowMessage(StoppedText(), support::kStyleInformation, L"Quorvex Lookup COM Object");
+    AddressObj.platform.user.ShowMessage(StoppedText(), support::kStyleInformation, L"Quorvex Lookup COM Object");
 }
 
 // --- Select ------------------------------------------------------------------------------------------------

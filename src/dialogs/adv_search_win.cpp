@@ -179,8 +179,8 @@ void AdvSearch::ShowNothingFound() {
 void AdvSearch::ReportFailure() {
     if (!dialog_.DisplayErrors()) return;
     ShowNothingFound();
-    object_.platform.ShowMessage(FailureText(object_.General_credits_display_text, object_.General_errormessage),
-                                 support::kStyleCritical, kErrorTitle);
+    object_.platform.user.ShowMessage(FailureText(object_.General_credits_display_text, object_.General_errormessage),
+                                      support::kStyleCritical, kErrorTitle);
 }
 
 void AdvSearch::ShowResults() {
@@ -238,8 +238,9 @@ void AdvSearch::SelectFromTree() {
     if (fetched) {
         dialog_.FinishWithAddress();
     } else if (dialog_.DisplayErrors()) {
-        object_.platform.ShowMessage(FailureText(object_.General_credits_display_text, object_.General_errormessage),
-                                     support::kStyleCritical, kErrorTitle);
+        object_.platform.user.ShowMessage(
+            FailureText(object_.General_credits_display_text, object_.General_errormessage), support::kStyleCritical,
+            kErrorTitle);
     }
 }
 
@@ -315,8 +316,8 @@ bool AdvSearch::UpdateList(bool quiet) {
 void AdvSearch::LoadUpdatedList() {
     if (busy_ || dialog_.Searching()) return;
     const BusyScope busy(busy_);
-    if (object_.platform.ShowMessage(LookupLists::ConfirmText(), support::kStyleYesNo | support::kStyleQuestion,
-                                     LookupLists::kTitle) != support::kAnswerYes) {
+    if (object_.platform.user.ShowMessage(LookupLists::ConfirmText(), support::kStyleYesNo | support::kStyleQuestion,
+                                          LookupLists::kTitle) != support::kAnswerYes) {
         return;
     }
     if (!UpdateList(false) || !dialog_.IsOpen()) return;

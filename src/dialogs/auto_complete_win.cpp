@@ -5,8 +5,6 @@
 #include "support/log.h"
 #include "support/text.h"
 
-#include <exception>
-
 namespace quorvex::dialogs {
 namespace {
 
@@ -49,8 +47,9 @@ int Complete(HWND combo, int keyAscii) {
     return result;
 }
 
-void LogFailure(const support::Platform& platform, const support::Error& error) noexcept {
+void LogFailure(const support::Platform& platform) noexcept {
     try {
+        const support::Error error = support::CurrentError();
         support::LogError(platform, error, L"Failed: AutoCompleteComboBox due to : " + error.Description());
     } catch (...) { // out of memory: nothing is left to be told
     }
@@ -61,10 +60,8 @@ void LogFailure(const support::Platform& platform, const support::Error& error) 
 int AutoCompleteComboBox(const support::Platform& platform, HWND combo, int keyAscii) noexcept {
     try {
         return Complete(combo, keyAscii);
-    } catch (const support::Error& error) {
-        LogFailure(platform, error);
-    } catch (const std::exception&) {
-        LogFailure(platform, support::Error(support::kErrorInternal, L"Internal error"));
+    } catch (...) {
+        LogFailure(platform);
     }
     return 0;
 }

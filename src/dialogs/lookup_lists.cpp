@@ -117,14 +117,14 @@ bool LookupLists::UpdateList(bool quiet) {
     const Download outcome = DownloadList();
     if (!quiet && outcome == Download::NotReceived) ShowNotUpdated();
     if (!quiet && outcome == Download::Stored) {
-        object_.platform.ShowMessage(L"The Lookup List has been updated...", support::kStyleInformation, kTitle);
+        object_.platform.user.ShowMessage(L"The Lookup List has been updated...", support::kStyleInformation, kTitle);
     }
     return outcome == Download::Stored;
 }
 
 void LookupLists::ShowNotUpdated() const {
-    object_.platform.ShowMessage(L"The Lookup List was not updated properly, please try later...",
-                                 support::kStyleInformation, kTitle);
+    object_.platform.user.ShowMessage(L"The Lookup List was not updated properly, please try later...",
+                                      support::kStyleInformation, kTitle);
 }
 
 bool LookupLists::CheckForAddressUpdates(const std::wstring& announcedVersion) {
@@ -165,7 +165,7 @@ void LookupLists::ShowFileError(Access access, const std::wstring& path) const {
     std::wstring text = std::wstring(L"An error occured trying to ") + verb + L" file " + path +
                         L" which is needed for the Advanced Lookup functionality!";
     if (access == Access::Write) text += L"   Please allow access to this file.";
-    object_.platform.ShowMessage(text, support::kStyleCritical, kTitle);
+    object_.platform.user.ShowMessage(text, support::kStyleCritical, kTitle);
 }
 
 } // namespace quorvex::dialogs

@@ -19,8 +19,8 @@ constexpr wchar_t kApplyText[] = L"Apply updates from files already in directory
 
 } // namespace
 
-support::UpdateChoice UpdateChoiceForm::Ask(const std::wstring& caption, const std::wstring& dataFolder,
-                                            bool internetIsAvailable) {
+update::UpdateChoice UpdateChoiceForm::Ask(const std::wstring& caption, const std::wstring& dataFolder,
+                                           bool internetIsAvailable) {
     // "&" in a folder's name is no mnemonic.
     folderText_ = std::wstring(kApplyText) + L"\r\n";
     for (const wchar_t c : dataFolder) folderText_.append(c == L'&' ? 2 : 1, c);
@@ -80,22 +80,22 @@ void UpdateChoiceForm::Layout(int width, int height) {
 
 void UpdateChoiceForm::Command(int id, int code, HWND) {
     if (code != BN_CLICKED) return;
-    if (id == kDownload) Choose(support::UpdateChoice::Download);
-    if (id == kApply) Choose(support::UpdateChoice::ApplyFromFolder);
-    if (id == kDetails) Choose(support::UpdateChoice::ShowDetails);
-    if (id == kSendLogs) Choose(support::UpdateChoice::SendLogs);
-    if (id == IDCANCEL) Choose(support::UpdateChoice::Cancel);
+    if (id == kDownload) Choose(update::UpdateChoice::Download);
+    if (id == kApply) Choose(update::UpdateChoice::ApplyFromFolder);
+    if (id == kDetails) Choose(update::UpdateChoice::ShowDetails);
+    if (id == kSendLogs) Choose(update::UpdateChoice::SendLogs);
+    if (id == IDCANCEL) Choose(update::UpdateChoice::Cancel);
 }
 
-void UpdateChoiceForm::Choose(support::UpdateChoice choice) {
+void UpdateChoiceForm::Choose(update::UpdateChoice choice) {
     choice_ = choice;
     done_ = true;
     WakeMessageLoop();
 }
 
-support::UpdateChoice AskUpdateChoice(support::Platform& platform, const std::wstring& caption,
-                                      const std::wstring& dataFolder, bool internetIsAvailable) {
-    if (!UserCanSeeWindows()) return support::UpdateChoice::Cancel;
+update::UpdateChoice AskUpdateChoice(support::Platform& platform, const std::wstring& caption,
+                                     const std::wstring& dataFolder, bool internetIsAvailable) {
+    if (!UserCanSeeWindows()) return update::UpdateChoice::Cancel;
     return UpdateChoiceForm(platform).Ask(caption, dataFolder, internetIsAvailable);
 }
 

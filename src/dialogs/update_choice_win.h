@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dialogs/form_win.h"
+#include "update/update_windows.h"
 
 #include <string>
 
@@ -13,23 +14,23 @@ class UpdateChoiceForm final : public Form {
     explicit UpdateChoiceForm(support::Platform& platform, int dpi = 0) : Form(platform, dpi) {}
 
     // Without internet the first choice cannot be made. Closing the window is Cancel.
-    support::UpdateChoice Ask(const std::wstring& caption, const std::wstring& dataFolder, bool internetIsAvailable);
+    update::UpdateChoice Ask(const std::wstring& caption, const std::wstring& dataFolder, bool internetIsAvailable);
 
   protected:
     void CreateControls() override;
     void Layout(int width, int height) override;
     SIZE ClientSize() override;
     void Command(int id, int code, HWND control) override;
-    void CloseRequested() override { Choose(support::UpdateChoice::Cancel); }
-    void Gone() override { Choose(support::UpdateChoice::Cancel); }
+    void CloseRequested() override { Choose(update::UpdateChoice::Cancel); }
+    void Gone() override { Choose(update::UpdateChoice::Cancel); }
 
   private:
-    void Choose(support::UpdateChoice choice);
+    void Choose(update::UpdateChoice choice);
     int TallButtonHeight() const;
 
     std::wstring folderText_;
     bool internet_ = false;
-    support::UpdateChoice choice_ = support::UpdateChoice::Cancel;
+    update::UpdateChoice choice_ = update::UpdateChoice::Cancel;
     bool done_ = false;
     HWND question_ = nullptr;
     HWND download_ = nullptr;
@@ -39,7 +40,7 @@ class UpdateChoiceForm final : public Form {
     HWND cancel_ = nullptr;
 };
 
-support::UpdateChoice AskUpdateChoice(support::Platform& platform, const std::wstring& caption,
-                                      const std::wstring& dataFolder, bool internetIsAvailable);
+update::UpdateChoice AskUpdateChoice(support::Platform& platform, const std::wstring& caption,
+                                     const std::wstring& dataFolder, bool internetIsAvailable);
 
 } // namespace quorvex::dialogs

@@ -20,7 +20,7 @@ class ProgressDisplay {
   public:
     ProgressDisplay(support::Platform& platform, std::wstring caption, std::wstring name)
         : platform_(platform), caption_(std::move(caption)), name_(std::move(name)) {}
-    ~ProgressDisplay() { platform_.HideProgress(); }
+    ~ProgressDisplay() { platform_.progress.HideProgress(); }
     ProgressDisplay(const ProgressDisplay&) = delete;
     ProgressDisplay& operator=(const ProgressDisplay&) = delete;
 
@@ -28,7 +28,7 @@ class ProgressDisplay {
         const ULONGLONG now = GetTickCount64();
         if (done != 0 && done != total && now - shownAt_ < kProgressMilliseconds) return;
         shownAt_ = now;
-        platform_.ShowProgress(caption_, DownloadProgressText(name_, done, total));
+        platform_.progress.ShowProgress(caption_, DownloadProgressText(name_, done, total));
     }
 
   private:

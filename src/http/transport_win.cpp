@@ -86,8 +86,8 @@ std::wstring Transport::NamedProxy() {
 
 void Transport::ShowDiagnostics(const wchar_t* heading, const std::wstring& text, const wchar_t* title) {
     if (!support::IsKeyDown(VK_SHIFT) || !support::IsKeyDown(VK_CONTROL)) return;
-    platform_.SetClipboardText(text);
-    platform_.ShowMessage(heading + text, support::kStyleInformation, title);
+    platform_.user.SetClipboardText(text);
+    platform_.user.ShowMessage(heading + text, support::kStyleInformation, title);
 }
 
 std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) {

@@ -24,22 +24,19 @@ template <typename Reader>
 std::wstring ReadQuietly(support::Platform& platform, const std::wstring& file, Reader&& read) {
     try {
         return read();
-    } catch (const support::Error& error) {
-        support::LogError(platform, error, {}, {file});
-    } catch (const std::exception& error) {
-        const support::Error internal(support::kErrorInternal, support::FromUtf8(error.what()));
-        support::LogError(platform, internal, {}, {file});
+    } catch (...) {
+        support::LogError(platform, support::CurrentError(), {}, {file});
     }
     return {};
 }
 
-DataDate ReadDate(support::Platform& platform, const std::wstring& dataFolder, const DataFile& dataFile) {
+DataDate ReadDate(const object::Quorvex& object, const std::wstring& dataFolder, const DataFile& dataFile) {
     const std::wstring file = DataFilePath(dataFolder, dataFile);
     // A file that another program holds exists, even though its size cannot be read.
     if (!support::PathExists(file) || support::FileSize(file) == 0) return {};
     DataDate found{{}, false};
-    found.date = ReadQuietly(platform, file, [&]() -> std::wstring {
-        database::RowReader version(platform.Databases(), file, L"SELECT * From [version] WHERE [id]=2;");
+    found.date = ReadQuietly(object.platform, file, [&]() -> std::wstring {
+        database::RowReader version(object.databases, file, L"SELECT * From [version] WHERE [id]=2;");
         std::wstring date;
         if (!version.AtEnd()) date = version.Text(L"Text");
         version.Close();
@@ -49,13 +46,13 @@ DataDate ReadDate(support::Platform& platform, const std::wstring& dataFolder, c
     return found;
 }
 
-std::wstring ReadLastUpdate(support::Platform& platform, const std::wstring& dataFolder, const DataFile& dataFile) {
-    return ReadDate(platform, dataFolder, dataFile).date;
+std::wstring ReadLastUpdate(const object::Quorvex& object, const std::wstring& dataFolder, const DataFile& dataFile) {
+    return ReadDate(object, dataFolder, dataFile).date;
 }
 
-std::wstring CountRecords(support::Platform& platform, const std::wstring& file, const DataFile& dataFile) {
-    const std::wstring count = ReadQuietly(platform, file, [&] {
-        database::RowReader rows(platform.Databases(), file, std::wstring(L"SELECT * From ") + dataFile.table);
+std::wstring CountRecords(const object::Quorvex& object, const std::wstring& file, const DataFile& dataFile) {
+    const std::wstring count = ReadQuietly(object.platform, file, [&] {
+        database::RowReader rows(object.databases, file, std::wstring(L"SELECT * From ") + dataFile.table);
         long records = 0;
         for (; !rows.AtEnd(); rows.Next()) ++records;
         rows.Close();
@@ -104,30 +101,30 @@ bool AreDataFilesInPlace(const std::wstring& dataFolder) {
     });
 }
 
-std::wstring GetLastUpdateFULL(support::Platform& platform, const std::wstring& dataFolder) {
-    return ReadLastUpdate(platform, dataFolder, *FindDataFile(L'F'));
+std::wstring GetLastUpdateFULL(const object::Quorvex& object, const std::wstring& dataFolder) {
+    return ReadLastUpdate(object, dataFolder, *FindDataFile(L'F'));
 }
 
-std::wstring GetLastUpdateStreet(support::Platform& platform, const std::wstring& dataFolder) {
-    return ReadLastUpdate(platform, dataFolder, *FindDataFile(L'T'));
+std::wstring GetLastUpdateStreet(const object::Quorvex& object, const std::wstring& dataFolder) {
+    return ReadLastUpdate(object, dataFolder, *FindDataFile(L'T'));
 }
 
-std::wstring GetLastUpdatePostZon(support::Platform& platform, const std::wstring& dataFolder) {
-    return ReadLastUpdate(platform, dataFolder, *FindDataFile(L'Z'));
+std::wstring GetLastUpdatePostZon(const object::Quorvex& object, const std::wstring& dataFolder) {
+    return ReadLastUpdate(object, dataFolder, *FindDataFile(L'Z'));
 }
 
-LastUpdateDates GetLastUpdateDates(support::Platform& platform, const std::wstring& dataFolder) {
-    return {GetLastUpdateFULL(platform, dataFolder), GetLastUpdateStreet(platform, dataFolder),
-            GetLastUpdatePostZon(platform, dataFolder)};
+LastUpdateDates GetLastUpdateDates(const object::Quorvex& object, const std::wstring& dataFolder) {
+    return {GetLastUpdateFULL(object, dataFolder), GetLastUpdateStreet(object, dataFolder),
+            GetLastUpdatePostZon(object, dataFolder)};
 }
 
-DataDate ReadDataDate(support::Platform& platform, const std::wstring& dataFolder, wchar_t kind) {
+DataDate ReadDataDate(const object::Quorvex& object, const std::wstring& dataFolder, wchar_t kind) {
     const DataFile* const file = FindDataFile(kind);
-    return file == nullptr ? DataDate() : ReadDate(platform, dataFolder, *file);
+    return file == nullptr ? DataDate() : ReadDate(object, dataFolder, *file);
 }
 
 void ShowDataPathMissing(support::Platform& platform) {
-    platform.ShowMessage(L"Data path must be set first", support::kStyleCritical, support::Process().messageTitle);
+    platform.user.ShowMessage(L"Data path must be set first", support::kStyleCritical, support::Process().messageTitle);
 }
 
 std::wstring LMGetLastUpdateDate(object::Quorvex& object, const std::wstring& kind) {
@@ -137,7 +134,7 @@ std::wstring LMGetLastUpdateDate(object::Quorvex& object, const std::wstring& ki
     }
     const std::wstring letter = support::UpperCase(kind);
     const DataFile* file = letter.size() == 1 ? FindDataFile(letter.front()) : nullptr;
-    return file == nullptr ? kUnknownKindDate : ReadLastUpdate(object.platform, object.DataPath(), *file);
+    return file == nullptr ? kUnknownKindDate : ReadLastUpdate(object, object.DataPath(), *file);
 }
 
 std::wstring GetDataStorageComputerName(support::Platform& platform, const std::wstring& dataFolder) {
@@ -148,44 +145,44 @@ std::wstring GetDataStorageComputerName(support::Platform& platform, const std::
         server = ServerOf(folder);
     } else {
         const bool hasDrive = folder.size() >= 2 && folder[1] == L':';
-        const std::wstring share = hasDrive ? platform.DriveShareName(folder.front()) : std::wstring();
-        server = IsNetworkPath(share) ? ServerOf(share) : platform.ComputerName();
+        const std::wstring share = hasDrive ? platform.machine.DriveShareName(folder.front()) : std::wstring();
+        server = IsNetworkPath(share) ? ServerOf(share) : platform.machine.ComputerName();
     }
     return support::UpperCase(server);
 }
 
-std::wstring GetSummary(support::Platform& platform, const std::wstring& dataFolder, LastUpdateDates& dates) {
-    dates = GetLastUpdateDates(platform, dataFolder);
+std::wstring GetSummary(const object::Quorvex& object, const std::wstring& dataFolder, LastUpdateDates& dates) {
+    dates = GetLastUpdateDates(object, dataFolder);
     std::wstring summary;
     for (const DataFile& file : kDataFiles) {
         if (!support::FileExists(DataFilePath(dataFolder, file))) continue;
         summary += std::wstring(L"  ") + file.summaryHeading + kLineEnd;
         summary += L"  Last updated:" + DisplayDate(*dates.Of(file.kind)) + kLineEnd;
     }
-    const std::wstring version = platform.DataAccessVersion();
-    summary += L"  Data is on Machine:" + GetDataStorageComputerName(platform, dataFolder) + kLineEnd;
+    const std::wstring version = object.platform.machine.DataAccessVersion();
+    summary += L"  Data is on Machine:" + GetDataStorageComputerName(object.platform, dataFolder) + kLineEnd;
     summary += L"  MDAC Version:" + (version.empty() ? L"Not LOADED" : version);
     return summary;
 }
 
-std::wstring GetDetailedSummary(support::Platform& platform, const std::wstring& dataFolder) {
+std::wstring GetDetailedSummary(const object::Quorvex& object, const std::wstring& dataFolder) {
     const auto line = [](const std::wstring& text) { return L"  " + text + kLineEnd; };
     std::wstring summary = std::wstring(L"System:") + kLineEnd;
     summary += line(L"Component version:" + object::GetVersion());
     summary += line(L"Bitness:" + std::to_wstring(sizeof(void*) * 8) + L"-bit");
-    summary += line(L"Windows version:" + platform.SystemVersion());
-    summary += line(L"Computer:" + platform.ComputerName());
-    summary += line(L"User:" + platform.UserName());
+    summary += line(L"Windows version:" + object.platform.machine.SystemVersion());
+    summary += line(L"Computer:" + object.platform.machine.ComputerName());
+    summary += line(L"User:" + object.platform.machine.UserName());
     summary += line(L"Database engine:" +
-                    ReadQuietly(platform, dataFolder, [&platform] { return platform.Databases().Name(); }));
+                    ReadQuietly(object.platform, dataFolder, [&object] { return object.databases.Name(); }));
     LastUpdateDates dates;
-    summary += std::wstring(L"Data Status:") + kLineEnd + GetSummary(platform, dataFolder, dates);
+    summary += std::wstring(L"Data Status:") + kLineEnd + GetSummary(object, dataFolder, dates);
     for (const DataFile& dataFile : kDataFiles) {
         const std::wstring file = DataFilePath(dataFolder, dataFile);
         const std::int32_t size = support::FileSize(file);
         if (size <= 0) continue;
         summary += std::wstring(kLineEnd) + L"  " + dataFile.fileName + L":" + std::to_wstring(size) + L" bytes, " +
-                   CountRecords(platform, file, dataFile);
+                   CountRecords(object, file, dataFile);
     }
     return summary;
 }

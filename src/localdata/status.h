@@ -26,15 +26,15 @@ struct DataDate {
     bool readable = true; // false: the file exists but its date cannot be read; the error log says why
 };
 // Of a kind letter; an empty date for an unknown letter.
-DataDate ReadDataDate(support::Platform& platform, const std::wstring& dataFolder, wchar_t kind);
+DataDate ReadDataDate(const object::Quorvex& object, const std::wstring& dataFolder, wchar_t kind);
 
 // Intended: one of the three files is enough.
 bool AreDataFilesInPlace(const std::wstring& dataFolder);
 
-std::wstring GetLastUpdateFULL(support::Platform& platform, const std::wstring& dataFolder);
-std::wstring GetLastUpdateStreet(support::Platform& platform, const std::wstring& dataFolder);
-std::wstring GetLastUpdatePostZon(support::Platform& platform, const std::wstring& dataFolder);
-LastUpdateDates GetLastUpdateDates(support::Platform& platform, const std::wstring& dataFolder);
+std::wstring GetLastUpdateFULL(const object::Quorvex& object, const std::wstring& dataFolder);
+std::wstring GetLastUpdateStreet(const object::Quorvex& object, const std::wstring& dataFolder);
+std::wstring GetLastUpdatePostZon(const object::Quorvex& object, const std::wstring& dataFolder);
+LastUpdateDates GetLastUpdateDates(const object::Quorvex& object, const std::wstring& dataFolder);
 
 // For hosts: the kind as a letter in any case, "19000101" for any other text. Without a data path a message and an
 // empty text.
@@ -45,9 +45,9 @@ std::wstring LMGetLastUpdateDate(object::Quorvex& object, const std::wstring& ki
 std::wstring GetDataStorageComputerName(support::Platform& platform, const std::wstring& dataFolder);
 
 // Lines of two blanks and a text, with CR LF between them; the dates read for it are left in dates.
-std::wstring GetSummary(support::Platform& platform, const std::wstring& dataFolder, LastUpdateDates& dates);
+std::wstring GetSummary(const object::Quorvex& object, const std::wstring& dataFolder, LastUpdateDates& dates);
 // The summary, preceded by the system and followed by the size and record count of each file.
-std::wstring GetDetailedSummary(support::Platform& platform, const std::wstring& dataFolder);
+std::wstring GetDetailedSummary(const object::Quorvex& object, const std::wstring& dataFolder);
 
 // The message about a missing data path, as all methods that need one show it.
 void ShowDataPathMissing(support::Platform& platform);

@@ -11,11 +11,11 @@ bool DataFileUsable(object::Quorvex& object, const std::wstring& fileName, bool 
     if (!support::FileExists(fullName)) {
         object.General_errormessage = L"Data file does not exist " + fullName;
         if (showMessages) {
-            object.platform.ShowMessage(object.General_errormessage, support::kStyleCritical, L"Quorvex Lookup");
+            object.platform.user.ShowMessage(object.General_errormessage, support::kStyleCritical, L"Quorvex Lookup");
         }
         return false;
     }
-    object.platform.Databases().CreateConnection(); // proves that database access is there
+    object.databases.CreateConnection(); // proves that database access is there
     return true;
 }
 

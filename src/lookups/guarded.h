@@ -8,12 +8,14 @@
 
 namespace quorvex::lookups {
 
-// Runs a lookup. What fails inside is logged, stands in General_errormessage and gives the failure value.
+// Runs a lookup. Whatever it throws is logged, its text goes to General_errormessage, and the result is the failure
+// value.
 template <typename Result, typename Body>
 Result Guarded(object::Quorvex& object, Result failure, Body body) {
     try {
         return body();
-    } catch (const support::Error& error) {
+    } catch (...) {
+        const support::Error error = support::CurrentError();
         support::LogError(object.platform, error);
         object.General_errormessage = error.Description();
         return failure;

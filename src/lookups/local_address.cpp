@@ -58,7 +58,7 @@ std::wstring DisplayAndErrorText(const object::Quorvex& object) {
 std::optional<std::wstring> PackedField(object::Quorvex& object, wchar_t kind, const std::wstring& table,
                                         const std::wstring& postcode, const localdata::SubstitutionTable* known) {
     const std::wstring file = localdata::DataFilePath(object.DataPath(), *localdata::FindDataFile(kind));
-    database::RowReader rows(object.platform.Databases(), file,
+    database::RowReader rows(object.databases, file,
                              L"SELECT * From [" + table + L"] WHERE [FT_Postcode]='" + postcode + L"';");
     if (rows.AtEnd()) return std::nullopt;
     const std::wstring stored = rows.Text(L"FT_Address");

@@ -87,8 +87,7 @@ std::optional<Point> PointOf(database::RowReader& row) {
 
 std::optional<Point> HomePoint(object::Quorvex& object) {
     if (object.HomePostcode().empty()) return std::nullopt;
-    database::RowReader row(object.platform.Databases(), File(object),
-                            ByPostcode(LocalPostcode(object.HomePostcode())));
+    database::RowReader row(object.databases, File(object), ByPostcode(LocalPostcode(object.HomePostcode())));
     return row.AtEnd() ? std::nullopt : PointOf(row);
 }
 
@@ -99,7 +98,7 @@ std::wstring Line(const wchar_t* name, const std::wstring& value) {
 } // namespace
 
 std::wstring LocalNearestPostcode(object::Quorvex& object, double longitude, double latitude) {
-    database::RowReader rows(object.platform.Databases(), File(object), InSquare(longitude, latitude));
+    database::RowReader rows(object.databases, File(object), InSquare(longitude, latitude));
     double best = kFarthest;
     std::wstring nearest;
     for (; !rows.AtEnd(); rows.Next()) {
@@ -121,7 +120,7 @@ std::wstring LocalPostZonRecord(object::Quorvex& object, const std::wstring& key
     std::wstring reply;
     std::optional<Point> point;
     {
-        database::RowReader row(object.platform.Databases(), File(object), *query);
+        database::RowReader row(object.databases, File(object), *query);
         if (row.AtEnd()) return {};
         reply = L"<confirm>Yes</confirm>\r\n";
         for (const auto& [tag, column] : kTagsAndColumns) reply += Line(tag, row.Text(column));

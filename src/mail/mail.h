@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/platform.h"
+#include "mail/mailer.h"
 
 namespace quorvex::mail {
 
@@ -8,6 +8,6 @@ namespace quorvex::mail {
 // "Notes.Notessession". A message to be reviewed is shown by the first and sent by the second, which has no such
 // window. Attachments that are not there are a failure before any program is started. Never throws; needs COM on the
 // thread.
-support::MailResult Send(const support::MailMessage& message) noexcept;
+MailResult Send(const MailMessage& message) noexcept;
 
 } // namespace quorvex::mail

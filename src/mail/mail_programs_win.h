@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/platform.h"
+#include "mail/mailer.h"
 
 namespace quorvex::mail {
 
@@ -8,7 +8,7 @@ inline constexpr wchar_t kOutlookProgId[] = L"Outlook.Application";
 inline constexpr wchar_t kNotesProgId[] = L"Notes.Notessession";
 
 // Send through one program. Throw Error with what the program said.
-support::MailStatus SendByOutlook(const support::MailMessage& message);
-support::MailStatus SendByNotes(const support::MailMessage& message);
+MailStatus SendByOutlook(const MailMessage& message);
+MailStatus SendByNotes(const MailMessage& message);
 
 } // namespace quorvex::mail

@@ -3,19 +3,13 @@
 #include "mail/mail_programs_win.h"
 #include "support/error.h"
 #include "support/files.h"
-#include "support/text.h"
 
-#include <exception>
 #include <windows.h>
 
 #include <objbase.h>
 
 namespace quorvex::mail {
 namespace {
-
-using support::MailMessage;
-using support::MailResult;
-using support::MailStatus;
 
 bool IsInstalled(const wchar_t* progId) {
     CLSID classId{};
@@ -37,10 +31,8 @@ MailResult Send(const MailMessage& message) noexcept {
     try {
         try {
             return SendByInstalledProgram(message);
-        } catch (const support::Error& error) {
-            return {MailStatus::Failed, error.Description()};
-        } catch (const std::exception& error) {
-            return {MailStatus::Failed, support::FromUtf8(error.what())};
+        } catch (...) {
+            return {MailStatus::Failed, support::CurrentError().Description()};
         }
     } catch (...) { // no memory left even for the reason
         return {MailStatus::Failed, {}};

@@ -18,7 +18,7 @@ void AppendLines(const Dispatch& richText, std::wstring text) {
 
 } // namespace
 
-support::MailStatus SendByNotes(const support::MailMessage& message) {
+MailStatus SendByNotes(const MailMessage& message) {
     constexpr std::int32_t kEmbedAttachment = 1454; // EMBED_ATTACHMENT
     const Dispatch session = Dispatch::Create(kNotesProgId);
     // An unnamed database, opened as the user's own mail.
@@ -35,7 +35,7 @@ support::MailStatus SendByNotes(const support::MailMessage& message) {
     }
     constexpr bool kAttachForm = false;
     document.Call(L"Send", {kAttachForm});
-    return support::MailStatus::Sent;
+    return MailStatus::Sent;
 }
 
 } // namespace quorvex::mail

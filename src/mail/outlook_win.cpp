@@ -5,7 +5,7 @@ namespace quorvex::mail {
 
 using support::Dispatch;
 
-support::MailStatus SendByOutlook(const support::MailMessage& message) {
+MailStatus SendByOutlook(const MailMessage& message) {
     constexpr std::int32_t kMailItem = 0;
     const Dispatch outlook = Dispatch::Create(kOutlookProgId);
     const Dispatch item = Dispatch::From(outlook.Call(L"CreateItem", {kMailItem}));
@@ -16,10 +16,10 @@ support::MailStatus SendByOutlook(const support::MailMessage& message) {
     for (const std::wstring& file : message.attachments) attachments.Call(L"Add", {file});
     if (message.review) {
         item.Call(L"Display");
-        return support::MailStatus::Shown;
+        return MailStatus::Shown;
     }
     item.Call(L"Send");
-    return support::MailStatus::Sent;
+    return MailStatus::Sent;
 }
 
 } // namespace quorvex::mail

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "database/database.h"
 #include "object/nearest_list.h"
 #include "object/stored_list.h"
 #include "support/platform.h"
@@ -9,15 +10,17 @@
 
 namespace quorvex::object {
 
-// The lookup object: settings, state of the last reply, lists. It knows no COM and does no lookup itself; the rooms
-// above take it by reference, read its settings and leave their answers in it. Names are those that hosts use.
+// The lookup object: settings, state of the last reply, lists. It does not depend on COM and does no lookup itself; the
+// rooms above take it by reference, read its settings and leave their answers in it. Names are those that hosts use.
 class Quorvex {
   public:
-    explicit Quorvex(support::Platform& platformOfHost) : platform(platformOfHost) {}
+    Quorvex(support::Platform& platformOfHost, database::DatabaseProvider& databasesOfHost)
+        : platform(platformOfHost), databases(databasesOfHost) {}
     Quorvex(const Quorvex&) = delete;
     Quorvex& operator=(const Quorvex&) = delete;
 
     support::Platform& platform;
+    database::DatabaseProvider& databases; // the engine for the local data files
 
     // --- Public properties -------------------------------------------------------------------------------------
     std::wstring ServerURL; // base address of the service; a web call that finds it empty stores the default first

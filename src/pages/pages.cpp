@@ -87,8 +87,8 @@ void OpenAnAccountAndLinkToResellerForWebAndInternalUse(object::Quorvex& object)
 
 void DisplayWebPage(object::Quorvex& object, const std::wstring& address) {
     // The working directory is the whole address, not its folder: intended, some handlers expect it.
-    if (object.platform.OpenWithShell(support::FileNameOf(address), address) < kFirstShellSuccess) {
-        object.platform.ShowMessage(L"Unable to open " + address, support::kStyleCritical, {});
+    if (object.platform.user.OpenWithShell(support::FileNameOf(address), address) < kFirstShellSuccess) {
+        object.platform.user.ShowMessage(L"Unable to open " + address, support::kStyleCritical, {});
     }
 }
 

@@ -4,7 +4,6 @@
 #include "dialogs/update_choice_win.h"
 #include "mail/mail.h"
 #include "support/clipboard_win.h"
-#include "support/machine_win.h"
 #include "support/message_pump_win.h"
 
 #include <shellapi.h>
@@ -14,8 +13,7 @@
 
 namespace quorvex::server {
 
-WindowsPlatform::WindowsPlatform(database::DatabaseProvider& databases, http::TransportLimits limits)
-    : databases_(databases), transport_(*this, std::move(limits)) {}
+WindowsPlatform::WindowsPlatform(http::TransportLimits limits) : transport_(platform_, std::move(limits)) {}
 
 bool WindowsPlatform::RequestRunning() const {
     return http::RequestRunning();
@@ -35,7 +33,7 @@ void WindowsPlatform::StopRequest() {
 }
 
 int WindowsPlatform::ShowMessage(const std::wstring& text, int style, const std::wstring& title) {
-    return dialogs::TopMostMessageBox(*this, text, style, title);
+    return dialogs::TopMostMessageBox(platform_, text, style, title);
 }
 
 void WindowsPlatform::SetClipboardText(const std::wstring& text) {
@@ -49,9 +47,9 @@ int WindowsPlatform::OpenWithShell(const std::wstring& file, const std::wstring&
     return static_cast<int>(reinterpret_cast<INT_PTR>(result));
 }
 
-support::UpdateChoice WindowsPlatform::AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
-                                                       bool internetIsAvailable) {
-    return dialogs::AskUpdateChoice(*this, caption, dataFolder, internetIsAvailable);
+update::UpdateChoice WindowsPlatform::AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
+                                                      bool internetIsAvailable) {
+    return dialogs::AskUpdateChoice(platform_, caption, dataFolder, internetIsAvailable);
 }
 
 void WindowsPlatform::ShowProgress(const std::wstring& caption, const std::wstring& text) {
@@ -72,42 +70,12 @@ void WindowsPlatform::HideZipStatus() {
     zipForm_.Unload();
 }
 
-support::MailResult WindowsPlatform::SendMail(const support::MailMessage& message) {
+mail::MailResult WindowsPlatform::SendMail(const mail::MailMessage& message) {
     return mail::Send(message);
 }
 
 void WindowsPlatform::PumpMessages() {
     support::PumpPendingMessages();
-}
-
-std::wstring WindowsPlatform::ComputerName() const {
-    return support::ComputerName();
-}
-
-std::wstring WindowsPlatform::UserName() const {
-    return support::UserName();
-}
-
-support::LocalTime WindowsPlatform::Now() const {
-    SYSTEMTIME time;
-    GetLocalTime(&time);
-    return {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond, time.wDayOfWeek};
-}
-
-void WindowsPlatform::SleepMilliseconds(int milliseconds) const {
-    if (milliseconds > 0) Sleep(static_cast<DWORD>(milliseconds));
-}
-
-std::wstring WindowsPlatform::DriveShareName(wchar_t driveLetter) const {
-    return support::DriveShareName(driveLetter);
-}
-
-std::wstring WindowsPlatform::DataAccessVersion() const {
-    return support::DataAccessVersion();
-}
-
-std::wstring WindowsPlatform::SystemVersion() const {
-    return support::SystemVersion();
 }
 
 } // namespace quorvex::server

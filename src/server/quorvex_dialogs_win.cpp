@@ -37,7 +37,10 @@ HRESULT QuorvexObject::SearchForFullAddressWithDialogueAdv(BSTR* PostcodePrima, 
 HRESULT QuorvexObject::LMUpdateData(VARIANT_BOOL* InternetIsAvailable, BSTR* Title, VARIANT_BOOL* result) {
     if (result == nullptr) return E_POINTER;
     *result = VARIANT_FALSE;
-    return Guard([&] { *result = Boolean(update::LMUpdateData(lookup_, IsTrue(InternetIsAvailable), Text(Title))); });
+    return Guard([&] {
+        *result = Boolean(
+            update::LMUpdateData(lookup_, platform_.UpdateSurroundings(), IsTrue(InternetIsAvailable), Text(Title)));
+    });
 }
 
 HRESULT QuorvexObject::LMGetLastUpdateDate(BSTR* DataType, BSTR* result) {

@@ -80,8 +80,8 @@ HRESULT QuorvexObject::GetDistance(double* Latitude1, double* Longtitude1, doubl
     if (result == nullptr) return E_POINTER;
     *result = 0;
     return Guard([&] {
-        *result = lookups::GetDistance(platform_, ValueOr(Latitude1, 0), ValueOr(Longtitude1, 0), ValueOr(Latitude2, 0),
-                                       ValueOr(Longtitude2, 0));
+        *result = lookups::GetDistance(lookup_.platform, ValueOr(Latitude1, 0), ValueOr(Longtitude1, 0),
+                                       ValueOr(Latitude2, 0), ValueOr(Longtitude2, 0));
     });
 }
 

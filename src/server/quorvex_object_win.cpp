@@ -1,9 +1,6 @@
 #include "server/quorvex_object_win.h"
 
 #include "support/log.h"
-#include "support/text.h"
-
-#include <exception>
 #include <new>
 
 namespace quorvex::server {
@@ -82,15 +79,11 @@ HRESULT QuorvexObject::LogPendingError() noexcept {
         throw;
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
-    } catch (const support::Error& error) {
-        support::LogError(platform_, error);
-    } catch (const std::exception& error) {
+    } catch (...) {
         try {
-            support::LogError(platform_, support::Error(support::kErrorInternal, support::FromUtf8(error.what())));
+            support::LogError(lookup_.platform, support::CurrentError());
         } catch (...) { // no memory for the text of the error
         }
-    } catch (...) {
-        support::LogError(platform_, support::Error(support::kErrorInternal, L"Internal error"));
     }
     return S_OK;
 }

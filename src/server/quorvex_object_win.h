@@ -131,8 +131,8 @@ class QuorvexObject final : public _Quorvex {
     SharedDispatcher dispatcher_;
     LONG references_ = 1;
     DataEngine engine_;
-    WindowsPlatform platform_{engine_};
-    object::Quorvex lookup_{platform_};
+    WindowsPlatform platform_;
+    object::Quorvex lookup_{platform_.Surroundings(), engine_};
 };
 
 #undef QUORVEX_TEXT

@@ -44,7 +44,7 @@ HRESULT QuorvexObject::SetServiceURL(BSTR* URL) {
 HRESULT QuorvexObject::GetComputerName(BSTR* result) {
     if (result == nullptr) return E_POINTER;
     *result = nullptr;
-    return Guard([&] { *result = NewText(platform_.ComputerName()); });
+    return Guard([&] { *result = NewText(lookup_.platform.machine.ComputerName()); });
 }
 
 HRESULT QuorvexObject::FormatPostCode(BSTR Postcode, BSTR* result) {

@@ -25,9 +25,9 @@ std::wstring TimeText(const LocalTime& time) {
 }
 
 std::wstring LineStart(const Platform& platform) {
-    const std::wstring user = platform.logUserName.empty() ? platform.UserName() : platform.logUserName;
-    return TimeText(platform.Now()) + L"\t" + PadRight(Process().messageTitle, kTitleWidth, L' ') + L"\t" +
-           platform.ComputerName() + L"\t" + user;
+    const std::wstring user = platform.logUserName.empty() ? platform.machine.UserName() : platform.logUserName;
+    return TimeText(platform.machine.Now()) + L"\t" + PadRight(Process().messageTitle, kTitleWidth, L' ') + L"\t" +
+           platform.machine.ComputerName() + L"\t" + user;
 }
 
 // An extra may come from outside; a tab or line end in it would break the layout of the line.
@@ -44,7 +44,7 @@ void AppendLine(const Platform& platform, const std::wstring& baseName, const st
     const std::wstring file = folder + L"\\" + baseName + L"1.log";
     const std::string bytes = ToUtf8(line) + "\r\n";
     for (int failures = 0; failures <= kRetries; ++failures) {
-        if (failures > 0) platform.SleepMilliseconds(kRetryMilliseconds);
+        if (failures > 0) platform.machine.SleepMilliseconds(kRetryMilliseconds);
         if (RotateLog(folder, baseName, kLogRotationBytes) && FileHold(file, true).Append(bytes)) return;
     }
 }

@@ -84,4 +84,14 @@ std::wstring SystemVersion() {
            std::to_wstring(version.build) + L"), " + (Is64BitSystem() ? L"64-bit" : L"32-bit");
 }
 
+LocalTime WindowsMachine::Now() const {
+    SYSTEMTIME time;
+    GetLocalTime(&time);
+    return {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond, time.wDayOfWeek};
+}
+
+void WindowsMachine::SleepMilliseconds(int milliseconds) const {
+    if (milliseconds > 0) Sleep(static_cast<DWORD>(milliseconds));
+}
+
 } // namespace quorvex::support

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/machine.h"
+
 #include <string>
 
 namespace quorvex::support {
@@ -21,5 +23,17 @@ struct WindowsVersion {
 WindowsVersion SystemVersionNumbers();
 // "Windows 10.0 (build 19045), 64-bit"
 std::wstring SystemVersion();
+
+// This computer, its user and its clock.
+class WindowsMachine final : public Machine {
+  public:
+    std::wstring ComputerName() const override { return support::ComputerName(); }
+    std::wstring UserName() const override { return support::UserName(); }
+    LocalTime Now() const override;
+    void SleepMilliseconds(int milliseconds) const override;
+    std::wstring DriveShareName(wchar_t driveLetter) const override { return support::DriveShareName(driveLetter); }
+    std::wstring DataAccessVersion() const override { return support::DataAccessVersion(); }
+    std::wstring SystemVersion() const override { return support::SystemVersion(); }
+};
 
 } // namespace quorvex::support

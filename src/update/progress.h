@@ -23,15 +23,15 @@ class Progress {
         Show();
     }
     void Hide() {
-        if (shown_) platform_.HideProgress();
+        if (shown_) platform_.progress.HideProgress();
         shown_ = false;
     }
 
   private:
     void Show() {
         shown_ = true;
-        platform_.ShowProgress(caption_, text_);
-        platform_.PumpMessages();
+        platform_.progress.ShowProgress(caption_, text_);
+        platform_.progress.PumpMessages();
     }
 
     support::Platform& platform_;

@@ -22,52 +22,51 @@ std::vector<std::wstring> PresentLogs(const std::wstring& dataFolder) {
     return logs;
 }
 
-std::wstring HowToSendByHand(const support::MailMessage& mail) {
+std::wstring HowToSendByHand(const mail::MailMessage& mail) {
     std::wstring text = std::wstring(L"Please send these files to ") + kSupportAddress + L":";
     for (const std::wstring& file : mail.attachments) text += L"\r\n" + file;
     return text;
 }
 
-void Send(support::Platform& platform, const std::wstring& dataFolder) {
+void Send(const object::Quorvex& object, mail::Mailer& mailer, const std::wstring& dataFolder) {
+    support::Platform& platform = object.platform;
     const std::wstring& title = support::Process().messageTitle;
-    support::MailMessage mail;
+    mail::MailMessage mail;
     mail.attachments = PresentLogs(dataFolder);
     if (mail.attachments.empty()) {
-        platform.ShowMessage(L"There are no logs to send.", support::kStyleInformation, title);
+        platform.user.ShowMessage(L"There are no logs to send.", support::kStyleInformation, title);
         return;
     }
     mail.to = kSupportAddress;
     mail.subject = title + L": logs of the address data update";
-    mail.body = localdata::GetDetailedSummary(platform, dataFolder) + L"\r\n";
+    mail.body = localdata::GetDetailedSummary(object, dataFolder) + L"\r\n";
     mail.review = true;
-    const support::MailResult result = platform.SendMail(mail);
+    const mail::MailResult result = mailer.SendMail(mail);
     switch (result.status) {
-    case support::MailStatus::Sent:
-        platform.ShowMessage(L"The logs were sent to support.", support::kStyleInformation, title);
+    case mail::MailStatus::Sent:
+        platform.user.ShowMessage(L"The logs were sent to support.", support::kStyleInformation, title);
         break;
-    case support::MailStatus::Shown:
+    case mail::MailStatus::Shown:
         break; // the message is before the user's eyes
-    case support::MailStatus::NoProgram:
-        platform.ShowMessage(L"No mail program was found.\r\n" + HowToSendByHand(mail), support::kStyleInformation,
-                             title);
+    case mail::MailStatus::NoProgram:
+        platform.user.ShowMessage(L"No mail program was found.\r\n" + HowToSendByHand(mail), support::kStyleInformation,
+                                  title);
         break;
-    case support::MailStatus::Failed:
-        platform.ShowMessage(L"The mail program did not take the message: " + result.detail + L"\r\n" +
-                                 HowToSendByHand(mail),
-                             support::kStyleCritical, title);
+    case mail::MailStatus::Failed:
+        platform.user.ShowMessage(L"The mail program did not take the message: " + result.detail + L"\r\n" +
+                                      HowToSendByHand(mail),
+                                  support::kStyleCritical, title);
         break;
     }
 }
 
 } // namespace
 
-void SendLogsToSupport(support::Platform& platform, const std::wstring& dataFolder) {
+void SendLogsToSupport(const object::Quorvex& object, mail::Mailer& mailer, const std::wstring& dataFolder) {
     try {
-        Send(platform, dataFolder);
-    } catch (const support::Error& error) {
-        support::LogError(platform, error);
-    } catch (const std::exception& error) {
-        support::LogError(platform, support::Error(support::kErrorInternal, support::FromUtf8(error.what())));
+        Send(object, mailer, dataFolder);
+    } catch (...) {
+        support::LogError(object.platform, support::CurrentError());
     }
 }
 

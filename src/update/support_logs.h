@@ -1,6 +1,7 @@
 #pragma once
 
-#include "support/platform.h"
+#include "mail/mailer.h"
+#include "object/quorvex.h"
 
 #include <string>
 
@@ -8,6 +9,6 @@ namespace quorvex::update {
 
 // Hands the data folder's activity and error log to the user's mail program, addressed to support with the detailed
 // summary as text, and tells the user when that was not possible. Never throws.
-void SendLogsToSupport(support::Platform& platform, const std::wstring& dataFolder);
+void SendLogsToSupport(const object::Quorvex& object, mail::Mailer& mailer, const std::wstring& dataFolder);
 
 } // namespace quorvex::update

@@ -15,22 +15,24 @@ namespace {
 // The status window of one extraction. Without a title none is shown.
 class StatusWindow {
   public:
-    StatusWindow(support::Platform& platform, const std::wstring& title, const std::wstring& text)
-        : platform_(platform), title_(title), text_(text) {}
+    StatusWindow(support::Platform& platform, UpdateWindows& windows, const std::wstring& title,
+                 const std::wstring& text)
+        : platform_(platform), windows_(windows), title_(title), text_(text) {}
     StatusWindow(const StatusWindow&) = delete;
     StatusWindow& operator=(const StatusWindow&) = delete;
     ~StatusWindow() {
-        if (!title_.empty()) platform_.HideZipStatus();
+        if (!title_.empty()) windows_.HideZipStatus();
     }
 
     void Show(const std::wstring& status) {
         if (title_.empty()) return;
-        platform_.ShowZipStatus(title_, text_, status);
-        platform_.PumpMessages();
+        windows_.ShowZipStatus(title_, text_, status);
+        platform_.progress.PumpMessages();
     }
 
   private:
     support::Platform& platform_;
+    UpdateWindows& windows_;
     std::wstring title_;
     std::wstring text_;
 };
@@ -47,10 +49,10 @@ void RequireUpdateNames(const zip::ZipArchive& archive) {
 
 } // namespace
 
-Extraction ExtractArchive(support::Platform& platform, const std::wstring& title, const std::wstring& text,
-                          const std::wstring& archivePath, const std::wstring& destinationFolder,
-                          const std::wstring& secondSetting, bool overwrite) {
-    StatusWindow status(platform, title, text);
+Extraction ExtractArchive(support::Platform& platform, UpdateWindows& windows, const std::wstring& title,
+                          const std::wstring& text, const std::wstring& archivePath,
+                          const std::wstring& destinationFolder, const std::wstring& secondSetting, bool overwrite) {
+    StatusWindow status(platform, windows, title, text);
     try {
         if (!secondSetting.empty()) {
             throw support::Error(zip::kErrorArchive, L"Archives with a password or mask are not supported");
@@ -64,20 +66,17 @@ Extraction ExtractArchive(support::Platform& platform, const std::wstring& title
         archive.Extract(destinationFolder, overwrite);
         archive.Close();
         return Extraction::Done;
-    } catch (const support::Error& error) {
+    } catch (...) {
+        const support::Error error = support::CurrentError();
         support::LogError(platform, error, {}, {archivePath});
-        if (error.Number() == zip::kErrorArchive) return Extraction::Refused;
-    } catch (const std::exception& error) {
-        support::LogError(platform, support::Error(support::kErrorInternal, support::FromUtf8(error.what())), {},
-                          {archivePath});
+        return error.Number() == zip::kErrorArchive ? Extraction::Refused : Extraction::Failed;
     }
-    return Extraction::Failed;
 }
 
-bool Unzip(support::Platform& platform, const std::wstring& title, const std::wstring& text,
+bool Unzip(support::Platform& platform, UpdateWindows& windows, const std::wstring& title, const std::wstring& text,
            const std::wstring& archivePath, const std::wstring& destinationFolder, const std::wstring& secondSetting,
            bool overwrite) {
-    return ExtractArchive(platform, title, text, archivePath, destinationFolder, secondSetting, overwrite) ==
+    return ExtractArchive(platform, windows, title, text, archivePath, destinationFolder, secondSetting, overwrite) ==
            Extraction::Done;
 }
 

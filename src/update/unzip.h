@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/platform.h"
+#include "update/update_windows.h"
 
 #include <string>
 
@@ -16,12 +17,12 @@ enum class Extraction {
 // works, unless the title is empty. An archive that holds anything but files named like an update's database
 // (HasUpdateLayout) is refused before anything is written. The second setting has no meaning yet and must be empty. The
 // reason of a failure is in the error log; nothing is shown. The archive is never deleted.
-Extraction ExtractArchive(support::Platform& platform, const std::wstring& title, const std::wstring& text,
-                          const std::wstring& archivePath, const std::wstring& destinationFolder,
-                          const std::wstring& secondSetting, bool overwrite);
+Extraction ExtractArchive(support::Platform& platform, UpdateWindows& windows, const std::wstring& title,
+                          const std::wstring& text, const std::wstring& archivePath,
+                          const std::wstring& destinationFolder, const std::wstring& secondSetting, bool overwrite);
 
 // The same; true only if every step succeeded.
-bool Unzip(support::Platform& platform, const std::wstring& title, const std::wstring& text,
+bool Unzip(support::Platform& platform, UpdateWindows& windows, const std::wstring& title, const std::wstring& text,
            const std::wstring& archivePath, const std::wstring& destinationFolder, const std::wstring& secondSetting,
            bool overwrite);
 

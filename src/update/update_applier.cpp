@@ -100,7 +100,8 @@ void OpenForWriting(database::Recordset& records, const std::wstring& query, dat
 }
 
 long CountRecords(database::Recordset& records) {
-    if (records.AtBeginning() && records.AtEnd()) throw support::Error(kErrorNoRecord, L"The package holds no records");
+    if (records.AtBeginning() && records.AtEnd())
+        throw support::Error(support::kErrorNoRecord, L"The package holds no records");
     records.MoveFirst();
     records.MoveLast();
     const long count = records.RecordCount();
@@ -131,7 +132,7 @@ void StampVersion(database::DatabaseProvider& databases, database::Connection& t
         version->Find(L"[ID]=2");
     }
     if (empty || version->AtEnd()) {
-        throw support::Error(kErrorNoRecord, L"The data file's version table has no row 2");
+        throw support::Error(support::kErrorNoRecord, L"The data file's version table has no row 2");
     }
     version->Update();
     version->SetField(L"Text", packageDate);
@@ -149,7 +150,7 @@ void AddOrUpdateRecordPostZon(database::Recordset& updateRecords, database::Reco
     AddOrUpdateRecord(updateRecords, targetRecords, PostZonColumns(), L"AddOrUpdateRecordPostZon");
 }
 
-void UpdateData(support::Platform& platform, Progress& progress, const std::wstring& dataFolder,
+void UpdateData(const object::Quorvex& object, Progress& progress, const std::wstring& dataFolder,
                 const std::wstring& updateFile, wchar_t kind, const std::wstring& packageDate, long& recordCount) {
     recordCount = 0;
     SetDataStage(L"Stage 1");
@@ -162,7 +163,7 @@ void UpdateData(support::Platform& platform, Progress& progress, const std::wstr
     }
     const std::wstring query = std::wstring(L"SELECT * From ") + file->table;
     SetDataStage(L"Stage 2 creating ADO, is MDAC 2.8 or better loaded?");
-    database::DatabaseProvider& databases = platform.Databases();
+    database::DatabaseProvider& databases = object.databases;
     OpenPackage package(databases);
     SetDataStage(L"Stage 3 Opening update file with ADO");
     package.update->Open(database::ConnectionString(updateFile), database::kDatabaseUser, {});
@@ -175,7 +176,7 @@ void UpdateData(support::Platform& platform, Progress& progress, const std::wstr
     package.updateRecords->Open(query, *package.update);
     OpenForWriting(*package.targetRecords, query, *package.target);
     recordCount = CountRecords(*package.updateRecords);
-    support::LogActivity(platform, L"Data files contains " + std::to_wstring(recordCount) + L" records");
+    support::LogActivity(object.platform, L"Data files contains " + std::to_wstring(recordCount) + L" records");
     MergeRecords(progress, package, kind, recordCount);
     SetDataStage(L"Stage 6");
     package.updateRecords->Close();

@@ -17,14 +17,11 @@
 #include "update/update_list.h"
 
 #include <algorithm>
-#include <exception>
 #include <set>
 #include <vector>
 
 namespace quorvex::update {
 namespace {
-
-using support::UpdateChoice;
 
 constexpr wchar_t kLockFile[] = L"\\Update.lock";
 
@@ -35,8 +32,8 @@ void SetStage(const std::wstring& stage) {
 // Counters and steps of one run.
 class UpdateRun {
   public:
-    UpdateRun(object::Quorvex& object, const UpdateRequest& request)
-        : object_(object), platform_(object.platform), request_(request) {}
+    UpdateRun(object::Quorvex& object, const Surroundings& surroundings, const UpdateRequest& request)
+        : object_(object), platform_(object.platform), surroundings_(surroundings), request_(request) {}
 
     // False if the user cancelled.
     bool Choose();
@@ -63,6 +60,7 @@ class UpdateRun {
 
     object::Quorvex& object_;
     support::Platform& platform_;
+    const Surroundings& surroundings_;
     const UpdateRequest& request_;
     UpdateChoice choice_ = UpdateChoice::Cancel;
     bool finished_ = false;
@@ -79,12 +77,12 @@ bool UpdateRun::Choose() {
     SetStage(L"Stage 1");
     if (request_.unattended) return true;
     for (;;) {
-        choice_ = platform_.AskUpdateChoice(request_.caption + L":Update Postcode Address Data", request_.dataFolder,
-                                            request_.internetIsAvailable);
+        choice_ = surroundings_.windows.AskUpdateChoice(request_.caption + L":Update Postcode Address Data",
+                                                        request_.dataFolder, request_.internetIsAvailable);
         if (choice_ == UpdateChoice::ShowDetails) {
-            Message(localdata::GetDetailedSummary(platform_, request_.dataFolder), support::kStyleInformation);
+            Message(localdata::GetDetailedSummary(object_, request_.dataFolder), support::kStyleInformation);
         } else if (choice_ == UpdateChoice::SendLogs) {
-            SendLogsToSupport(platform_, request_.dataFolder);
+            SendLogsToSupport(object_, surroundings_.mailer, request_.dataFolder);
         } else {
             return choice_ != UpdateChoice::Cancel;
         }
@@ -106,7 +104,7 @@ void UpdateRun::Work() {
 void UpdateRun::DownloadPackages() {
     SetStage(L"Stage 2");
     // Read under the lock: another run may have applied packages while the dialog was open.
-    const localdata::LastUpdateDates dates = localdata::GetLastUpdateDates(platform_, request_.dataFolder);
+    const localdata::LastUpdateDates dates = localdata::GetLastUpdateDates(object_, request_.dataFolder);
     support::LogActivity(platform_, L"Requesting upgrade data",
                          {L"F=" + dates.full, L"T=" + dates.street, L"Z=" + dates.postZon});
     const std::wstring list = GetUpdateList(object_, dates);
@@ -131,7 +129,7 @@ void UpdateRun::Download(const ListedPackage& package, std::size_t number, std::
     const std::wstring caption =
         L"Downloading Update:" + name + L" " + std::to_wstring(number) + L"/" + std::to_wstring(total);
     // Only a package's name is safe to write into the data folder.
-    if (!name.empty() && platform_.GetHttpFile(package.address, InFolder(name), caption) &&
+    if (!name.empty() && platform_.web.GetHttpFile(package.address, InFolder(name), caption) &&
         HasListedSize(package, InFolder(name))) {
         support::LogActivity(platform_, L"Attempting Complete " + package.address);
     } else {
@@ -177,8 +175,8 @@ void UpdateRun::ApplyPackages() {
 void UpdateRun::ProcessPackage(Progress& progress, const PackageName& package) {
     SetStage(L"Stage 10 unzip date file " + package.name);
     progress.SetText(L"Unziping file:" + package.name);
-    const Extraction extraction = ExtractArchive(platform_, L"Unziping file", L"Unziping file", InFolder(package.name),
-                                                 request_.dataFolder, {}, true);
+    const Extraction extraction = ExtractArchive(platform_, surroundings_.windows, L"Unziping file", L"Unziping file",
+                                                 InFolder(package.name), request_.dataFolder, {}, true);
     long recordCount = 0;
     if (ApplyIfNewer(progress, package, extraction, recordCount)) {
         Succeeded(package, recordCount);
@@ -191,7 +189,7 @@ void UpdateRun::ProcessPackage(Progress& progress, const PackageName& package) {
 // was never updated, or is as new as the package.
 bool UpdateRun::ApplyIfNewer(Progress& progress, const PackageName& package, Extraction extraction, long& recordCount) {
     SetStage(L"Stage 10b filter file date ");
-    const localdata::DataDate last = localdata::ReadDataDate(platform_, request_.dataFolder, package.kind);
+    const localdata::DataDate last = localdata::ReadDataDate(object_, request_.dataFolder, package.kind);
     if (!last.readable) return false;
     if (last.date.empty() || package.date <= last.date) return true;
     SetStage(L"Stage 10c Apply data ");
@@ -208,8 +206,8 @@ bool UpdateRun::ApplyIfNewer(Progress& progress, const PackageName& package, Ext
 
 bool UpdateRun::Apply(Progress& progress, const PackageName& package, long& recordCount) {
     try {
-        UpdateData(platform_, progress, request_.dataFolder, InFolder(package.DatabaseName()), package.kind,
-                   package.date, recordCount);
+        UpdateData(object_, progress, request_.dataFolder, InFolder(package.DatabaseName()), package.kind, package.date,
+                   recordCount);
         return true;
     } catch (const support::Error& error) {
         support::LogError(platform_, error, {}, {package.name, localdata::FindDataFile(package.kind)->label});
@@ -264,7 +262,7 @@ void UpdateRun::ShowAndLogFault(const support::Error& error) {
 // Nobody is there to close the message of an unattended run, so the logs have it.
 void UpdateRun::Message(const std::wstring& text, int style) {
     if (!request_.unattended) {
-        platform_.ShowMessage(text, style, support::Process().messageTitle);
+        platform_.user.ShowMessage(text, style, support::Process().messageTitle);
     } else if (style == support::kStyleCritical) {
         support::LogError(platform_, support::Error(support::kErrorInternal, text), text);
     } else if (found_ == 0) {
@@ -274,21 +272,21 @@ void UpdateRun::Message(const std::wstring& text, int style) {
 
 } // namespace
 
-bool Update(object::Quorvex& object, const UpdateRequest& request, int& appliedCount) {
-    UpdateRun run(object, request);
+bool Update(object::Quorvex& object, const Surroundings& surroundings, const UpdateRequest& request,
+            int& appliedCount) {
+    UpdateRun run(object, surroundings, request);
     appliedCount = 0;
     try {
         if (run.Choose()) run.Work();
-    } catch (const support::Error& error) {
-        run.ShowAndLogFault(error);
-    } catch (const std::exception& error) {
-        run.ShowAndLogFault(support::Error(support::kErrorInternal, support::FromUtf8(error.what())));
+    } catch (...) {
+        run.ShowAndLogFault(support::CurrentError());
     }
     appliedCount = run.Applied();
     return run.Complete();
 }
 
-bool LMUpdateData(object::Quorvex& object, bool internetIsAvailable, const std::wstring& title) {
+bool LMUpdateData(object::Quorvex& object, const Surroundings& surroundings, bool internetIsAvailable,
+                  const std::wstring& title) {
     if (!object.LocalMode()) {
         localdata::ShowDataPathMissing(object.platform);
         return false;
@@ -298,7 +296,7 @@ bool LMUpdateData(object::Quorvex& object, bool internetIsAvailable, const std::
     request.internetIsAvailable = internetIsAvailable;
     request.caption = title;
     int appliedCount = 0;
-    return Update(object, request, appliedCount);
+    return Update(object, surroundings, request, appliedCount);
 }
 
 } // namespace quorvex::update

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "object/quorvex.h"
+#include "update/update_windows.h"
 
 #include <string>
 
@@ -19,9 +20,10 @@ struct UpdateRequest {
 // One run at a time for each data folder. appliedCount receives the number of packages applied. True if the run reached
 // its end and every package was listed, downloaded and applied as asked; false also if the user cancelled. Never
 // throws: a fault is written to the error log, shown, and ends the run.
-bool Update(object::Quorvex& object, const UpdateRequest& request, int& appliedCount);
+bool Update(object::Quorvex& object, const Surroundings& surroundings, const UpdateRequest& request, int& appliedCount);
 
 // The host's call, with the object's data path. Without a data path it shows a message and returns false.
-bool LMUpdateData(object::Quorvex& object, bool internetIsAvailable, const std::wstring& title);
+bool LMUpdateData(object::Quorvex& object, const Surroundings& surroundings, bool internetIsAvailable,
+                  const std::wstring& title);
 
 } // namespace quorvex::update

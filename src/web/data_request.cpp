@@ -5,8 +5,8 @@ namespace {
 
 void ShowDetail(object::Quorvex& object, const std::wstring& text) {
     if (object.ShowHTTPcallsInDetailFlg == 0) return;
-    object.platform.SetClipboardText(text);
-    object.platform.ShowMessage(text, support::kStyleInformation, L"Detailed Debug Info (Also on clipboard!)");
+    object.platform.user.SetClipboardText(text);
+    object.platform.user.ShowMessage(text, support::kStyleInformation, L"Detailed Debug Info (Also on clipboard!)");
 }
 
 } // namespace
@@ -15,13 +15,13 @@ const wchar_t* const kTimeOutMessage =
     L"Sorry your internet connection timed out.   Is the internet working? or a firewall blocking service?";
 
 std::wstring GetDataFromHTTPRequest(support::Platform& platform, const std::wstring& url, int limitSeconds) {
-    if (platform.RequestRunning()) return {};
-    std::wstring reply = platform.GetUrl(url, limitSeconds);
+    if (platform.web.RequestRunning()) return {};
+    std::wstring reply = platform.web.GetUrl(url, limitSeconds);
     return reply == L"TimeOut" ? std::wstring(kTimeOutMessage) : reply;
 }
 
 std::wstring GetDataFromHTTPRequest(object::Quorvex& object, const std::wstring& url) {
-    if (object.platform.RequestRunning()) return {};
+    if (object.platform.web.RequestRunning()) return {};
     ShowDetail(object, L"Calling:\r\n" + url);
     std::wstring reply = GetDataFromHTTPRequest(object.platform, url, kRequestLimitSeconds);
     ShowDetail(object, L"Reply:\r\n" + reply);

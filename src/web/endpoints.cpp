@@ -14,7 +14,7 @@ std::wstring PageWithKey(object::Quorvex& object, const wchar_t* path) {
 }
 
 std::wstring UserName(const object::Quorvex& object) {
-    return object.InternalKey() ? L"&username=" + object.platform.ComputerName() : std::wstring();
+    return object.InternalKey() ? L"&username=" + object.platform.machine.ComputerName() : std::wstring();
 }
 
 } // namespace

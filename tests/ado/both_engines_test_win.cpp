@@ -2,6 +2,7 @@
 // the files must be the same.
 
 #include "database/ado/provider_win.h"
+#include "localdata/status.h"
 #include "lookups/address_list.h"
 #include "lookups/address_record.h"
 #include "lookups/nearest.h"
@@ -44,7 +45,7 @@ class Mode {
         request.dataFolder = folder.Text();
         request.unattended = true;
         int applied = 0;
-        EXPECT_TRUE(update::Update(object, request, applied));
+        EXPECT_TRUE(update::Update(object, platform.UpdateSurroundings(), request, applied));
         EXPECT_EQ(applied, 1);
         for (const FakePlatform::Message& message : platform.messages) {
             EXPECT_EQ(message.style, support::kStyleInformation) << support::ToUtf8(message.text);
@@ -53,7 +54,7 @@ class Mode {
 
     TempFolder folder;
     UpdatePlatform platform;
-    object::Quorvex object{platform};
+    object::Quorvex object{platform, platform};
 };
 
 class BothEngines : public ::testing::Test {

@@ -17,7 +17,7 @@ const std::wstring kReply =
 class LookupListsTest : public ::testing::Test {
   protected:
     testing::FakePlatform platform;
-    object::Quorvex object{platform};
+    object::Quorvex object{platform, platform};
     testing::TempFolder folder;
     LookupLists lists{object};
 

@@ -4,8 +4,8 @@
 #include "support/error.h"
 #include "support/files.h"
 #include "support/text.h"
-#include "testing/guard.h"
 #include "testing/fake_platform.h"
+#include "testing/guard.h"
 #include "testing/sample_data.h"
 #include "testing/temp_folder.h"
 #include "update/unzip.h"
@@ -48,8 +48,8 @@ class ApplyKill : public ::testing::Test {
         CopySampleData(folder_.Text());
         CopyPackage(std::wstring(kPackage) + L".zip", folder_.Text());
         FakePlatform platform;
-        EXPECT_TRUE(
-            update::Unzip(platform, {}, {}, folder_.File(std::wstring(kPackage) + L".zip"), folder_.Text(), {}, true));
+        EXPECT_TRUE(update::Unzip(platform, platform, {}, {}, folder_.File(std::wstring(kPackage) + L".zip"),
+                                  folder_.Text(), {}, true));
         package_ = AddressRows(update_, kTable);
         packageKeys_ = KeysInOrder(update_, kTable, L"FT_Postcode");
         EXPECT_EQ(packageKeys_.size(), static_cast<std::size_t>(kRecords));
@@ -62,12 +62,12 @@ class ApplyKill : public ::testing::Test {
     [[noreturn]] void ApplyInChild(int pipe, std::size_t recordsTogether) {
         ReportingPlatform platform(pipe);
         database::JetProvider databases({.records = recordsTogether});
-        platform.databases = &databases;
+        const object::Quorvex object(platform, databases);
         int result = 0;
         try {
             update::Progress progress(platform);
             long count = 0;
-            update::UpdateData(platform, progress, folder_.Text(), update_, L'F', L"20260331", count);
+            update::UpdateData(object, progress, folder_.Text(), update_, L'F', L"20260331", count);
         } catch (const support::Error& error) {
             std::cerr << support::ToUtf8(error.Description()) << std::endl;
             result = 2;
@@ -145,8 +145,7 @@ class ApplyKill : public ::testing::Test {
     std::wstring Version() {
         FakePlatform platform;
         database::JetProvider databases;
-        platform.databases = &databases;
-        return localdata::GetLastUpdateFULL(platform, folder_.Text());
+        return localdata::GetLastUpdateFULL({platform, databases}, folder_.Text());
     }
 
     // The next run after a kill applies the same package again, to its end.

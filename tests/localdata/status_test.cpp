@@ -20,7 +20,7 @@ class Status : public ::testing::Test, protected UpdateWorld {
   protected:
     std::wstring Summary() {
         localdata::LastUpdateDates dates;
-        return localdata::GetSummary(platform, folder.Text(), dates);
+        return localdata::GetSummary(object, folder.Text(), dates);
     }
 };
 
@@ -95,7 +95,7 @@ TEST_F(Status, TheSummaryNamesWhatIsThere) {
                          L"  PostZon data present\r\n  Last updated:15 Jan 2026\r\n"
                          L"  Data is on Machine:COUNTER-1\r\n  MDAC Version:Not LOADED");
     localdata::LastUpdateDates dates;
-    localdata::GetSummary(platform, folder.Text(), dates);
+    localdata::GetSummary(object, folder.Text(), dates);
     EXPECT_EQ(dates.full, L"20260131");
     EXPECT_EQ(dates.street, L"");
     EXPECT_EQ(dates.postZon, L"20260115");
@@ -106,7 +106,7 @@ TEST_F(Status, TheDetailedSummaryAddsSystemSizesAndCounts) {
     AddPostZon(L"20260115");
     const auto other = Hold(L"PAF_POSTZON.dat");
     const auto bytes = [this](const wchar_t* name) { return std::to_wstring(support::FileSize(folder.File(name))); };
-    const std::wstring text = localdata::GetDetailedSummary(platform, folder.Text());
+    const std::wstring text = localdata::GetDetailedSummary(object, folder.Text());
     EXPECT_TRUE(text.starts_with(L"System:\r\n  Component version:" + object::GetVersion() + L"\r\n"));
     for (const std::wstring& part : std::vector<std::wstring>{
              L"-bit\r\n", L"  Windows version:10.0\r\n", L"  Computer:COUNTER-1\r\n", L"  User:clerk\r\n",

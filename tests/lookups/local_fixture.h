@@ -37,7 +37,7 @@ class LocalTest : public ::testing::Test {
     TempFolder logs;
     database::JetProvider databases;
     FakePlatform platform;
-    object::Quorvex object{platform};
+    object::Quorvex object{platform, platform};
 };
 
 } // namespace quorvex::testing

@@ -12,7 +12,7 @@
 namespace quorvex::testing {
 namespace {
 
-using support::MailStatus;
+using mail::MailStatus;
 using ::testing::ElementsAre;
 
 class Mail : public ::testing::Test {
@@ -48,7 +48,7 @@ class Mail : public ::testing::Test {
         notes_.emplace(mail::kNotesProgId, L"{6F1D6A7C-2B0E-4F6D-9A8B-51A6C43D0E12}",
                        [this] { return Make(L"Session"); });
     }
-    support::MailMessage Message(bool review = false) const {
+    mail::MailMessage Message(bool review = false) const {
         return {L"support@quorvex.example", L"Logs", L"first\r\nsecond\r\n", files_, review};
     }
 
@@ -65,11 +65,10 @@ TEST_F(Mail, OutlookGetsTheMessageWithEveryFileAndSendsIt) {
     InstallOutlook();
     InstallNotes(); // comes second
     EXPECT_EQ(mail::Send(Message()).status, MailStatus::Sent);
-    EXPECT_THAT(calls_,
-                ElementsAre(L"Application.CreateItem(0)", L"Item.Subject = \"Logs\"",
-                            L"Item.Body = \"first\r\nsecond\r\n\"", L"Item.To = \"support@quorvex.example\"",
-                            L"Item.Attachments()", L"Attachments.Add(" + quoted_[0] + L")",
-                            L"Attachments.Add(" + quoted_[1] + L")", L"Item.Send()"));
+    EXPECT_THAT(calls_, ElementsAre(L"Application.CreateItem(0)", L"Item.Subject = \"Logs\"",
+                                    L"Item.Body = \"first\r\nsecond\r\n\"", L"Item.To = \"support@quorvex.example\"",
+                                    L"Item.Attachments()", L"Attachments.Add(" + quoted_[0] + L")",
+                                    L"Attachments.Add(" + quoted_[1] + L")", L"Item.Send()"));
     EXPECT_EQ(mail::Send(Message(true)).status, MailStatus::Shown);
     EXPECT_EQ(calls_.back(), L"Item.Display()") << "a message to be reviewed is not sent";
 }
@@ -78,23 +77,22 @@ TEST_F(Mail, NotesGetsTheMessageWhenOutlookIsNotInstalled) {
     EXPECT_EQ(mail::Send(Message()).status, MailStatus::NoProgram);
     InstallNotes();
     EXPECT_EQ(mail::Send(Message()).status, MailStatus::Sent);
-    EXPECT_THAT(calls_,
-                ElementsAre(L"Session.GetDatabase(\"\", \"\")", L"Database.OpenMail()", L"Database.CreateDocument()",
-                            L"Document.ReplaceItemValue(\"Form\", \"Memo\")",
-                            L"Document.ReplaceItemValue(\"SendTo\", \"support@quorvex.example\")",
-                            L"Document.ReplaceItemValue(\"Subject\", \"Logs\")",
-                            L"Document.CreateRichTextItem(\"Body\")", L"Body.AppendText(\"first\")",
-                            L"Body.AddNewLine(1)", L"Body.AppendText(\"second\")", L"Body.AddNewLine(1)",
-                            L"Body.EmbedObject(1454, \"\", " + quoted_[0] + L", \"EMBEDOBJECT\")",
-                            L"Body.EmbedObject(1454, \"\", " + quoted_[1] + L", \"EMBEDOBJECT\")",
-                            L"Document.Send(False)"));
+    EXPECT_THAT(calls_, ElementsAre(L"Session.GetDatabase(\"\", \"\")", L"Database.OpenMail()",
+                                    L"Database.CreateDocument()", L"Document.ReplaceItemValue(\"Form\", \"Memo\")",
+                                    L"Document.ReplaceItemValue(\"SendTo\", \"support@quorvex.example\")",
+                                    L"Document.ReplaceItemValue(\"Subject\", \"Logs\")",
+                                    L"Document.CreateRichTextItem(\"Body\")", L"Body.AppendText(\"first\")",
+                                    L"Body.AddNewLine(1)", L"Body.AppendText(\"second\")", L"Body.AddNewLine(1)",
+                                    L"Body.EmbedObject(1454, \"\", " + quoted_[0] + L", \"EMBEDOBJECT\")",
+                                    L"Body.EmbedObject(1454, \"\", " + quoted_[1] + L", \"EMBEDOBJECT\")",
+                                    L"Document.Send(False)"));
 }
 
 TEST_F(Mail, WhatTheProgramRefusesIsAFailureWithItsWords) {
     InstallOutlook();
     for (const wchar_t* call : {L"Application.CreateItem", L"Item.To", L"Attachments.Add", L"Item.Send"}) {
         failing_ = call;
-        const support::MailResult result = mail::Send(Message());
+        const mail::MailResult result = mail::Send(Message());
         EXPECT_EQ(result.status, MailStatus::Failed) << call;
         EXPECT_EQ(result.detail, L"The user said no");
     }
@@ -102,9 +100,9 @@ TEST_F(Mail, WhatTheProgramRefusesIsAFailureWithItsWords) {
 
 TEST_F(Mail, AMissingAttachmentOrABrokenInstallationFailsBeforeAnyCall) {
     InstallOutlook();
-    support::MailMessage message = Message();
+    mail::MailMessage message = Message();
     message.attachments.push_back(folder_.File(L"missing.log"));
-    support::MailResult result = mail::Send(message);
+    mail::MailResult result = mail::Send(message);
     EXPECT_EQ(result.status, MailStatus::Failed);
     EXPECT_NE(result.detail.find(L"missing.log"), std::wstring::npos);
     outlook_->SetClass(L"{6F1D6A7C-2B0E-4F6D-9A8B-51A6C43D0E14}"); // as after a broken uninstallation

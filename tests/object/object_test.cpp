@@ -55,13 +55,13 @@ class Settings : public ::testing::Test {
 
     const support::ProcessState before = support::Process();
     quorvex::testing::FakePlatform platform;
-    Quorvex object{platform};
+    Quorvex object{platform, platform};
 };
 
 TEST_F(Settings, TheDataPathIsTheProcesssAndTheModeEachObjectsOwn) {
     object.LMSetDataPath(L"C:\\data\\");
     EXPECT_EQ(support::Process().dataPath, L"C:\\data\\");
-    Quorvex second(platform);
+    Quorvex second(platform, platform);
     EXPECT_FALSE(second.LocalMode());
     second.LMSetDataPath(L"");
     EXPECT_EQ(support::Process().dataPath, L"");

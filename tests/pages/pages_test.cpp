@@ -10,7 +10,7 @@ namespace {
 class PagesTest : public ::testing::Test {
   protected:
     testing::FakePlatform platform;
-    object::Quorvex object{platform};
+    object::Quorvex object{platform, platform};
 
     PagesTest() {
         object.ServerURL = L"http://s";

@@ -90,8 +90,8 @@ class SameAnswers : public ServiceTest {
     std::unique_ptr<httplib::Client> client_;
 
   protected:
-    object::Quorvex web{webPlatform_};
-    object::Quorvex local{localPlatform_};
+    object::Quorvex web{webPlatform_, webPlatform_};
+    object::Quorvex local{localPlatform_, localPlatform_};
 };
 
 TEST_F(SameAnswers, EveryPostcodeOfTheSampleFolder) {

@@ -33,7 +33,7 @@ class Search : public ServiceTest {
             const std::wstring reply = Text(support::ToUtf8(url.substr(Running().Address().size())));
             return support::ReplaceAll(reply, L"&amp;", L"&");
         };
-        object::Quorvex object(platform);
+        object::Quorvex object(platform, platform);
         object.SetServiceURL(support::FromUtf8(Running().Address()));
         EXPECT_TRUE(lookups::GetFullAddressToListAdv(object, criteria));
         error = object.General_errormessage;

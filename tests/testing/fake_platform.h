@@ -1,11 +1,14 @@
 #pragma once
 
 #include "database/database.h"
+#include "mail/mailer.h"
 #include "support/error.h"
 #include "support/platform.h"
+#include "update/update_windows.h"
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,8 +16,21 @@
 namespace quorvex::testing {
 
 // A platform made of answers that a test sets and records that it reads. Time moves only when told to.
-class FakePlatform : public support::Platform {
+class FakePlatform : public support::WebAccess,
+                     public support::UserPrompts,
+                     public support::ProgressDisplay,
+                     public support::Machine,
+                     public update::UpdateWindows,
+                     public mail::Mailer,
+                     public database::DatabaseProvider,
+                     public support::Platform {
   public:
+    FakePlatform() : support::Platform{*this, *this, *this, *this, {}} {}
+    FakePlatform(const FakePlatform&) = delete;
+    FakePlatform& operator=(const FakePlatform&) = delete;
+
+    update::Surroundings UpdateSurroundings() { return {*this, *this}; }
+
     // --- Web ---------------------------------------------------------------------------------------------------
     std::map<std::wstring, std::wstring> replies;                  // by URL, asked first
     std::function<std::wstring(const std::wstring& url)> onGetUrl; // asked next; without both the reply is "TimeOut"
@@ -50,7 +66,7 @@ class FakePlatform : public support::Platform {
     std::vector<std::wstring> clipboard;
     std::vector<std::pair<std::wstring, std::wstring>> opened; // file or address, working directory
     int shellResult = 33;
-    support::UpdateChoice updateChoice = support::UpdateChoice::Cancel;
+    update::UpdateChoice updateChoice = update::UpdateChoice::Cancel;
     std::vector<std::wstring> progress;
     bool progressShown = false;
     std::vector<std::wstring> zipStatus; // title, text and status of each change
@@ -66,7 +82,7 @@ class FakePlatform : public support::Platform {
         opened.emplace_back(file, workingDirectory);
         return shellResult;
     }
-    support::UpdateChoice AskUpdateChoice(const std::wstring&, const std::wstring&, bool) override {
+    update::UpdateChoice AskUpdateChoice(const std::wstring&, const std::wstring&, bool) override {
         return updateChoice;
     }
     void ShowProgress(const std::wstring&, const std::wstring& text) override {
@@ -80,6 +96,7 @@ class FakePlatform : public support::Platform {
     }
     void HideZipStatus() override { zipStatusShown = false; }
     void PumpMessages() override { ++pumps; }
+    mail::MailResult SendMail(const mail::MailMessage&) override { return {}; }
 
     // --- Machine -----------------------------------------------------------------------------------------------
     std::wstring computerName = L"COUNTER-1";
@@ -104,10 +121,13 @@ class FakePlatform : public support::Platform {
     // --- Local data --------------------------------------------------------------------------------------------
     database::DatabaseProvider* databases = nullptr;
 
-    database::DatabaseProvider& Databases() override {
+    database::DatabaseProvider& Databases() const {
         if (databases == nullptr) throw support::Error(support::kErrorInternal, L"This test has no databases");
         return *databases;
     }
+    std::unique_ptr<database::Connection> CreateConnection() override { return Databases().CreateConnection(); }
+    std::unique_ptr<database::Recordset> CreateRecordset() override { return Databases().CreateRecordset(); }
+    std::wstring Name() const override { return Databases().Name(); }
 };
 
 } // namespace quorvex::testing

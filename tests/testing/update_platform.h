@@ -15,20 +15,20 @@ class UpdatePlatform : public FakePlatform {
         std::wstring dataFolder;
         bool internetIsAvailable = false;
     };
-    std::vector<support::UpdateChoice> choices; // in order, then Cancel
+    std::vector<update::UpdateChoice> choices; // in order, then Cancel
     std::vector<Question> questions;
     std::vector<std::pair<std::wstring, std::wstring>> windows; // caption, text of each change of the progress window
     std::vector<std::wstring> downloadCaptions;
-    support::MailResult mailResult;
-    std::vector<support::MailMessage> mails;
+    mail::MailResult mailResult;
+    std::vector<mail::MailMessage> mails;
     std::function<void()> onPump;
     std::function<void()> onQuestion; // while the dialog is open
 
-    support::UpdateChoice AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
-                                          bool internetIsAvailable) override {
+    update::UpdateChoice AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,
+                                         bool internetIsAvailable) override {
         questions.push_back({caption, dataFolder, internetIsAvailable});
         if (onQuestion) onQuestion();
-        return questions.size() <= choices.size() ? choices[questions.size() - 1] : support::UpdateChoice::Cancel;
+        return questions.size() <= choices.size() ? choices[questions.size() - 1] : update::UpdateChoice::Cancel;
     }
     void ShowProgress(const std::wstring& caption, const std::wstring& text) override {
         windows.emplace_back(caption, text);
@@ -42,7 +42,7 @@ class UpdatePlatform : public FakePlatform {
         downloadCaptions.push_back(caption);
         return FakePlatform::GetHttpFile(url, file, caption);
     }
-    support::MailResult SendMail(const support::MailMessage& message) override {
+    mail::MailResult SendMail(const mail::MailMessage& message) override {
         mails.push_back(message);
         return mailResult;
     }

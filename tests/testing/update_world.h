@@ -48,7 +48,7 @@ class UpdateWorld {
     TempFolder folder;
     StrictDatabases databases;
     UpdatePlatform platform;
-    object::Quorvex object{platform};
+    object::Quorvex object{platform, platform};
 
   private:
     void AddData(const wchar_t* fileName, FileData data, const std::wstring& date, const Spoil& spoil);

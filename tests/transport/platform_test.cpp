@@ -23,17 +23,10 @@ class HeldKey {
     const BYTE key_;
 };
 
-class NoDatabases : public database::DatabaseProvider {
-  public:
-    std::unique_ptr<database::Connection> CreateConnection() override { return nullptr; }
-    std::unique_ptr<database::Recordset> CreateRecordset() override { return nullptr; }
-    std::wstring Name() const override { return {}; }
-};
-
 class PlatformTest : public ::testing::Test {
   protected:
-    NoDatabases databases_;
-    server::WindowsPlatform platform_{databases_};
+    server::WindowsPlatform windows_;
+    support::Platform& platform_ = windows_.Surroundings();
 };
 
 std::wstring ClipboardText() {
@@ -81,9 +74,9 @@ TEST_F(DiagnosticsTest, ReadingTheMessageIsNotTheNetworksTime) {
 
 TEST_F(PlatformTest, TheClipboardTakesAnyTextAndWaitsForItsHolder) {
     const std::wstring text = L"caf\u00E9 \u20AC \U0001F3E0\r\n" + std::wstring(100000, L'x');
-    platform_.SetClipboardText(text);
+    platform_.user.SetClipboardText(text);
     EXPECT_EQ(ClipboardText(), text);
-    platform_.SetClipboardText(L"");
+    platform_.user.SetClipboardText(L"");
     EXPECT_EQ(ClipboardText(), L"");
     std::atomic<bool> held{false};
     std::thread holder([&held] {
@@ -95,7 +88,7 @@ TEST_F(PlatformTest, TheClipboardTakesAnyTextAndWaitsForItsHolder) {
         DestroyWindow(window);
     });
     while (!held) Sleep(1);
-    platform_.SetClipboardText(L"last");
+    platform_.user.SetClipboardText(L"last");
     holder.join();
     EXPECT_EQ(ClipboardText(), L"last");
 }
@@ -104,15 +97,15 @@ TEST_F(PlatformTest, NamesAndTimeComeFromTheSystem) {
     wchar_t name[256];
     DWORD size = 256;
     ASSERT_TRUE(GetComputerNameW(name, &size));
-    EXPECT_EQ(platform_.ComputerName(), name);
+    EXPECT_EQ(platform_.machine.ComputerName(), name);
     size = 256;
     ASSERT_TRUE(GetUserNameW(name, &size));
-    EXPECT_EQ(platform_.UserName(), name);
-    EXPECT_EQ(platform_.DriveShareName(L'C'), L"");
-    EXPECT_EQ(platform_.DriveShareName(L'?'), L"");
-    EXPECT_EQ(platform_.SystemVersion().substr(0, 8), L"Windows ");
-    EXPECT_EQ(platform_.SystemVersion().find(L" 0.0"), std::wstring::npos);
-    const support::LocalTime now = platform_.Now();
+    EXPECT_EQ(platform_.machine.UserName(), name);
+    EXPECT_EQ(platform_.machine.DriveShareName(L'C'), L"");
+    EXPECT_EQ(platform_.machine.DriveShareName(L'?'), L"");
+    EXPECT_EQ(platform_.machine.SystemVersion().substr(0, 8), L"Windows ");
+    EXPECT_EQ(platform_.machine.SystemVersion().find(L" 0.0"), std::wstring::npos);
+    const support::LocalTime now = platform_.machine.Now();
     const double seconds = now.hour * 3600.0 + now.minute * 60.0 + now.second;
     EXPECT_NEAR(http::SecondsSinceMidnight(), seconds, 2);
 }
@@ -125,15 +118,15 @@ TEST_F(PlatformTest, TheDataAccessVersionIsTheRegistrysOwn) {
               ERROR_SUCCESS);
     RegCloseKey(key);
     if (made == REG_OPENED_EXISTING_KEY) GTEST_SKIP() << "this system has a data access layer of its own";
-    EXPECT_EQ(platform_.DataAccessVersion(), L"");
+    EXPECT_EQ(platform_.machine.DataAccessVersion(), L"");
     constexpr wchar_t kVersion[] = L"2.81.1117.0";
     RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Version", REG_SZ, kVersion, sizeof kVersion);
-    EXPECT_EQ(platform_.DataAccessVersion(), kVersion);
+    EXPECT_EQ(platform_.machine.DataAccessVersion(), kVersion);
     RegDeleteKeyW(HKEY_LOCAL_MACHINE, kKey);
 }
 
 TEST_F(PlatformTest, TheShellSaysWhetherItOpened) {
-    EXPECT_LE(platform_.OpenWithShell(L"no such file.xyz", L""), 32);
+    EXPECT_LE(platform_.user.OpenWithShell(L"no such file.xyz", L""), 32);
 }
 
 TEST(WindowHelpersTest, ClickAtPressesWhatLiesThere) {

@@ -24,7 +24,7 @@ class UpdateApplier : public ::testing::Test, protected UpdateWorld {
         update::Progress progress(platform);
         progress.SetCaption(L"Apply changes");
         try {
-            update::UpdateData(platform, progress, folder.Text(), folder.File(name), name.at(7), name.substr(9, 8),
+            update::UpdateData(object, progress, folder.Text(), folder.File(name), name.at(7), name.substr(9, 8),
                                count);
             return {};
         } catch (const support::Error& error) {

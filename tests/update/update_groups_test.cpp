@@ -53,7 +53,7 @@ class UpdateGroups : public ::testing::Test {
         update::Progress progress(platform_);
         long count = 0;
         try {
-            update::UpdateData(platform_, progress, folder_.Text(), file, L'F', L"20240131", count);
+            update::UpdateData(object_, progress, folder_.Text(), file, L'F', L"20240131", count);
         } catch (const support::Error& error) {
             return support::ToUtf8(error.Description());
         }
@@ -61,13 +61,14 @@ class UpdateGroups : public ::testing::Test {
     }
 
     std::vector<std::wstring> Keys() const { return KeysInOrder(data_, L"PAF_FULLAddress", L"FT_PostCode"); }
-    std::wstring Stamp() { return localdata::GetLastUpdateFULL(platform_, folder_.Text()); }
+    std::wstring Stamp() { return localdata::GetLastUpdateFULL(object_, folder_.Text()); }
 
     static constexpr std::u16string_view kPassword = u"lanternfox";
     TempFolder folder_;
     std::wstring data_ = folder_.File(L"PAF_FULL.dat");
     database::JetProvider databases_{{.records = 4}};
     FakePlatform platform_;
+    object::Quorvex object_{platform_, databases_};
 };
 
 TEST_F(UpdateGroups, ARecordThatFailsLeavesThoseBeforeItMergedAndTheStampUnmoved) {

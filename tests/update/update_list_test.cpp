@@ -14,7 +14,7 @@ using update::PackageFileName;
 using update::ParseUpdateList;
 
 std::wstring AskFor(const std::wstring& reply, FakePlatform& platform) {
-    object::Quorvex object(platform);
+    object::Quorvex object(platform, platform);
     object.SetServiceURL(L"http://service");
     platform.onGetUrl = [&reply](const std::wstring&) { return reply; };
     return update::GetUpdateList(object, {L"20260131", L"", L"20260115"});

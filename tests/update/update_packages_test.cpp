@@ -33,7 +33,7 @@ class SamplePackages : public ::testing::Test {
         update::UpdateRequest request;
         request.dataFolder = data_;
         request.unattended = true;
-        return update::Update(object_, request, applied_);
+        return update::Update(object_, platform_.UpdateSurroundings(), request, applied_);
     }
     std::wstring InData(const std::wstring& name) const { return data_ + L"\\" + name; }
     SampleRows FullRows() const { return AddressRows(InData(L"PAF_FULL.dat"), L"PAF_FULLAddress"); }
@@ -46,7 +46,7 @@ class SamplePackages : public ::testing::Test {
     std::wstring data_ = folder_.File(L"data");
     database::JetProvider databases_;
     UpdatePlatform platform_;
-    object::Quorvex object_{platform_};
+    object::Quorvex object_{platform_, platform_};
     int applied_ = -1;
 };
 

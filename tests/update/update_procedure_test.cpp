@@ -15,11 +15,11 @@
 namespace quorvex::testing {
 namespace {
 
-using support::UpdateChoice;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using update::UpdateChoice;
 
 constexpr wchar_t kListUrl[] = L"http://service/xmlservice/UpdateDataList.aspx?f=20240101&t=20240101&z=20240101";
 
@@ -33,13 +33,13 @@ class UpdateProcedure : public ::testing::Test, protected UpdateWorld {
 
     bool RunFromHost(UpdateChoice choice) {
         platform.choices.push_back(choice);
-        return update::LMUpdateData(object, true, L"My shop");
+        return update::LMUpdateData(object, platform.UpdateSurroundings(), true, L"My shop");
     }
     bool RunUnattended() {
         update::UpdateRequest request;
         request.dataFolder = folder.Text();
         request.unattended = true;
-        return update::Update(object, request, applied);
+        return update::Update(object, platform.UpdateSurroundings(), request, applied);
     }
     std::vector<std::wstring> Captions() const {
         std::vector<std::wstring> captions;
@@ -324,7 +324,7 @@ TEST_F(UpdateProcedure, AnUpperCaseEndingIsFoundUnpackedAndFails) {
 TEST_F(UpdateProcedure, TheDialogCanShowDetailsAndSendTheLogsBeforeTheChoice) {
     support::WriteFileBytes(folder.File(L"Error1.log"), "a line\r\n");
     platform.choices = {UpdateChoice::ShowDetails, UpdateChoice::SendLogs};
-    platform.mailResult = {support::MailStatus::Shown, {}};
+    platform.mailResult = {mail::MailStatus::Shown, {}};
     EXPECT_FALSE(RunFromHost(UpdateChoice::Cancel));
     EXPECT_EQ(platform.questions.size(), 3U);
     ASSERT_EQ(platform.messages.size(), 1U);
@@ -336,21 +336,21 @@ TEST_F(UpdateProcedure, TheDialogCanShowDetailsAndSendTheLogsBeforeTheChoice) {
 }
 
 TEST_F(UpdateProcedure, LogsThatCannotBeSentAreNamedToTheUser) {
-    const auto message = [this](support::MailStatus status) {
+    const auto message = [this](mail::MailStatus status) {
         platform.mailResult = {status, L"offline"};
         platform.choices.assign(platform.questions.size(), UpdateChoice::Cancel);
         platform.choices.push_back(UpdateChoice::SendLogs);
         RunFromHost(UpdateChoice::Cancel);
         return platform.messages.back().text;
     };
-    EXPECT_EQ(message(support::MailStatus::NoProgram), L"There are no logs to send.");
+    EXPECT_EQ(message(mail::MailStatus::NoProgram), L"There are no logs to send.");
     EXPECT_THAT(platform.mails, IsEmpty());
     support::WriteFileBytes(folder.File(L"Activity1.log"), "a line\r\n");
-    const std::wstring none = message(support::MailStatus::NoProgram);
+    const std::wstring none = message(mail::MailStatus::NoProgram);
     EXPECT_TRUE(none.starts_with(L"No mail program was found."));
     EXPECT_NE(none.find(L"Activity1.log"), std::wstring::npos);
-    EXPECT_NE(message(support::MailStatus::Failed).find(L"offline"), std::wstring::npos);
-    EXPECT_EQ(message(support::MailStatus::Sent), L"The logs were sent to support.");
+    EXPECT_NE(message(mail::MailStatus::Failed).find(L"offline"), std::wstring::npos);
+    EXPECT_EQ(message(mail::MailStatus::Sent), L"The logs were sent to support.");
 }
 
 // A host's timer can start a second run while the first one shows its progress.

@@ -19,7 +19,7 @@ class Web : public ::testing::Test {
     }
 
     quorvex::testing::FakePlatform platform;
-    object::Quorvex object{platform};
+    object::Quorvex object{platform, platform};
 };
 
 TEST_F(Web, AddressesAreBuiltAsTheServiceExpectsThem) {

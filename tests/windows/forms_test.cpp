@@ -78,7 +78,7 @@ TEST(MessageForm, InputModeGivesTheTypedTextOrNothing) {
 
 TEST(UpdateChoice, EachButtonGivesItsChoiceAndClosingIsCancel) {
     DialogPlatform platform;
-    using support::UpdateChoice;
+    using update::UpdateChoice;
     const std::wstring apply = L"Apply updates from files already in directory\r\nC:\\Data && more";
     const std::vector<std::pair<std::wstring, UpdateChoice>> buttons = {
         {L"&Download new updates from the internet and apply them", UpdateChoice::Download},

@@ -81,7 +81,7 @@ TEST_F(PickerTest, AnOwnerThatGoesAwayTakesTheDialogWithIt) {
 
 // A host timer may call in again while the first dialog is open, even while it searches.
 TEST_F(PickerTest, ASecondDialogFromAHostTimerNestsAndTheFirstGoesOn) {
-    object::Quorvex second(platform);
+    object::Quorvex second(platform, platform);
     second.ServerURL = L"http://s";
     bool innerResult = true;
     platform.hold = true;

@@ -18,7 +18,7 @@ inline constexpr wchar_t kHostCaption[] = L"Order entry - find address";
 class PickerTest : public ::testing::Test {
   protected:
     DialogPlatform platform;
-    object::Quorvex object{platform};
+    object::Quorvex object{platform, platform};
     std::unique_ptr<HostThread> host;
     bool result = false;
     HWND dialog = nullptr;

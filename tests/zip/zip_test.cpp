@@ -223,7 +223,7 @@ class UnzipTest : public ::testing::Test {
 
     bool Run(const std::string& archive, bool overwrite = true, const std::wstring& title = L"Unziping file") {
         support::WriteFileBytes(archive_, archive);
-        return update::Unzip(platform_, title, L"Unziping file", archive_, folder_.Text(), {}, overwrite);
+        return update::Unzip(platform_, platform_, title, L"Unziping file", archive_, folder_.Text(), {}, overwrite);
     }
     // The folder's files but the logs.
     std::vector<std::wstring> Files() const {
@@ -294,9 +294,9 @@ TEST_F(UnzipTest, RefusesAPasswordAndAMissingArchive) {
     ZipBuilder builder;
     builder.Add("UPDATE_F_20260131.dat", "x");
     support::WriteFileBytes(archive_, builder.Bytes());
-    EXPECT_FALSE(update::Unzip(platform_, {}, {}, archive_, folder_.Text(), L"secret", true));
-    EXPECT_FALSE(update::Unzip(platform_, {}, {}, elsewhere_.File(L"none.zip"), folder_.Text(), {}, true));
-    EXPECT_FALSE(update::Unzip(platform_, {}, {}, archive_, folder_.File(L"no such folder"), {}, true));
+    EXPECT_FALSE(update::Unzip(platform_, platform_, {}, {}, archive_, folder_.Text(), L"secret", true));
+    EXPECT_FALSE(update::Unzip(platform_, platform_, {}, {}, elsewhere_.File(L"none.zip"), folder_.Text(), {}, true));
+    EXPECT_FALSE(update::Unzip(platform_, platform_, {}, {}, archive_, folder_.File(L"no such folder"), {}, true));
     EXPECT_TRUE(Files().empty());
 }
 

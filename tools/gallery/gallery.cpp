@@ -65,7 +65,7 @@ void Play(const std::wstring& scene, HWND dialog) {
 
 int Run(const std::wstring& scene, int dpi) {
     DialogPlatform platform;
-    object::Quorvex object(platform);
+    object::Quorvex object(platform, platform);
     object.ServerURL = L"http://service";
     platform.onGetUrl = Answer;
     platform.realMessages = true;

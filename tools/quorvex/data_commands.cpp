@@ -149,14 +149,14 @@ Report UpdateData(object::Quorvex& object, ProgramPlatform& platform, const Upda
         return report;
     }
     if (command.from) CopyPackages(*command.from, folder);
-    platform.updateChoice = command.download ? support::UpdateChoice::Download : support::UpdateChoice::ApplyFromFolder;
+    platform.updateChoice = command.download ? update::UpdateChoice::Download : update::UpdateChoice::ApplyFromFolder;
     update::UpdateRequest request;
     request.dataFolder = folder;
     request.internetIsAvailable = command.download;
     int applied = 0;
-    const bool complete = update::Update(object, request, applied);
-    platform.HideProgress();
-    const localdata::LastUpdateDates after = localdata::GetLastUpdateDates(platform, folder);
+    const bool complete = update::Update(object, platform.UpdateSurroundings(), request, applied);
+    object.platform.progress.HideProgress();
+    const localdata::LastUpdateDates after = localdata::GetLastUpdateDates(object, folder);
     report.Add({static_cast<std::int64_t>(applied), after.full, after.street, after.postZon});
     const Outcome outcome = !complete ? Outcome::Failed : applied == 0 ? Outcome::Nothing : Outcome::Done;
     report.End(outcome, Joined(platform.messages));

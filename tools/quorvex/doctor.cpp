@@ -12,16 +12,16 @@ constexpr std::array<const wchar_t*, 3> kGradeNames = {L"ok", L"warning", L"prob
 
 } // namespace
 
-Report Examine(object::Quorvex& object, ProgramPlatform& platform) {
+Report Examine(object::Quorvex& object) {
     Findings findings;
     findings.push_back({Grade::Ok,
                         L"program",
                         L"quorvex " + object::GetVersion() + L", " + std::to_wstring(sizeof(void*) * 8) + L"-bit, " +
-                            platform.SystemVersion(),
+                            object.platform.machine.SystemVersion(),
                         {}});
     ExamineInstallation(findings);
     ExamineData(object, findings);
-    ExamineSurroundings(platform, findings);
+    ExamineSurroundings(object.platform, findings);
     ExamineService(object, findings);
 
     Report report("doctor", {"grade", "subject", "finding", "advice"});

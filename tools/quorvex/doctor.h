@@ -27,6 +27,6 @@ void ExamineInstallation(Findings& findings); // nothing to examine where COM do
 void ExamineSurroundings(const support::Platform& platform, Findings& findings); // proxy file, clock
 
 // All of them; columns: grade, subject, finding, advice. A failure if there is a problem.
-Report Examine(object::Quorvex& object, ProgramPlatform& platform);
+Report Examine(object::Quorvex& object);
 
 } // namespace quorvex::cli

@@ -64,8 +64,8 @@ void ExamineService(object::Quorvex& object, Findings& findings) {
 }
 
 void ExamineSurroundings(const support::Platform& platform, Findings& findings) {
-    if (platform.Now().year < kEarliestYear) {
-        findings.push_back({Grade::Problem, L"clock", L"the year is " + std::to_wstring(platform.Now().year),
+    if (platform.machine.Now().year < kEarliestYear) {
+        findings.push_back({Grade::Problem, L"clock", L"the year is " + std::to_wstring(platform.machine.Now().year),
                             L"set the clock: secure connections and update dates depend on it"});
     }
     const std::filesystem::path file = "RegServerProxySettings.xml";

@@ -45,7 +45,7 @@ class Runner {
     Report operator()(const UpdateCommand& command) {
         return WithData("update", [&] { return UpdateData(object_, platform_, command); });
     }
-    Report operator()(const DoctorCommand&) { return Examine(object_, platform_); }
+    Report operator()(const DoctorCommand&) { return Examine(object_); }
     Report operator()(const CleanRequest& command) {
         constexpr std::size_t kRowsAtOnceFromService = 20; // each may cost two requests
         CleanRequest request = command;
@@ -69,7 +69,7 @@ class Runner {
     Console& console_;
     const CommandLine& line_;
     ProgramPlatform platform_;
-    object::Quorvex object_{platform_};
+    object::Quorvex object_{platform_.Surroundings(), platform_.Databases()};
     ReadTurns turns_;
 };
 

@@ -8,7 +8,7 @@
 namespace quorvex::cli {
 
 WebClient& ProgramPlatform::Web() {
-    if (!web_) web_ = MakeWebClient(*this);
+    if (!web_) web_ = MakeWebClient(platform_);
     return *web_;
 }
 

@@ -5,6 +5,7 @@
 #include "quorvex/progress_line.h"
 #include "quorvex/web_client.h"
 #include "support/platform.h"
+#include "update/update_windows.h"
 
 #include <memory>
 #include <optional>
@@ -15,10 +16,25 @@ namespace quorvex::cli {
 
 // What the lookups find around them inside the program: nobody to ask, progress on the error stream, the embedded
 // engine. Messages are kept for the report instead of being shown.
-class ProgramPlatform final : public support::Platform {
+class ProgramPlatform final : private support::WebAccess,
+                              private support::UserPrompts,
+                              private support::ProgressDisplay,
+                              private support::Machine,
+                              private update::UpdateWindows,
+                              private mail::Mailer {
   public:
     explicit ProgramPlatform(Console& console) : console_(console) {}
+    ProgramPlatform(const ProgramPlatform&) = delete;
+    ProgramPlatform& operator=(const ProgramPlatform&) = delete;
 
+    support::Platform& Surroundings() { return platform_; }
+    update::Surroundings UpdateSurroundings() { return {*this, *this}; }
+    database::DatabaseProvider& Databases() { return databases_; }
+
+    update::UpdateChoice updateChoice = update::UpdateChoice::ApplyFromFolder;
+    std::vector<std::wstring> messages;
+
+  private:
     bool RequestRunning() const override { return false; }
     std::wstring GetUrl(const std::wstring& url, int limitSeconds) override;
     bool GetHttpFile(const std::wstring& url, const std::wstring& targetFile,
@@ -29,7 +45,7 @@ class ProgramPlatform final : public support::Platform {
     void SetClipboardText(const std::wstring&) override {}
     int OpenWithShell(const std::wstring&, const std::wstring&) override { return 0; }
     // The choice that was made on the command line.
-    support::UpdateChoice AskUpdateChoice(const std::wstring&, const std::wstring&, bool) override {
+    update::UpdateChoice AskUpdateChoice(const std::wstring&, const std::wstring&, bool) override {
         return updateChoice;
     }
     void ShowProgress(const std::wstring& caption, const std::wstring& text) override;
@@ -46,15 +62,12 @@ class ProgramPlatform final : public support::Platform {
     std::wstring DataAccessVersion() const override;
     std::wstring SystemVersion() const override;
 
-    database::DatabaseProvider& Databases() override { return databases_; }
+    mail::MailResult SendMail(const mail::MailMessage&) override { return {}; }
 
-    support::UpdateChoice updateChoice = support::UpdateChoice::ApplyFromFolder;
-    std::vector<std::wstring> messages;
-
-  private:
     WebClient& Web();
 
     Console& console_;
+    support::Platform platform_{*this, *this, *this, *this, {}};
     database::JetProvider databases_;
     std::unique_ptr<WebClient> web_; // made for the first request
     std::optional<ProgressLine> progress_;

@@ -65,7 +65,7 @@ class CurlClient final : public WebClient {
             complete = curl_easy_perform(handle_) == CURLE_OK;
         }
         caption_.clear();
-        platform_.HideProgress();
+        platform_.progress.HideProgress();
         file.close();
         std::error_code error;
         if (complete && file) std::filesystem::rename(part, support::ToPath(targetFile), error);
@@ -104,9 +104,9 @@ class CurlClient final : public WebClient {
     static int OnProgress(void* self, curl_off_t total, curl_off_t done, curl_off_t, curl_off_t) {
         auto& client = *static_cast<CurlClient*>(self);
         if (!client.caption_.empty() && total > 0) {
-            client.platform_.ShowProgress(client.caption_,
-                                          http::DownloadProgressText(client.name_, static_cast<std::uint64_t>(done),
-                                                                     static_cast<std::uint64_t>(total)));
+            client.platform_.progress.ShowProgress(
+                client.caption_, http::DownloadProgressText(client.name_, static_cast<std::uint64_t>(done),
+                                                            static_cast<std::uint64_t>(total)));
         }
         return StopRequested() ? 1 : 0;
     }
