@@ -1,7 +1,7 @@
 // Applying a package of 10,000 records to data files of 10,000, 50,000 and 200,000 rows, through the applier and the
 // embedded engine, beside SQLite doing the same: reading the package from a file of its own, replacing or adding each
-// record by one prepared statement, stamping the date; as one transaction, and with one per record.
-// Neither waits for the disk (SQLite: synchronous off): both survive the end of the process at any instant.
+// record by one prepared statement, stamping the date, as one transaction. Both survive a power cut (SQLite:
+// synchronous FULL, with a rollback journal and with a write-ahead log).
 
 #include "database/jet/jet_provider.h"
 #include "jet/database.h"
@@ -67,7 +67,7 @@ class Sqlite {
   public:
     explicit Sqlite(const fs::path& file) {
         Check(sqlite3_open(file.c_str(), &db_), "open");
-        Run("PRAGMA synchronous=OFF");
+        Run("PRAGMA synchronous=FULL");
         Run("PRAGMA cache_size=" + std::to_string(kCachePages));
     }
     Sqlite(const Sqlite&) = delete;
@@ -219,7 +219,8 @@ void BM_ApplyPackage(benchmark::State& state) {
     CountRecords(state);
 }
 
-void ApplyBySqlite(benchmark::State& state, bool oneTransaction) {
+// The package in one transaction, which a power cut cannot half undo, as the engine promises for each of its groups.
+void ApplyBySqlite(benchmark::State& state, const char* journal) {
     const Files& files = FilesOf(state);
     const fs::path packageFile = files.Package("package.sqlite");
     for (auto _ : state) {
@@ -228,8 +229,8 @@ void ApplyBySqlite(benchmark::State& state, bool oneTransaction) {
         state.ResumeTiming();
         Sqlite db(file);
         Sqlite package(packageFile);
-        // Each in the mode that is fastest for it.
-        db.Run(oneTransaction ? "BEGIN" : "PRAGMA journal_mode=WAL");
+        db.Run(std::string("PRAGMA journal_mode=") + journal);
+        db.Run("BEGIN");
         {
             Statement rows(package, "SELECT postcode, address, updated FROM full");
             Statement upsert(db, "INSERT INTO full VALUES (?, ?, ?) ON CONFLICT (postcode) DO UPDATE SET "
@@ -240,25 +241,25 @@ void ApplyBySqlite(benchmark::State& state, bool oneTransaction) {
             }
         }
         db.Run("UPDATE version SET text = '20260228' WHERE id = 2");
-        if (oneTransaction) db.Run("COMMIT");
+        db.Run("COMMIT");
     }
     CountRecords(state);
 }
 
-void BM_SqliteOneTransaction(benchmark::State& state) {
-    ApplyBySqlite(state, true);
+void BM_SqliteRollbackJournal(benchmark::State& state) {
+    ApplyBySqlite(state, "DELETE");
 }
 
-void BM_SqlitePerRecord(benchmark::State& state) {
-    ApplyBySqlite(state, false);
+void BM_SqliteWal(benchmark::State& state) {
+    ApplyBySqlite(state, "WAL");
 }
 
 void AllSizes(benchmark::internal::Benchmark* bench) {
     bench->Arg(10000)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 }
 BENCHMARK(BM_ApplyPackage)->Apply(AllSizes);
-BENCHMARK(BM_SqliteOneTransaction)->Apply(AllSizes);
-BENCHMARK(BM_SqlitePerRecord)->Apply(AllSizes);
+BENCHMARK(BM_SqliteRollbackJournal)->Apply(AllSizes);
+BENCHMARK(BM_SqliteWal)->Apply(AllSizes);
 
 } // namespace
 

@@ -49,7 +49,7 @@ RowId ChangeGroup::Write(Change change) {
     }
     const RowId id = change.id;
     open_.push_back(std::move(change));
-    if (IsFull()) Commit();
+    if (IsFull()) Finish(false);
     return id;
 }
 
@@ -58,9 +58,13 @@ bool ChangeGroup::IsFull() const {
 }
 
 void ChangeGroup::Commit() {
+    Finish(true);
+}
+
+void ChangeGroup::Finish(bool lasting) {
     const Clock::time_point start = Clock::now();
     try {
-        pager_->Commit();
+        pager_->Commit(lasting);
         commitTime_ = Clock::now() - start;
     } catch (const std::exception&) {
         if (open_.size() < 2) {
@@ -70,6 +74,7 @@ void ChangeGroup::Commit() {
         Redo();
     }
     open_.clear();
+    pager_->LetGo();
 }
 
 void ChangeGroup::Redo() {

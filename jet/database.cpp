@@ -16,6 +16,8 @@ Pager::Options PagerOptions(const OpenOptions& options, bool writable) {
     constexpr std::size_t kFewestCachePages = 16;
     Pager::Options out;
     out.writable = writable;
+    out.yields = options.yields;
+    out.wait = options.wait;
     out.cachePages = std::max(options.cachePages, kFewestCachePages);
     out.spillPages = options.spillPages;
     return out;
@@ -47,6 +49,24 @@ Database Database::Open(const std::filesystem::path& path, std::u16string_view p
     auto pager = Pager::Open(StorageOf(options), path, PagerOptions(options, options.writable));
     CheckHeader(*pager, password);
     return Database(std::make_unique<State>(std::move(pager)));
+}
+
+void Database::Recover(const std::filesystem::path& path, const OpenOptions& options) {
+    Storage& storage = StorageOf(options);
+    const std::filesystem::path journal = Journal::PathFor(path);
+    if (!storage.Exists(journal)) return;
+    // An invalid one is no reason to disturb those who have the file open.
+    if (!Journal::LooksValid(*storage.Open(journal, OpenMode::kSideFileRead))) return;
+    OpenDatabaseFile(storage, path, false, options.wait);
+}
+
+bool Database::IsHeld(const std::filesystem::path& path, const OpenOptions& options) {
+    try {
+        StorageOf(options).Open(path, OpenMode::kReadDenyWrite);
+    } catch (const Error& error) {
+        return error.code() == ErrorCode::kInUse;
+    }
+    return false;
 }
 
 Table Database::OpenTable(std::u16string_view name) {

@@ -44,15 +44,17 @@ Value ValueOf(const Row& row, const TableDef& def, const char16_t* name) {
 
 Database Database::Create(const std::filesystem::path& path, std::u16string_view password, const OpenOptions& options) {
     Storage& storage = StorageOf(options);
-    const Bytes pages = MakeEmptyDatabase(kNewFileDate, password);
+    const double created = Now().days;
+    const Bytes pages = MakeEmptyDatabase(created, password);
     auto state = std::make_unique<State>(Pager::Create(storage, path, pages, PagerOptions(options, true)));
     try {
         state->pager->Begin();
-        state->FillNewCatalog(kNewFileDate);
+        state->FillNewCatalog(created);
         state->pager->Commit();
     } catch (const Error&) {
         state.reset();
         storage.Remove(path);
+        storage.Remove(Journal::PathFor(path));
         throw;
     }
     return Database(std::move(state));

@@ -64,6 +64,8 @@ class UnlockableFile final : public jet::File {
     void WriteAt(std::uint64_t offset, jet::ByteView data) override { plain_->WriteAt(offset, data); }
     void Resize(std::uint64_t size) override { plain_->Resize(size); }
     void Flush() override { plain_->Flush(); }
+    bool TryLock(jet::LockByte byte, bool exclusive) override { return plain_->TryLock(byte, exclusive); }
+    void Unlock(jet::LockByte byte) noexcept override { plain_->Unlock(byte); }
 
   private:
     std::unique_ptr<jet::File> locked_;
@@ -93,6 +95,10 @@ class KeptDatabases::UnlockableStorage final : public jet::Storage {
     }
     bool Exists(const std::filesystem::path& path) override { return jet::SystemStorage().Exists(path); }
     void Remove(const std::filesystem::path& path) override { jet::SystemStorage().Remove(path); }
+    void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
+        jet::SystemStorage().Rename(from, to);
+    }
+    void FlushNames(const std::filesystem::path& path) override { jet::SystemStorage().FlushNames(path); }
 
     UnlockableFile* last = nullptr;
     Stamp stamp; // of that file, under its lock

@@ -61,6 +61,9 @@ inline constexpr std::size_t kHeaderDate = 0x72;
 inline constexpr std::size_t kHeaderConstant = 0x98;
 inline constexpr std::uint32_t kHeaderConstantValue = 1620;
 inline constexpr std::size_t kHeaderEngine = 0x9C; ///< "4.0"
+/// Of this engine alone: 8 bytes by which a journal knows the state it was made from (see Journal). Zero in files that
+/// other engines made, in a part of the page that they leave alone.
+inline constexpr std::size_t kHeaderStamp = 0xC00;
 inline constexpr std::size_t kHeaderCommitBytes = 0xE00;
 inline constexpr std::size_t kCommitPairs = 256;
 inline constexpr std::uint32_t kCommitStart = 0x0100;

@@ -65,6 +65,18 @@ class PosixFile final : public File {
         if (::fdatasync(handle_) != 0) ThrowSystem("Cannot flush", path_, errno);
     }
 
+    bool TryLock(LockByte byte, bool exclusive) override {
+        struct flock lock = Range(byte, exclusive ? F_WRLCK : F_RDLCK);
+        // An exclusive lock needs the right to write, and is asked for by those who have it.
+        if (::fcntl(handle_, F_OFD_SETLK, &lock) == 0) return true;
+        if (errno == EAGAIN || errno == EACCES) return false;
+        ThrowSystem("Cannot lock", path_, errno);
+    }
+    void Unlock(LockByte byte) noexcept override {
+        struct flock lock = Range(byte, F_UNLCK);
+        ::fcntl(handle_, F_OFD_SETLK, &lock);
+    }
+
     /// Locks by open file, not by process, so that two openings inside one process exclude each other as well.
     void Lock(bool exclusive) {
         struct flock lock {};
@@ -78,6 +90,16 @@ class PosixFile final : public File {
     }
 
   private:
+    static struct flock Range(LockByte byte, int type) {
+        constexpr off_t kFirst = off_t{1} << 62;
+        struct flock lock {};
+        lock.l_type = static_cast<short>(type);
+        lock.l_whence = SEEK_SET;
+        lock.l_start = kFirst + static_cast<off_t>(byte);
+        lock.l_len = 1;
+        return lock;
+    }
+
     int handle_;
     std::string path_;
 };
@@ -117,6 +139,21 @@ class PosixStorage final : public Storage {
 
     void Remove(const std::filesystem::path& path) override {
         if (::unlink(path.c_str()) != 0 && errno != ENOENT) ThrowSystem("Cannot remove", path.native(), errno);
+    }
+
+    void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
+        if (::rename(from.c_str(), to.c_str()) != 0) ThrowSystem("Cannot rename", from.native(), errno);
+    }
+
+    void FlushNames(const std::filesystem::path& path) override {
+        const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+        const int handle = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (handle < 0) ThrowSystem("Cannot open", folder.native(), errno);
+        const int result = ::fsync(handle);
+        const int error = errno;
+        ::close(handle);
+        // Some file systems cannot flush a folder and say so; their names are durable by other means or not at all.
+        if (result != 0 && error != EINVAL) ThrowSystem("Cannot flush", folder.native(), error);
     }
 };
 

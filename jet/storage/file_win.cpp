@@ -122,7 +122,23 @@ class WindowsFile final : public File {
         if (!::FlushFileBuffers(handle_)) ThrowSystem("Cannot flush", path_, ::GetLastError());
     }
 
+    bool TryLock(LockByte byte, bool exclusive) override {
+        OVERLAPPED place = Place(kFirstLock + static_cast<std::uint64_t>(byte));
+        const DWORD flags = LOCKFILE_FAIL_IMMEDIATELY | (exclusive ? LOCKFILE_EXCLUSIVE_LOCK : 0);
+        if (::LockFileEx(handle_, flags, 0, 1, 0, &place)) return true;
+        const DWORD error = ::GetLastError();
+        if (error == ERROR_LOCK_VIOLATION || error == ERROR_IO_PENDING) return false;
+        ThrowSystem("Cannot lock", path_, error);
+    }
+    void Unlock(LockByte byte) noexcept override {
+        OVERLAPPED place = Place(kFirstLock + static_cast<std::uint64_t>(byte));
+        ::UnlockFileEx(handle_, 0, 1, 0, &place);
+    }
+
   private:
+    /// Far beyond any contents, because locked bytes cannot be read.
+    static constexpr std::uint64_t kFirstLock = std::uint64_t{1} << 62;
+
     static OVERLAPPED Place(std::uint64_t offset) {
         OVERLAPPED place{};
         place.Offset = static_cast<DWORD>(offset);
@@ -171,7 +187,12 @@ class WindowsStorage final : public Storage {
     }
 
     bool Exists(const std::filesystem::path& path) override {
-        return ::GetFileAttributesW(SystemPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+        const std::wstring name = SystemPath(path);
+        if (::GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES) return true;
+        // Anything else, such as a share that does not answer, says nothing about the file.
+        const DWORD error = ::GetLastError();
+        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return false;
+        ThrowSystem("Cannot look for", name, error);
     }
 
     void Remove(const std::filesystem::path& path) override {
@@ -180,6 +201,16 @@ class WindowsStorage final : public Storage {
         const DWORD error = ::GetLastError();
         if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) ThrowSystem("Cannot remove", name, error);
     }
+
+    void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
+        const std::wstring name = SystemPath(from);
+        if (::MoveFileExW(name.c_str(), SystemPath(to).c_str(), MOVEFILE_WRITE_THROUGH)) return;
+        ThrowSystem("Cannot rename", name, ::GetLastError());
+    }
+
+    /// Nothing to do: Windows cannot flush a folder, and its file systems log the making of a name before the flush of
+    /// the new file returns.
+    void FlushNames(const std::filesystem::path&) override {}
 };
 
 } // namespace

@@ -4,14 +4,16 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <functional>
 #include <optional>
 #include <random>
+#include <string>
+#include <string_view>
 
 namespace jet {
 namespace {
 
-constexpr std::array<Byte, 8> kMagic = {'Q', 'J', 'E', 'T', 'J', 'R', 'N', '2'};
+constexpr std::array<Byte, 8> kMagic = {'Q', 'J', 'E', 'T', 'J', 'R', 'N', '3'};
 constexpr std::size_t kHeaderSize = 64;
 constexpr std::size_t kRecordSize = 8 + kPageSize + 8;
 constexpr std::size_t kRecordsPerWrite = 64;
@@ -21,7 +23,10 @@ constexpr std::size_t kSalt = 8;
 constexpr std::size_t kSegment = 16;
 constexpr std::size_t kRecords = 20;
 constexpr std::size_t kOldPages = 24;
+constexpr std::size_t kNewPages = 28;
 constexpr std::size_t kIdentity = 32;
+constexpr std::size_t kStampBefore = 40;
+constexpr std::size_t kStampAfter = 48;
 constexpr std::size_t kHeaderSum = 56;
 
 std::uint64_t Fold(std::uint64_t h, std::uint64_t word) {
@@ -51,17 +56,20 @@ struct Segment {
     std::uint32_t number;
     std::uint32_t records;
     PageNo oldPages;
+    PageNo newPages;
+    std::uint64_t identity;
+    std::uint64_t stampBefore;
+    std::uint64_t stampAfter;
 };
 
-std::optional<Segment> ReadSegment(File& journal, std::uint64_t offset, std::uint64_t identity) {
+std::optional<Segment> ReadSegment(File& journal, std::uint64_t offset) {
     std::array<Byte, kHeaderSize> header;
     if (journal.ReadAt(offset, header) != kHeaderSize) return std::nullopt;
-    if (!std::equal(kMagic.begin(), kMagic.end(), header.begin())) return std::nullopt;
-    const ByteView covered(header.data(), kHeaderSum);
-    if (Load64(header.data() + kHeaderSum) != Checksum(0, covered)) return std::nullopt;
-    if (Load64(header.data() + kIdentity) != identity) return std::nullopt;
-    return Segment{Load64(header.data() + kSalt), Load32(header.data() + kSegment), Load32(header.data() + kRecords),
-                   Load32(header.data() + kOldPages)};
+    const Byte* const at = header.data();
+    if (!std::equal(kMagic.begin(), kMagic.end(), at)) return std::nullopt;
+    if (Load64(at + kHeaderSum) != Checksum(0, ByteView(at, kHeaderSum))) return std::nullopt;
+    return Segment{Load64(at + kSalt),     Load32(at + kSegment),  Load32(at + kRecords),     Load32(at + kOldPages),
+                   Load32(at + kNewPages), Load64(at + kIdentity), Load64(at + kStampBefore), Load64(at + kStampAfter)};
 }
 
 using RecordAction = std::function<void(PageNo, ByteView)>;
@@ -87,23 +95,38 @@ bool ReadRecords(File& journal, std::uint64_t offset, const Segment& segment, co
     return true;
 }
 
-/// Runs through all whole segments; returns the old page count, or nothing when not even the first is whole.
-std::optional<PageNo> ReadJournal(File& journal, std::uint64_t identity, const RecordAction& action) {
-    std::optional<PageNo> oldPages;
-    std::uint64_t salt = 0;
+/// Runs through all whole segments; returns the last of them, or nothing if not even the first is whole.
+std::optional<Segment> ReadJournal(File& journal, const RecordAction& action) {
+    std::optional<Segment> last;
     std::uint64_t offset = 0;
     for (std::uint32_t number = 0;; ++number) {
-        const auto segment = ReadSegment(journal, offset, identity);
-        if (!segment || segment->number != number || (number > 0 && segment->salt != salt)) break;
+        const auto segment = ReadSegment(journal, offset);
+        if (!segment || segment->number != number || (last && segment->salt != last->salt)) break;
         offset += kHeaderSize;
         // Checked whole before anything of it is used.
         if (!ReadRecords(journal, offset, *segment, nullptr)) break;
         if (action) ReadRecords(journal, offset, *segment, action);
-        salt = segment->salt;
-        oldPages = segment->oldPages;
+        const PageNo newPages = std::max(segment->newPages, last ? last->newPages : 0);
+        last = segment;
+        last->newPages = newPages;
         offset += std::uint64_t{segment->records} * kRecordSize;
     }
-    return oldPages;
+    return last;
+}
+
+/// Whether the database is in the state that the journal was made from, or between it and the next one.
+bool Matches(const Segment& last, File& database) {
+    const std::uint64_t size = database.Size();
+    if (last.oldPages == 0 || size < std::uint64_t{last.oldPages} * kPageSize) return false;
+    if (size > std::uint64_t{last.newPages} * kPageSize) return false;
+    const FileState state = FileState::Of(database);
+    return state.identity == last.identity && (state.stamp == last.stampBefore || state.stamp == last.stampAfter);
+}
+
+/// A transaction's stamp, never 0.
+std::uint64_t StampOf(std::uint64_t salt) {
+    constexpr std::uint64_t kSeed = 0x9E3779B97F4A7C15U;
+    return Fold(kSeed, salt) | 1;
 }
 
 std::uint64_t NewSalt() {
@@ -111,41 +134,74 @@ std::uint64_t NewSalt() {
     return std::uint64_t{source()} << 32 | source();
 }
 
-} // namespace
-
-std::filesystem::path Journal::PathFor(const std::filesystem::path& database) {
-    // Appended as it is: a conversion of narrow text would bring in the library's locales.
-    constexpr std::string_view kSuffix = ".journal";
-    std::filesystem::path::string_type name = database.native();
-    name.append(kSuffix.begin(), kSuffix.end());
+/// Appended as it is: a conversion of narrow text would bring in the library's locales.
+std::filesystem::path WithSuffix(const std::filesystem::path& path, std::string_view suffix) {
+    std::filesystem::path::string_type name = path.native();
+    name.append(suffix.begin(), suffix.end());
     return name;
 }
 
-std::uint64_t Journal::Identity(File& database) {
+} // namespace
+
+std::filesystem::path Journal::PathFor(const std::filesystem::path& database) {
+    return WithSuffix(database, ".journal");
+}
+
+FileState FileState::Of(File& database) {
     std::array<Byte, kPageSize> header{};
-    database.ReadAt(0, header);
-    return Checksum(1, header);
+    if (database.ReadAt(0, header) != kPageSize) throw Error(ErrorCode::kIo, "The database has no whole header page");
+    FileState state;
+    state.stamp = Load64(header.data() + kHeaderStamp);
+    Store64(header.data() + kHeaderStamp, 0);
+    state.identity = Checksum(1, header);
+    return state;
 }
 
-void Journal::OpenFile() {
+File& Journal::OpenFile() {
     if (!file_) file_ = storage_.Open(path_, OpenMode::kSideFile);
+    return *file_;
 }
 
-void Journal::Append(File& database, std::uint64_t identity, PageNo oldPageCount, std::span<const PageNo> pages) {
+File& Journal::OpenFileAgain() {
+    file_.reset();
+    return OpenFile();
+}
+
+std::uint64_t Journal::NextStamp() {
+    if (salt_ == 0) salt_ = NewSalt();
+    return StampOf(salt_ + 1);
+}
+
+void Journal::Append(File& database, const FileState& before, PageNo oldPageCount, PageNo newPageCount,
+                     std::span<const PageNo> pages) {
     OpenFile();
+    std::array<Byte, kHeaderSize> header{};
+    Byte* const at = header.data();
     if (segments_ == 0) {
         if (salt_ == 0) salt_ = NewSalt();
         ++salt_;
         end_ = 0;
     }
+    std::copy(kMagic.begin(), kMagic.end(), at);
+    Store64(at + kSalt, salt_);
+    Store32(at + kSegment, segments_);
+    Store32(at + kRecords, static_cast<std::uint32_t>(pages.size()));
+    Store32(at + kOldPages, oldPageCount);
+    Store32(at + kNewPages, newPageCount);
+    Store64(at + kIdentity, before.identity);
+    Store64(at + kStampBefore, before.stamp);
+    Store64(at + kStampAfter, StampOf(salt_));
+    Store64(at + kHeaderSum, Checksum(0, ByteView(at, kHeaderSum)));
+    WriteRecords(database, header, pages);
+    file_->Flush();
+    if (!nameFlushed_) storage_.FlushNames(path_);
+    nameFlushed_ = true;
+    ++segments_;
+}
+
+void Journal::WriteRecords(File& database, ByteView header, std::span<const PageNo> pages) {
     Bytes buffer(kHeaderSize + std::min(kRecordsPerWrite, pages.size()) * kRecordSize);
-    std::copy(kMagic.begin(), kMagic.end(), buffer.begin());
-    Store64(buffer.data() + kSalt, salt_);
-    Store32(buffer.data() + kSegment, segments_);
-    Store32(buffer.data() + kRecords, static_cast<std::uint32_t>(pages.size()));
-    Store32(buffer.data() + kOldPages, oldPageCount);
-    Store64(buffer.data() + kIdentity, identity);
-    Store64(buffer.data() + kHeaderSum, Checksum(0, ByteView(buffer).first(kHeaderSum)));
+    std::copy(header.begin(), header.end(), buffer.begin());
     std::uint64_t offset = end_;
     std::size_t start = kHeaderSize;
     for (std::size_t done = 0; done < pages.size() || start > 0;) {
@@ -165,16 +221,14 @@ void Journal::Append(File& database, std::uint64_t identity, PageNo oldPageCount
         done += count;
         start = 0;
     }
-    file_->Flush();
     end_ = offset;
-    ++segments_;
 }
 
-void Journal::Invalidate() {
-    if (file_) {
+void Journal::Invalidate(bool lasting) {
+    if (file_ && file_->Size() > 0) {
         const std::array<Byte, kHeaderSize> nothing{};
         file_->WriteAt(0, nothing);
-        file_->Flush();
+        if (lasting) file_->Flush();
     }
     segments_ = 0;
 }
@@ -182,6 +236,7 @@ void Journal::Invalidate() {
 void Journal::Remove() noexcept {
     file_.reset();
     segments_ = 0;
+    nameFlushed_ = false;
     try {
         storage_.Remove(path_);
     } catch (const std::exception&) {
@@ -189,22 +244,52 @@ void Journal::Remove() noexcept {
     }
 }
 
-bool Journal::IsHot(Storage& storage, const std::filesystem::path& path, File& database) {
-    const auto journal = storage.Open(path, OpenMode::kSideFileRead);
-    return ReadJournal(*journal, Identity(database), nullptr).has_value();
+void Journal::RemoveIfEmpty() noexcept {
+    try {
+        if (OpenFile().Size() == 0) Remove();
+    } catch (const std::exception&) {
+        return;
+    }
 }
 
-void Journal::Replay(File& database, std::uint64_t identity) {
+Journal::Finding Journal::Examine(Storage& storage, const std::filesystem::path& path, File& database) {
+    if (!storage.Exists(path)) return Finding::kNothing;
+    std::unique_ptr<File> journal;
+    try {
+        journal = storage.Open(path, OpenMode::kSideFileRead);
+    } catch (const Error& error) {
+        if (error.code() != ErrorCode::kFileNotFound) throw;
+        return Finding::kNothing; // its writer has just removed it
+    }
+    const auto last = ReadJournal(*journal, nullptr);
+    if (!last) return Finding::kNothing;
+    return Matches(*last, database) ? Finding::kHot : Finding::kForeign;
+}
+
+bool Journal::LooksValid(File& journal) {
+    return ReadSegment(journal, 0).has_value();
+}
+
+void Journal::Replay(File& database) {
     OpenFile();
-    const auto oldPages = ReadJournal(*file_, identity, [&](PageNo page, ByteView bytes) {
-        database.WriteAt(std::uint64_t{page} * kPageSize, bytes);
-    });
-    if (oldPages) {
-        const std::uint64_t size = std::uint64_t{*oldPages} * kPageSize;
+    const auto last = ReadJournal(
+        *file_, [&](PageNo page, ByteView bytes) { database.WriteAt(std::uint64_t{page} * kPageSize, bytes); });
+    if (last) {
+        const std::uint64_t size = std::uint64_t{last->oldPages} * kPageSize;
         if (database.Size() != size) database.Resize(size);
         database.Flush();
     }
-    Invalidate();
+    Invalidate(true);
+}
+
+std::filesystem::path Journal::SetAside(Storage& storage, const std::filesystem::path& path) {
+    for (int number = 1;; ++number) {
+        const std::filesystem::path aside = WithSuffix(path, ".aside" + std::to_string(number));
+        if (storage.Exists(aside)) continue;
+        storage.Rename(path, aside);
+        storage.FlushNames(path);
+        return aside;
+    }
 }
 
 } // namespace jet

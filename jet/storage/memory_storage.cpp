@@ -17,6 +17,7 @@ class MemoryFile final : public File {
     ~MemoryFile() override {
         if (Reads()) --holders_->readers;
         if (Writes()) --holders_->writers;
+        std::erase_if(holders_->locks, [this](const auto& lock) { return lock.owner == this; });
     }
     MemoryFile(const MemoryFile&) = delete;
     MemoryFile& operator=(const MemoryFile&) = delete;
@@ -39,6 +40,18 @@ class MemoryFile final : public File {
 
     void Resize(std::uint64_t size) override { bytes_->resize(Offset(size)); }
     void Flush() override {}
+
+    bool TryLock(LockByte byte, bool exclusive) override {
+        for (const MemoryStorage::Lock& lock : holders_->locks) {
+            if (lock.byte == byte && lock.owner != this && (exclusive || lock.exclusive)) return false;
+        }
+        holders_->locks.push_back({byte, this, exclusive});
+        return true;
+    }
+    void Unlock(LockByte byte) noexcept override {
+        std::erase_if(holders_->locks,
+                      [this, byte](const auto& lock) { return lock.byte == byte && lock.owner == this; });
+    }
 
   private:
     /// What lies in memory can be counted in memory's own units, whatever the width of the build.
@@ -70,6 +83,13 @@ std::unique_ptr<File> MemoryStorage::Open(const std::filesystem::path& path, Ope
         throw Error(ErrorCode::kInUse, "The file is in use by someone else");
     }
     return std::make_unique<MemoryFile>(found->second.bytes, found->second.holders, mode);
+}
+
+void MemoryStorage::Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+    const auto found = entries_.find(from);
+    if (found == entries_.end()) throw Error(ErrorCode::kFileNotFound, "No such file in memory");
+    entries_[to] = found->second;
+    entries_.erase(from);
 }
 
 void MemoryStorage::Put(const std::filesystem::path& path, Bytes bytes) {

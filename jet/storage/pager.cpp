@@ -3,114 +3,105 @@
 #include "jet/error.h"
 
 #include <algorithm>
-#include <chrono>
-#include <optional>
-#include <thread>
 
 namespace jet {
 namespace {
 
 constexpr std::size_t kSpareImages = 64;
-constexpr int kRecoveryTries = 25;
-constexpr int kLettingGoTries = 3;
-constexpr auto kRecoveryPause = std::chrono::milliseconds(10);
-
-/// Undoes the transaction described by the journal; the file is not open here. False: somebody else has it.
-bool Recover(Storage& storage, const std::filesystem::path& path, const std::filesystem::path& journalPath) {
-    try {
-        const auto file = storage.Open(path, OpenMode::kWriteDenyWrite);
-        // Somebody may have been faster.
-        if (!storage.Exists(journalPath) || !Journal::IsHot(storage, journalPath, *file)) return true;
-        Journal journal(storage, journalPath);
-        journal.Replay(*file, Journal::Identity(*file));
-        journal.Remove();
-        return true;
-    } catch (const Error& error) {
-        if (error.code() == ErrorCode::kInUse) return false;
-        if (error.code() == ErrorCode::kAccessDenied) {
-            throw Error(ErrorCode::kRecoveryNeeded,
-                        "The last change to the database was interrupted and must be undone first, but the file or its "
-                        "journal cannot be written here");
-        }
-        throw;
-    }
-}
-
-std::unique_ptr<File> OpenRecovered(Storage& storage, const std::filesystem::path& path, bool writable) {
-    const OpenMode mode = writable ? OpenMode::kWriteDenyWrite : OpenMode::kReadDenyWrite;
-    const std::filesystem::path journalPath = Journal::PathFor(path);
-    for (int tries = 0;; ++tries) {
-        try {
-            auto file = storage.Open(path, mode);
-            if (!storage.Exists(journalPath) || !Journal::IsHot(storage, journalPath, *file)) return file;
-        } catch (const Error& error) {
-            // A journal beside a busy file may mean that somebody is undoing an interrupted change this very moment.
-            // Whoever repairs removes the journal a moment before it lets go of the file.
-            const int most = storage.Exists(journalPath) ? kRecoveryTries : kLettingGoTries;
-            if (error.code() != ErrorCode::kInUse || tries >= most) throw;
-            std::this_thread::sleep_for(kRecoveryPause);
-            continue;
-        }
-        if (!Recover(storage, path, journalPath)) {
-            if (tries >= kRecoveryTries) throw Error(ErrorCode::kInUse, "The database is in use by someone else");
-            std::this_thread::sleep_for(kRecoveryPause);
-        }
-    }
-}
+constexpr PageNo kHeaderPage = 0;
 
 } // namespace
 
 std::shared_ptr<Pager> Pager::Open(Storage& storage, const std::filesystem::path& path, const Options& options) {
-    auto file = OpenRecovered(storage, path, options.writable);
-    return std::shared_ptr<Pager>(new Pager(storage, path, std::move(file), options));
+    std::shared_ptr<Pager> pager(new Pager(storage, path, options));
+    if (options.yields && options.writable) {
+        pager->turn_.emplace(storage, path, pager->journal_);
+        try {
+            pager->Attach(pager->turn_->Take(options.wait));
+        } catch (const Error&) {
+            pager->journal_.RemoveIfEmpty();
+            throw;
+        }
+    } else {
+        pager->Attach(OpenDatabaseFile(storage, path, options.writable, options.wait));
+    }
+    return pager;
 }
 
 std::shared_ptr<Pager> Pager::Create(Storage& storage, const std::filesystem::path& path, ByteView pages,
                                      const Options& options) {
     auto file = storage.Open(path, OpenMode::kCreateNew);
     try {
-        // A journal of an earlier file of this name must not be taken for this one's.
-        storage.Remove(Journal::PathFor(path));
+        // A journal of an earlier file of this name may still be wanted for that file.
+        const std::filesystem::path journal = Journal::PathFor(path);
+        if (storage.Exists(journal)) Journal::SetAside(storage, journal);
         file->WriteAt(0, pages);
         file->Flush();
+        storage.FlushNames(path);
     } catch (const Error&) {
         file.reset();
         storage.Remove(path);
         throw;
     }
-    return std::shared_ptr<Pager>(new Pager(storage, path, std::move(file), options));
+    std::shared_ptr<Pager> pager(new Pager(storage, path, options));
+    pager->Attach(std::move(file));
+    return pager;
 }
 
-Pager::Pager(Storage& storage, const std::filesystem::path& path, std::unique_ptr<File> file, const Options& options)
-    : file_(std::move(file)), options_(options), journal_(storage, Journal::PathFor(path)) {
+Pager::Pager(Storage& storage, const std::filesystem::path& path, const Options& options)
+    : options_(options), journal_(storage, Journal::PathFor(path)) {
     spareImages_.reserve(kSpareImages);
+}
+
+void Pager::Attach(std::unique_ptr<File> file) {
+    file_ = std::move(file);
     // A last part of a page belongs to no page; the header check reports it.
     const std::uint64_t size = file_->Size();
-    const std::uint64_t pages = size / kPageSize;
     partialPage_ = size % kPageSize != 0;
-    pageCount_ = static_cast<PageNo>(std::min<std::uint64_t>(pages, kMaxPages));
-    if (options_.writable) identity_ = Journal::Identity(*file_);
+    pageCount_ = static_cast<PageNo>(std::min<std::uint64_t>(size / kPageSize, kMaxPages));
+    if (options_.writable && pageCount_ > 0) state_ = FileState::Of(*file_);
 }
 
 Pager::~Pager() {
     try {
         Close();
     } catch (const std::exception&) {
-        return; // what could not be committed was taken back
+        return; // what could not be committed was rolled back
     }
 }
 
 void Pager::Close() {
-    if (!file_) return;
+    if (!file_ && !away_) return;
     if (!broken_) Commit();
-    // After a failed undo the journal is what repairs the file; it must stay.
+    // After a failed roll-back the journal is what repairs the file; it must stay.
     if (options_.writable && !broken_) journal_.Remove();
     file_.reset();
+    away_ = false;
+    turn_.reset();
 }
 
-void Pager::CheckUsable() const {
+void Pager::CheckUsable() {
+    if (away_ && !broken_) TakeBack();
     if (!file_) throw Error(ErrorCode::kUsage, "The database is closed");
     if (broken_) throw Error(ErrorCode::kIo, "The database must be opened again after a failed write");
+}
+
+void Pager::LetGo() {
+    if (!turn_ || away_ || broken_ || pending_ || inStatement_) return;
+    begun_ = false;
+    file_.reset();
+    away_ = true;
+    turn_->Give();
+}
+
+void Pager::TakeBack() {
+    const FileState known = state_;
+    const PageNo knownPages = pageCount_;
+    Attach(turn_->Take(options_.wait));
+    away_ = false;
+    if (state_ == known && pageCount_ == knownPages) return;
+    for (const auto& frame : frames_) Drop(frame.get());
+    ++rollbacks_;
 }
 
 /// Forgets a page; whoever still pins it keeps the bytes.
@@ -278,11 +269,15 @@ void Pager::Begin() {
     begun_ = true;
 }
 
-void Pager::Commit() {
-    CheckUsable();
+void Pager::Commit(bool lasting) {
+    if (!away_) CheckUsable();
     if (inStatement_) throw Error(ErrorCode::kUsage, "A statement is still open");
     begun_ = false;
-    if (!pending_) return;
+    if (!pending_) {
+        if (lasting && owesFlush_) journal_.Invalidate(true);
+        if (lasting) owesFlush_ = false;
+        return;
+    }
     try {
         WriteOut();
         file_->Flush();
@@ -291,13 +286,15 @@ void Pager::Commit() {
         throw;
     }
     try {
-        if (journal_.active()) journal_.Invalidate();
+        if (journal_.active()) journal_.Invalidate(lasting);
+        owesFlush_ = !lasting;
     } catch (const std::exception&) {
         // The journal may or may not be invalid now, so neither going on nor rolling back would be right. The journal
         // decides at the next opening.
         broken_ = true;
         throw;
     }
+    state_.stamp = newStamp_;
     pending_ = false;
     journaled_.clear();
 }
@@ -309,15 +306,25 @@ void Pager::RollBack() {
     CheckUsable();
 }
 
+/// Gives the file the stamp by which the journal knows the state that the open transaction leads to.
+void Pager::StampHeader() {
+    Page* const header = Load(kHeaderPage);
+    newStamp_ = journal_.NextStamp();
+    Store64(header->bytes.data() + kHeaderStamp, newStamp_);
+    if (!header->dirty) dirty_.push_back(header);
+    header->dirty = true;
+}
+
 /// Saves the old contents of the changed pages, then writes the new ones. The transaction stays undecided.
 void Pager::WriteOut() {
     if (dirty_.empty()) return;
+    if (!journal_.active()) StampHeader();
     std::sort(dirty_.begin(), dirty_.end(), [](const Page* a, const Page* b) { return a->number < b->number; });
     std::vector<PageNo> save;
     for (const Page* page : dirty_) {
         if (page->number < transactionPages_ && journaled_.insert(page->number).second) save.push_back(page->number);
     }
-    journal_.Append(*file_, identity_, transactionPages_, save);
+    journal_.Append(*file_, state_, transactionPages_, pageCount_, save);
     // New pages first: where the disk is full, that shows before anything is overwritten.
     const auto grown = std::find_if(dirty_.begin(), dirty_.end(),
                                     [this](const Page* page) { return page->number >= transactionPages_; });
@@ -351,9 +358,9 @@ void Pager::UndoTransaction() noexcept {
         ++rollbacks_;
         journaled_.clear();
         if (journal_.active()) {
-            journal_.Replay(*file_, identity_);
+            journal_.Replay(*file_);
         } else {
-            journal_.Remove(); // nothing was overwritten yet
+            journal_.Invalidate(true); // nothing was overwritten yet
         }
     } catch (const std::exception&) {
         broken_ = true;

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "storage/journal.h"
+#include "storage/sharing.h"
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -79,8 +80,10 @@ class Pager {
   public:
     struct Options {
         bool writable = false;
-        std::size_t cachePages = 1024; ///< unchanged pages kept in memory
-        std::size_t spillPages = 4096; ///< changed pages after which an open transaction is written out
+        bool yields = false;               ///< writable: LetGo may be called
+        std::chrono::milliseconds wait{0}; ///< for others who hold the file
+        std::size_t cachePages = 1024;     ///< unchanged pages kept in memory
+        std::size_t spillPages = 4096;     ///< changed pages after which an open transaction is written out
     };
 
     /// Opens an existing file and undoes a half-written transaction found beside it.
@@ -108,17 +111,26 @@ class Pager {
     /// The statements that follow are one transaction, until Commit or until a failure rolls it back.
     void Begin();
     bool inTransaction() const { return begun_; }
-    /// Writes the open transaction; its changes are on the disk when this returns. On failure nothing of it is left.
-    void Commit();
+    /// Writes the open transaction; its changes are on the disk when this returns. On failure nothing of it is left,
+    /// except when the commit itself failed: then nobody knows, and the file must be opened again.
+    ///
+    /// If it need not last, a power cut may roll it back, as a whole, until a later transaction is committed or written
+    /// out; that saves a flush.
+    void Commit(bool lasting = true);
     void RollBack();
+    /// Lets others have the file until it is next needed; between transactions only, and only with `yields`. What is
+    /// cached is dropped if the file was changed meanwhile.
+    void LetGo();
     /// Commits and closes the file; later calls fail with kUsage.
     void Close();
 
   private:
     friend class Statement;
 
-    Pager(Storage& storage, const std::filesystem::path& path, std::unique_ptr<File> file, const Options& options);
-    void CheckUsable() const;
+    Pager(Storage& storage, const std::filesystem::path& path, const Options& options);
+    void Attach(std::unique_ptr<File> file);
+    void TakeBack();
+    void CheckUsable();
     Page* Load(PageNo page);
     Page* NewFrame(PageNo page);
     void Drop(Page* page) noexcept;
@@ -128,14 +140,19 @@ class Pager {
     void BeginStatement();
     void EndStatement();
     void UndoStatement() noexcept;
+    void StampHeader();
     void WriteOut();
     void WritePages();
     void UndoTransaction() noexcept;
 
-    std::unique_ptr<File> file_;
     Options options_;
     Journal journal_;
-    std::uint64_t identity_ = 0;
+    std::optional<WriterTurn> turn_;
+    std::unique_ptr<File> file_;
+    bool away_ = false; ///< let go of
+    FileState state_;   ///< as of the last commit; of a writable file
+    std::uint64_t newStamp_ = 0;
+    bool owesFlush_ = false; ///< of the journal, after a commit that need not last
     PageNo pageCount_ = 0;
     bool partialPage_ = false;
     std::vector<std::unique_ptr<Page>> frames_;

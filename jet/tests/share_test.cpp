@@ -10,6 +10,7 @@ using namespace testing;
 std::optional<ErrorCode> TryOpen(const std::filesystem::path& path, bool writable) {
     OpenOptions options;
     options.writable = writable;
+    options.wait = std::chrono::milliseconds(0);
     return CodeOf([&] { Database::Open(path, kPassword, options); });
 }
 

@@ -13,4 +13,8 @@ inline constexpr wchar_t kDatabaseUser[] = L"admin";
 // The connection string of a data or update file, given by its full path, used as it stands.
 std::wstring ConnectionString(const std::wstring& file);
 
+// The file and the password that a connection string names; empty if it names none.
+std::wstring DataSource(const std::wstring& connectionString);
+std::wstring DatabasePassword(const std::wstring& connectionString);
+
 } // namespace quorvex::database

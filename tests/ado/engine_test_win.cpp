@@ -1,6 +1,8 @@
 #include "database/ado/provider_win.h"
 #include "database/ado/value_win.h"
+#include "jet/database.h"
 #include "support/error.h"
+#include "support/files.h"
 #include "support/text.h"
 #include "testing/ado_stand_in_win.h"
 #include "testing/sample_data.h"
@@ -53,6 +55,35 @@ class AdoEngine : public ::testing::Test {
     std::unique_ptr<Connection> connection;
     std::unique_ptr<Recordset> recordset;
 };
+
+// The layer does not know of the journal that a killed update leaves, so the file must be whole before it is opened.
+TEST_F(AdoEngine, FindsAnInterruptedUpdateRolledBack) {
+    const std::wstring target = folder.File(L"PAF_FULL.dat");
+    const std::string before = support::ReadFileBytes(target);
+    {
+        const TempFolder elsewhere;
+        const auto path = support::ToPath(elsewhere.File(L"PAF_FULL.dat"));
+        support::WriteFileBytes(support::FromPath(path), before);
+        jet::OpenOptions options;
+        options.writable = true;
+        options.spillPages = 1;
+        jet::Database database = jet::Database::Open(path, u"lanternfox", options);
+        const jet::Table table = database.OpenTable(u"PAF_FULLAddress");
+        database.Begin();
+        jet::Cursor rows = table.Rows();
+        for (int i = 0; i < 20 && rows.Next(); ++i) {
+            jet::Table(table).Update(rows.Current().id(), {{jet::Assignment{1, u"half an update"}}});
+        }
+        support::WriteFileBytes(target, support::ReadFileBytes(support::FromPath(path)));
+        support::WriteFileBytes(target + L".journal", support::ReadFileBytes(support::FromPath(path) + L".journal"));
+        database.RollBack();
+    }
+    ASSERT_FALSE(support::ReadFileBytes(target) == before);
+    Connect();
+    connection->Close();
+    EXPECT_TRUE(support::ReadFileBytes(target) == before);
+    EXPECT_FALSE(support::FileExists(target + L".journal"));
+}
 
 // Each call's refusal by the data access layer arrives with the number and the words that the layer gave.
 TEST_F(AdoEngine, PassesRefusalsOn) {

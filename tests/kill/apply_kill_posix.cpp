@@ -104,8 +104,8 @@ class ApplyKill : public ::testing::Test {
         jet::Storage& storage = jet::SystemStorage();
         const auto path = support::ToPath(target_);
         const auto journal = jet::Journal::PathFor(path);
-        return storage.Exists(journal) &&
-               jet::Journal::IsHot(storage, journal, *storage.Open(path, jet::OpenMode::kReadDenyWrite));
+        const auto file = storage.Open(path, jet::OpenMode::kReadDenyWrite);
+        return jet::Journal::Examine(storage, journal, *file) == jet::Journal::Finding::kHot;
     }
 
     // Opens the file as the next reader would and checks every record: old or new, and the new ones are the package's

@@ -66,7 +66,7 @@ class UpdateGroups : public ::testing::Test {
     static constexpr std::u16string_view kPassword = u"lanternfox";
     TempFolder folder_;
     std::wstring data_ = folder_.File(L"PAF_FULL.dat");
-    database::JetProvider databases_{{.records = 4}};
+    database::JetProvider databases_{{.time = std::chrono::hours(1), .records = 4}};
     FakePlatform platform_;
     object::Quorvex object_{platform_, databases_};
 };

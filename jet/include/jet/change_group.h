@@ -19,7 +19,7 @@ struct GroupLimits {
 /// written again one by one until one of them fails by itself.
 ///
 /// The database must be open for writing, and nobody else may change it meanwhile. Changes are on the disk once the
-/// group is full and after Commit.
+/// group is full and after Commit; only Commit promises that a power cut cannot take the last group back as a whole.
 class ChangeGroup {
   public:
     explicit ChangeGroup(Database& database, GroupLimits limits = {});
@@ -43,6 +43,7 @@ class ChangeGroup {
     };
 
     RowId Write(Change change);
+    void Finish(bool lasting);
     bool IsFull() const;
     void Redo();
 

@@ -4,10 +4,16 @@
 #include "jet/storage.h"
 #include "jet/table.h"
 
+#include <chrono>
+
 namespace jet {
 
 struct OpenOptions {
-    bool writable = false;         ///< false: others may read, nobody may write meanwhile; true: exclusive
+    bool writable = false; ///< false: others may read, nobody may write meanwhile; true: exclusive
+    /// Writable: between its groups of changes a ChangeGroup lets go of the file, so that readers get their turn.
+    bool yields = false;
+    /// How long to try while others hold the file.
+    std::chrono::milliseconds wait{2000};
     std::size_t cachePages = 1024; ///< unchanged pages kept in memory
     std::size_t spillPages = 4096; ///< changed pages after which an open group is written out, still uncommitted
     Storage* storage = nullptr;    ///< null: the system's files
@@ -16,13 +22,21 @@ struct OpenOptions {
 /// An open Jet 4 database. All calls throw Error; one thread at a time.
 class Database {
   public:
-    /// Opens an existing file. An interrupted change is rolled back first.
+    /// Opens an existing file. An interrupted change is rolled back first. Throws kInUse when others held the file all
+    /// the time, kForeignJournal when the journal beside it was made from another file or state: the journal is then
+    /// renamed and the file untouched, and the next opening succeeds.
     static Database Open(const std::filesystem::path& path, std::u16string_view password,
                          const OpenOptions& options = {});
     /// Makes a new, empty database and opens it for writing, whatever options.writable says. Throws kFileExists if the
     /// file exists.
     static Database Create(const std::filesystem::path& path, std::u16string_view password,
                            const OpenOptions& options = {});
+    /// Rolls back an interrupted change, as Open does, for those who then open the file by other means. Does nothing if
+    /// there is no journal.
+    static void Recover(const std::filesystem::path& path, const OpenOptions& options = {});
+    /// Whether somebody holds the file in a way that keeps readers out. False if the file cannot be opened for another
+    /// reason.
+    static bool IsHeld(const std::filesystem::path& path, const OpenOptions& options = {});
     Database(Database&& other) noexcept;
     Database& operator=(Database&& other) noexcept;
     /// Closes the file.

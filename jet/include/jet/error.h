@@ -21,6 +21,7 @@ enum class ErrorCode {
     kWrongPassword,
     kCorrupt,        ///< contents contradict the format
     kRecoveryNeeded, ///< a half-written change must be undone first, and cannot be here
+    kForeignJournal, ///< the journal beside the file was made from another file or state, and was set aside
     kNoSuchTable,
     kNoSuchColumn,
     kTableExists,

@@ -13,14 +13,22 @@ class MemoryStorage final : public Storage {
     std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) override;
     bool Exists(const std::filesystem::path& path) override { return entries_.contains(path); }
     void Remove(const std::filesystem::path& path) override { entries_.erase(path); }
+    void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    void FlushNames(const std::filesystem::path&) override {}
 
     void Put(const std::filesystem::path& path, Bytes bytes);
     /// The bytes of a file; it must exist.
     const Bytes& Get(const std::filesystem::path& path) const { return *entries_.at(path).bytes; }
 
+    struct Lock {
+        LockByte byte;
+        const File* owner;
+        bool exclusive;
+    };
     struct Holders {
         int readers = 0;
         int writers = 0;
+        std::vector<Lock> locks;
     };
 
   private:

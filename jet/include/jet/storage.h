@@ -7,7 +7,15 @@
 
 namespace jet {
 
-/// One open file. Closing (destruction) never throws. Failures throw Error: kDiskFull when there is no room, else kIo.
+/// What a lock on a side file means to the engine. Locks lie far beyond the file's contents.
+enum class LockByte {
+    kSession, ///< exclusive: a writer that lets go of the database between groups, for its whole life
+    kGate,    ///< exclusive: that writer has or wants the database; a reader that finds it locked keeps out
+    kWaiting, ///< shared: a reader waits for the database
+};
+
+/// One open file. Closing (destruction) never throws and gives up its locks. Failures throw Error: kDiskFull when there
+/// is no room, else kIo; whether the failed call took effect is then unknown.
 class File {
   public:
     virtual ~File() = default;
@@ -17,8 +25,11 @@ class File {
     /// Writes all of `data` at `offset`, lengthening the file where needed. After a failure any part may be written.
     virtual void WriteAt(std::uint64_t offset, ByteView data) = 0;
     virtual void Resize(std::uint64_t size) = 0;
-    /// Returns when everything written is on the medium.
+    /// Returns when everything written is on the medium. The file's name need not be (see Storage::FlushNames).
     virtual void Flush() = 0;
+    /// Takes a lock without waiting; false if somebody else's lock excludes it. Ends with Unlock or with the file.
+    virtual bool TryLock(LockByte byte, bool exclusive) = 0;
+    virtual void Unlock(LockByte byte) noexcept = 0;
 };
 
 /// How a file is opened, and what others may do meanwhile.
@@ -30,15 +41,20 @@ enum class OpenMode {
     kSideFileRead,   ///< existing, for reading only
 };
 
-/// The file calls the engine needs: the one door to the outside.
+/// The file calls the engine needs: its only way to the outside.
 class Storage {
   public:
     virtual ~Storage() = default;
     /// Opens a file. Throws kFileNotFound, kAccessDenied, kInUse, kFileExists, kDiskFull or kIo.
     virtual std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) = 0;
+    /// False only if there is certainly no such file; throws if that cannot be told.
     virtual bool Exists(const std::filesystem::path& path) = 0;
-    /// Removes a file; a file that is not there is no error.
+    /// Removes a file. A missing file is not an error.
     virtual void Remove(const std::filesystem::path& path) = 0;
+    /// Gives a file another name in the same folder. Throws kFileNotFound if it does not exist.
+    virtual void Rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+    /// Returns when the names in the folder of `path` are on the medium as they are now.
+    virtual void FlushNames(const std::filesystem::path& path) = 0;
 };
 
 /// The operating system's files. Paths may be long and hold any character.

@@ -1,11 +1,17 @@
 #include "database/ado/provider_win.h"
 
 #include "database/ado/value_win.h"
+#include "database/connection_string.h"
+#include "database/jet/jet_translation.h"
+#include "jet/database.h"
 #include "support/dispatch_win.h"
 #include "support/error.h"
+#include "support/files.h"
 
+#include <chrono>
 #include <map>
 #include <objbase.h>
+#include <thread>
 
 namespace quorvex::database::ado {
 namespace {
@@ -14,6 +20,7 @@ using support::Dispatch;
 using support::Error;
 using support::Variant;
 
+constexpr std::chrono::milliseconds kOpenPause{25};
 constexpr wchar_t kConnectionClass[] = L"ADODB.Connection";
 constexpr wchar_t kRecordsetClass[] = L"ADODB.Recordset";
 constexpr wchar_t kJetProvider[] = L"Microsoft.Jet.OLEDB.4.0";
@@ -24,7 +31,21 @@ class AdoConnection final : public Connection {
 
     void SetMode(int mode) override { object_.Put(L"Mode", mode); }
     void Open(const std::wstring& connectionString, const std::wstring& user, const std::wstring& password) override {
-        object_.Call(L"Open", {connectionString, user, password});
+        const std::wstring file = DataSource(connectionString);
+        const std::filesystem::path path = support::ToPath(file);
+        // This layer does not know of the journal that an interrupted update leaves.
+        Translated(file, [&] { jet::Database::Recover(path); });
+        const auto deadline = std::chrono::steady_clock::now() + jet::OpenOptions{}.wait;
+        for (;;) {
+            try {
+                object_.Call(L"Open", {connectionString, user, password});
+                return;
+            } catch (const Error&) {
+                // An update may have the file for a moment.
+                if (std::chrono::steady_clock::now() >= deadline || !jet::Database::IsHeld(path)) throw;
+            }
+            std::this_thread::sleep_for(kOpenPause);
+        }
     }
     void Close() override { object_.Call(L"Close"); }
 

@@ -1,5 +1,6 @@
 #include "database/jet/jet_provider.h"
 
+#include "database/connection_string.h"
 #include "database/jet/jet_translation.h"
 #include "database/row_reader.h"
 #include "jet/change_group.h"
@@ -24,6 +25,8 @@ constexpr long kErrorObjectOpen = 3705;
 constexpr long kErrorFeatureNotAvailable = 3251;
 constexpr long kErrorWrongType = 3421;
 
+constexpr std::chrono::seconds kWriterWait{30};
+
 [[noreturn]] void ThrowClosed() {
     throw support::Error(kErrorObjectClosed, L"Operation is not allowed when the object is closed.");
 }
@@ -36,15 +39,6 @@ constexpr long kErrorWrongType = 3421;
     throw support::Error(kErrorNoCurrentRecord,
                          L"Either BOF or EOF is True, or the current record has been deleted. Requested operation "
                          L"requires a current record.");
-}
-
-// The value of a key in a connection string; it ends where the next key begins, so that a path may hold a semicolon.
-std::wstring Setting(const std::wstring& text, const std::wstring& key, const std::wstring& nextKey) {
-    const std::size_t at = text.find(key + L"=");
-    if (at == std::wstring::npos) return {};
-    const std::size_t begin = at + key.size() + 1;
-    const std::size_t end = nextKey.empty() ? text.find(L';', begin) : text.rfind(L";" + nextKey + L"=");
-    return text.substr(begin, end == std::wstring::npos || end < begin ? end : end - begin);
 }
 
 class JetConnection final : public Connection {
@@ -67,8 +61,8 @@ class JetConnection final : public Connection {
 
     void Open(const std::wstring& connectionString, const std::wstring&, const std::wstring&) override {
         if (database_) ThrowOpen();
-        file_ = Setting(connectionString, L"Data Source", L"Jet OLEDB:Database Password");
-        password_ = ToUtf16(Setting(connectionString, L"Jet OLEDB:Database Password", L""));
+        file_ = DataSource(connectionString);
+        password_ = ToUtf16(DatabasePassword(connectionString));
         OpenDatabase(false);
     }
 
@@ -118,6 +112,11 @@ class JetConnection final : public Connection {
     void OpenDatabase(bool writable) {
         jet::OpenOptions options;
         options.writable = writable;
+        if (writable) {
+            // Lookups go on during an update: it lets them in between its groups, and waits for them.
+            options.yields = true;
+            options.wait = kWriterWait;
+        }
         if (keeper_ != nullptr && !writable) {
             database_ = keeper_->Take(file_);
             options.storage = &keeper_->Files();
