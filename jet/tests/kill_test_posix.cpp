@@ -66,7 +66,7 @@ struct Tally {
     int damaged = 0;
     int wrong = 0;
     int lost = 0;
-    std::vector<int> leastVersions = std::vector<int>(kKillRecords); ///< of every record, as promised
+    std::vector<int> leastVersions = std::vector<int>(kKeys); ///< of every record, as promised
 };
 
 /// Checks the file; returns the version that the writer had reached, 0 if it had not begun.
