@@ -36,3 +36,18 @@ add_dependencies(modes_test QuorvexLookup)
 quorvex_host_test(modes SERVICE ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:modes_test>)
 quorvex_host_test(examples SERVICE ${CMAKE_CURRENT_SOURCE_DIR}/run_examples ${quorvex_bits}
   ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:example_early_bound>)
+
+# 32-bit only: elsewhere exceptions do not depend on registered tables.
+if(quorvex_bits EQUAL 32)
+  execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=libgcc_s_dw2-1.dll OUTPUT_VARIABLE shared_runtime
+    OUTPUT_STRIP_TRAILING_WHITESPACE)
+  get_filename_component(shared_runtime_folder ${shared_runtime} DIRECTORY)
+  add_executable(preloaded_host com_hosts/preloaded_host.cpp)
+  target_link_libraries(preloaded_host PRIVATE quorvex_com ole32 oleaut32 uuid)
+  target_link_options(preloaded_host PRIVATE -municode)
+  add_dependencies(preloaded_host QuorvexLookup)
+  quorvex_host_test(preloaded_host env
+    "WINEPATH=Z:${shared_runtime_folder}\;Z:/usr/i686-w64-mingw32/lib"
+    ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:preloaded_host> libgcc_s_dw2-1.dll
+    "Z:$<TARGET_FILE:QuorvexLookup>")
+endif()

@@ -35,6 +35,9 @@ ActivationContext::~ActivationContext() {
 }
 
 bool UserCanSeeWindows() {
+    // Services run in session 0, where nobody sits since Windows Vista, even if the station says that it is visible.
+    DWORD session = 1;
+    if (ProcessIdToSessionId(GetCurrentProcessId(), &session) && session == 0) return false;
     USEROBJECTFLAGS flags{};
     const HWINSTA station = GetProcessWindowStation();
     if (!GetUserObjectInformationW(station, UOI_FLAGS, &flags, sizeof flags, nullptr)) return true;

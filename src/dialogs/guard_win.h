@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/floating_point.h"
 #include "support/platform.h"
 
 namespace quorvex::dialogs {
@@ -11,6 +12,7 @@ void LogPendingError(const support::Platform& platform) noexcept;
 // error log; the window stays as it is.
 template <typename Body>
 void Guarded(const support::Platform& platform, Body body) noexcept {
+    const support::DefaultArithmetic arithmetic;
     try {
         body();
     } catch (...) {

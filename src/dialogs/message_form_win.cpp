@@ -57,8 +57,8 @@ std::wstring Shown(const std::wstring& prompt) {
     return end == prompt.size() ? prompt : prompt.substr(0, end) + L"\x2026";
 }
 
-const std::wstring& TitleOrDefault(const std::wstring& title) {
-    return title.empty() ? support::Process().messageTitle : title;
+std::wstring TitleOrDefault(const std::wstring& title) {
+    return title.empty() ? support::Process().messageTitle.Get() : title;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "http/http_request_win.h"
 
 #include "http/http_session_win.h"
+#include "http/user_proxy_win.h"
 #include "http/wire_url.h"
 #include "support/error.h"
 
@@ -30,11 +31,11 @@ struct HttpRequest::State {
     std::array<char, kPieceBytes> piece; // written by the system only
 };
 
-HttpRequest::HttpRequest(HINTERNET session, const std::wstring& url, int networkMilliseconds)
-    : state_(std::make_shared<State>()) {
+HttpRequest::HttpRequest(std::shared_ptr<HttpSession> session, const std::wstring& url, int networkMilliseconds)
+    : session_(std::move(session)), state_(std::make_shared<State>()) {
     const std::optional<WireUrl> address = SplitUrl(url);
     if (!address) throw support::Error(ERROR_WINHTTP_INVALID_URL, L"Not a web address");
-    connection_ = WinHttpConnect(session, address->host.c_str(), address->port, 0);
+    connection_ = WinHttpConnect(session_->Handle(), address->host.c_str(), address->port, 0);
     if (connection_ == nullptr) Fail(L"Not a host");
     // The target is escaped already; the system's own escaping would go further.
     const DWORD flags =
@@ -47,6 +48,15 @@ HttpRequest::HttpRequest(HINTERNET session, const std::wstring& url, int network
         throw support::Error(static_cast<long>(error), L"Cannot open a request");
     }
     Configure(networkMilliseconds);
+    if (session_->AsksForProxy()) UseProxy(url);
+}
+
+void HttpRequest::UseProxy(const std::wstring& url) {
+    UserProxy proxy = ProxyOfUser(session_->Handle(), url, SettingsOfUser());
+    if (proxy.servers.empty()) return;
+    WINHTTP_PROXY_INFO info{WINHTTP_ACCESS_TYPE_NAMED_PROXY, proxy.servers.data(),
+                            proxy.bypass.empty() ? nullptr : proxy.bypass.data()};
+    WinHttpSetOption(request_, WINHTTP_OPTION_PROXY, &info, sizeof info);
 }
 
 void HttpRequest::Configure(int networkMilliseconds) {

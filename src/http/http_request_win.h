@@ -12,14 +12,17 @@
 
 namespace quorvex::http {
 
+class HttpSession;
+
 // One asynchronous GET, step by step: Send, ReceiveResponse, then AwaitData and Read until nothing comes. Each step is
 // started by a call that returns at once, and ends when StepDone() is raised. Giving the object up at any point
 // abandons the request.
 class HttpRequest {
   public:
     // networkMilliseconds: after this silence the system itself gives up, so that an abandoned request does not stay
-    // for ever. Throws support::Error, for a URL that is none of HTTP, too.
-    HttpRequest(HINTERNET session, const std::wstring& url, int networkMilliseconds);
+    // for ever. Throws support::Error, also if the URL is not http or
+    // https.
+    HttpRequest(std::shared_ptr<HttpSession> session, const std::wstring& url, int networkMilliseconds);
     ~HttpRequest();
     HttpRequest(const HttpRequest&) = delete;
     HttpRequest& operator=(const HttpRequest&) = delete;
@@ -46,9 +49,11 @@ class HttpRequest {
     struct State;
     static void CALLBACK OnStatus(HINTERNET handle, DWORD_PTR context, DWORD status, void* info, DWORD length) noexcept;
     void Configure(int networkMilliseconds);
+    void UseProxy(const std::wstring& url);
     bool Started(BOOL ok);
     std::wstring Header(DWORD which) const;
 
+    std::shared_ptr<HttpSession> session_;
     std::shared_ptr<State> state_;
     HINTERNET connection_ = nullptr;
     HINTERNET request_ = nullptr;

@@ -3,7 +3,11 @@
 #include "http/transport_win.h"
 #include "object/quorvex.h"
 #include "support/error.h"
+#include "support/lock_win.h"
 #include "support/machine_win.h"
+
+#include <algorithm>
+#include <vector>
 
 namespace quorvex::http {
 namespace {
@@ -11,20 +15,15 @@ namespace {
 constexpr DWORD kAutomaticProxy = 4; // Windows 8.1 and later: what the user's browser settings say
 
 struct Shared {
-    std::atomic<bool> running{false};
+    SRWLOCK lock = SRWLOCK_INIT; // guards the two below
+    std::vector<DWORD> threads;  // that have a request under way
+    std::shared_ptr<HttpSession> session;
     std::atomic<long> outstanding{0};
-    HINTERNET session = nullptr; // touched only by the holder of the slot
-    std::wstring proxy;
 };
 
 Shared& State() {
     static Shared state;
     return state;
-}
-
-void CloseKept(Shared& state) {
-    if (state.session != nullptr) WinHttpCloseHandle(state.session);
-    state.session = nullptr;
 }
 
 // Windows 7 and 8 offer TLS 1.2 only when they are told to.
@@ -36,36 +35,32 @@ void EnableModernTls(HINTERNET session) {
     WinHttpSetOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols);
 }
 
-// The network stack's threads come back through this module's code for the last time when the count of outstanding
-// requests is down already, and a process that gives up COM unloads its components without asking them. So the module
-// stays from the first request on.
-void KeepModuleLoaded() {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<LPCWSTR>(&KeepModuleLoaded), &module);
-}
-
-HINTERNET OpenSession(const std::wstring& proxy) {
-    KeepModuleLoaded();
+HINTERNET Open(DWORD access, const wchar_t* proxy) {
     const std::wstring agent = L"QuorvexLookup/" + object::GetVersion();
-    const auto open = [&agent](DWORD access, const wchar_t* name) {
-        return WinHttpOpen(agent.c_str(), access, name, WINHTTP_NO_PROXY_BYPASS, WINHTTP_FLAG_ASYNC);
-    };
-    if (!proxy.empty()) return open(WINHTTP_ACCESS_TYPE_NAMED_PROXY, proxy.c_str());
-    const HINTERNET automatic = open(kAutomaticProxy, WINHTTP_NO_PROXY_NAME);
-    return automatic != nullptr ? automatic : open(WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, WINHTTP_NO_PROXY_NAME);
+    return WinHttpOpen(agent.c_str(), access, proxy, WINHTTP_NO_PROXY_BYPASS, WINHTTP_FLAG_ASYNC);
 }
 
 } // namespace
 
-RequestSlot::RequestSlot() : held_(!State().running.exchange(true)) {}
+RequestSlot::RequestSlot() {
+    Shared& state = State();
+    const support::Locked locked(state.lock);
+    const DWORD thread = GetCurrentThreadId();
+    held_ = std::find(state.threads.begin(), state.threads.end(), thread) == state.threads.end();
+    if (held_) state.threads.push_back(thread);
+}
 
 RequestSlot::~RequestSlot() {
-    if (held_) State().running = false;
+    if (!held_) return;
+    Shared& state = State();
+    const support::Locked locked(state.lock);
+    std::erase(state.threads, GetCurrentThreadId());
 }
 
 bool RequestRunning() {
-    return State().running;
+    Shared& state = State();
+    const support::Locked locked(state.lock);
+    return std::find(state.threads.begin(), state.threads.end(), GetCurrentThreadId()) != state.threads.end();
 }
 
 std::atomic<long>& OutstandingCounter() {
@@ -76,16 +71,29 @@ long OutstandingRequests() {
     return State().outstanding;
 }
 
-HINTERNET SessionFor(const std::wstring& proxy) {
+HttpSession::HttpSession(const std::wstring& proxy) : proxy_(proxy) {
+    if (!proxy.empty()) {
+        handle_ = Open(WINHTTP_ACCESS_TYPE_NAMED_PROXY, proxy.c_str());
+    } else {
+        handle_ = Open(kAutomaticProxy, WINHTTP_NO_PROXY_NAME);
+        asksForProxy_ = handle_ == nullptr;
+        if (asksForProxy_) handle_ = Open(WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, WINHTTP_NO_PROXY_NAME);
+    }
+    if (handle_ == nullptr) throw support::Error(static_cast<long>(GetLastError()), L"Cannot open an HTTP session");
+    EnableModernTls(handle_);
+}
+
+HttpSession::~HttpSession() {
+    WinHttpCloseHandle(handle_);
+}
+
+std::shared_ptr<HttpSession> SessionFor(const std::wstring& proxy) {
     Shared& state = State();
-    if (state.session == nullptr || state.proxy != proxy) {
-        CloseKept(state);
-        state.session = OpenSession(proxy);
-        if (state.session == nullptr) {
-            throw support::Error(static_cast<long>(GetLastError()), L"Cannot open an HTTP session");
-        }
-        state.proxy = proxy;
-        EnableModernTls(state.session);
+    std::shared_ptr<HttpSession> before; // let go of outside the lock
+    const support::Locked locked(state.lock);
+    if (state.session == nullptr || state.session->Proxy() != proxy) {
+        before = std::move(state.session);
+        state.session = std::make_shared<HttpSession>(proxy);
     }
     return state.session;
 }

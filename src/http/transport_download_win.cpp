@@ -12,7 +12,6 @@
 namespace quorvex::http {
 namespace {
 
-constexpr DWORD kFirstErrorStatus = 400;
 constexpr ULONGLONG kProgressMilliseconds = 100; // more often nobody can read it
 
 // Shows how far a download is, and takes the display away in the end.
@@ -49,21 +48,23 @@ bool Transport::GetHTTPFile(const std::wstring& url, const std::wstring& targetF
     bool complete = false;
     try {
         complete = Download(url, progressCaption);
-    } catch (const support::Error&) { // a file or address that cannot be used
+    } catch (const support::Error& error) { // a file or address that cannot be used
+        Fail(error);
     } catch (const std::exception&) { // no memory
+        Fail(RequestFailure::Kind::TooLong);
     }
     lastState_ = complete ? kComplete : kError;
     targetFile_.clear();
     End();
+    LogFailure(url);
     return complete;
 }
 
 bool Transport::Download(const std::wstring& url, const std::wstring& progressCaption) {
     const Deadline deadline(limits_.clock, limits_.downloadSilenceSeconds);
-    const HINTERNET session = SessionFor(NamedProxy());
-    HttpRequest request(session, url, deadline.LongestMilliseconds() + kNetworkGraceMilliseconds);
+    HttpRequest request(SessionFor(NamedProxy()), url, deadline.LongestMilliseconds() + kNetworkGraceMilliseconds);
     // An error page is no package, whatever it holds.
-    if (!Ask(request, deadline) || request.Status() >= kFirstErrorStatus) return false;
+    if (!Ask(request, deadline) || !NoteStatus(request)) return false;
     if (support::FileExists(targetFile_) && !support::DeleteFileQuietly(targetFile_)) return false;
     return SaveBody(request, progressCaption);
 }
@@ -80,7 +81,10 @@ bool Transport::SaveBody(HttpRequest& request, const std::wstring& progressCapti
         if (!RunMessages(silence) || !NextPiece(request, silence)) return false;
         std::string_view piece = request.Piece();
         if (piece.size() > total - done) piece = piece.substr(0, static_cast<std::size_t>(total - done));
-        if (piece.empty()) return false; // cut
+        if (piece.empty()) {
+            Fail(RequestFailure::Kind::Cut);
+            return false;
+        }
         file.Append(piece);
         done += piece.size();
         if (done == total) progress.Show(done, total);

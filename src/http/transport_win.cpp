@@ -4,6 +4,7 @@
 #include "http/http_session_win.h"
 #include "http/proxy_file_win.h"
 #include "support/error.h"
+#include "support/log.h"
 #include "support/message_pump_win.h"
 #include "support/text.h"
 #include "support/window_helpers_win.h"
@@ -18,6 +19,9 @@ namespace {
 constexpr wchar_t kTimeOut[] = L"TimeOut";
 constexpr double kDaySeconds = 86400;
 constexpr DWORD kUnnoticedMilliseconds = 3;
+constexpr int kMessageDose = 16;
+constexpr ULONGLONG kMessageDoseMilliseconds = 5;
+constexpr DWORD kFirstErrorStatus = 400;
 // What a 32-bit host can hold several times over; no service page comes near it.
 constexpr std::size_t kReplyLimitBytes = 128U * 1024 * 1024;
 
@@ -47,14 +51,17 @@ std::wstring Transport::GetURL(const std::wstring& url, double limitSeconds) {
     if (!url.empty()) {
         try {
             replyText_ = FetchText(url, std::clamp(limitSeconds, 0.0, kDaySeconds));
-        } catch (const support::Error&) {
+        } catch (const support::Error& error) {
+            Fail(error);
             replyText_ = kTimeOut;
         } catch (const std::exception&) { // no memory for such a reply
+            Fail(RequestFailure::Kind::TooLong);
             replyText_ = kTimeOut;
         }
         if (replyText_ == kTimeOut && lastState_ != kComplete) lastState_ = kError;
     }
     End();
+    LogFailure(url);
     ShowDiagnostics(L"Return:\r\n", replyText_, L"Postcode Return (on clipboard)");
     return support::ReplaceAll(replyText_, L"&amp;", L"&");
 }
@@ -71,12 +78,33 @@ void Transport::Begin() {
     cancelRequested_ = false;
     replyText_.clear();
     targetFile_.clear();
+    failure_ = {};
+    began_ = GetTickCount64();
     busy_ = true;
 }
 
 void Transport::End() {
     busy_ = false;
     cancelRequested_ = false;
+}
+
+void Transport::Fail(RequestFailure::Kind kind, DWORD systemError) {
+    if (failure_.kind != RequestFailure::Kind::None) return;
+    failure_.kind = kind;
+    failure_.systemError = systemError;
+    failure_.stage = lastState_;
+    failure_.milliseconds = static_cast<std::int64_t>(GetTickCount64() - began_);
+}
+
+void Transport::Fail(const support::Error& error) {
+    Fail(RequestFailure::Kind::Network, static_cast<DWORD>(error.Number()));
+    if (failure_.detail.empty()) failure_.detail = error.Description();
+}
+
+void Transport::LogFailure(const std::wstring& url) {
+    if (failure_.kind == RequestFailure::Kind::None) return;
+    const long number = failure_.systemError != 0 ? static_cast<long>(failure_.systemError) : support::kErrorTimeOut;
+    support::LogError(platform_, support::Error(number, DescribeFailure(failure_, url)));
 }
 
 std::wstring Transport::NamedProxy() {
@@ -109,13 +137,20 @@ std::wstring Transport::FetchText(const std::wstring& url, double limitSeconds) 
         if (!NextPiece(request, deadline)) return kTimeOut;
         const std::string_view piece = request.Piece();
         if (piece.empty()) break;
-        if (body.size() + piece.size() > kReplyLimitBytes) return kTimeOut;
+        if (body.size() + piece.size() > kReplyLimitBytes) {
+            Fail(RequestFailure::Kind::TooLong);
+            return kTimeOut;
+        }
         body.append(piece);
     }
     // Half an answer could pass for a whole one (an address list without its end): it counts as none.
-    if (body.size() < stated) return kTimeOut;
+    if (body.size() < stated) {
+        Fail(RequestFailure::Kind::Cut);
+        return kTimeOut;
+    }
     if (stated != 0) body.resize(static_cast<std::size_t>(stated));
     lastState_ = kComplete;
+    NoteStatus(request); // an error page is still the reply: its text may say more than its number
     return support::DecodeReply(body, support::ToUtf8(request.ContentType()));
 }
 
@@ -135,25 +170,51 @@ bool Transport::NextPiece(HttpRequest& request, const Deadline& deadline) {
 }
 
 bool Transport::RunMessages(const Deadline& deadline) {
-    for (support::PumpResult result = support::PumpResult::Ran; result == support::PumpResult::Ran;) {
+    // A window that never validates itself, or a timer that outruns its handler, keeps the queue full for ever: a few
+    // messages at a time, or the rest of the reply would never be read.
+    const ULONGLONG end = GetTickCount64() + kMessageDoseMilliseconds;
+    support::PumpResult result = support::PumpResult::Ran;
+    for (int n = 0; n < kMessageDose && result == support::PumpResult::Ran && GetTickCount64() < end; ++n) {
         result = support::PumpOneMessage();
-        if (result == support::PumpResult::Quit || cancelRequested_ || deadline.Passed()) return false;
+        if (!Continues(result, deadline)) return false;
     }
     return true;
 }
 
+bool Transport::Continues(support::PumpResult result, const Deadline& deadline) {
+    if (result == support::PumpResult::Quit || cancelRequested_) {
+        Fail(RequestFailure::Kind::Cancelled);
+        return false;
+    }
+    if (!deadline.Passed()) return true;
+    Fail(RequestFailure::Kind::TimedOut);
+    return false;
+}
+
+bool Transport::Succeeded(const HttpRequest& request) {
+    if (request.Error() != 0) Fail(RequestFailure::Kind::Network, request.Error());
+    return request.Error() == 0;
+}
+
+bool Transport::NoteStatus(const HttpRequest& request) {
+    if (request.Status() < kFirstErrorStatus) return true;
+    failure_.status = request.Status();
+    Fail(RequestFailure::Kind::Status);
+    return false;
+}
+
 bool Transport::Finish(HttpRequest& request, bool started, const Deadline& deadline) {
-    if (!started) return false;
+    if (!started) return Succeeded(request);
     // Most steps are done before anybody could notice that no message was handled.
     StepSignal& done = request.StepDone();
-    if (done.WaitBriefly(kUnnoticedMilliseconds)) return request.Error() == 0;
-    while (!cancelRequested_ && !deadline.Passed()) {
+    if (done.WaitBriefly(kUnnoticedMilliseconds)) return Succeeded(request);
+    support::PumpResult message = support::PumpResult::Empty;
+    while (Continues(message, deadline)) {
         const DWORD milliseconds = static_cast<DWORD>(deadline.MillisecondsToSleep());
         const support::WaitResult result = support::WaitForEitherOrMessages(done.Event(), wake_, milliseconds);
-        if (done.Raised()) return request.Error() == 0;
+        if (done.Raised()) return Succeeded(request);
         // One at a time: the message may be the click on STOP, and nothing may come after it.
-        if (result == support::WaitResult::Messages && support::PumpOneMessage() == support::PumpResult::Quit)
-            return false;
+        message = result == support::WaitResult::Messages ? support::PumpOneMessage() : support::PumpResult::Empty;
     }
     return false;
 }

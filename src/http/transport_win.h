@@ -1,6 +1,9 @@
 #pragma once
 
 #include "http/deadline.h"
+#include "http/request_failure.h"
+#include "support/error.h"
+#include "support/message_pump_win.h"
 #include "support/platform.h"
 
 #include <windows.h>
@@ -16,7 +19,7 @@ class HttpRequest;
 // Seconds since midnight of the local clock.
 double SecondsSinceMidnight();
 
-// True while any request or download of this process is under way.
+// True while a request or download of the calling thread is under way.
 bool RequestRunning();
 // Requests of this process that the system has not let go of. One that was given up lives on inside the system for a
 // while, with a callback still to come: the DLL must not be unloaded before this is 0.
@@ -30,7 +33,8 @@ struct TransportLimits {
 };
 
 // All web requests of one lookup object. While a request waits, the thread's messages are handled, so that windows stay
-// alive and host code may run; there is one request at a time in the whole process. Nothing here throws.
+// alive and host code may run; what that code asks for in the same thread gets an empty reply. Requests of different
+// threads run side by side. A failure is written to the error log. Nothing here throws.
 class Transport {
   public:
     // LastState: the transfer's steps under the numbers that hosts' diagnostics know.
@@ -48,7 +52,7 @@ class Transport {
 
     // GET of the URL; the decoded body with every "&amp;" made "&", once from the left. "TimeOut" when the reply was
     // not complete within the limit, the user cancelled, the thread was told to quit, or the network failed (at once
-    // then; the reason is not passed on). Empty for an empty URL and while another request of the process is under way.
+    // then). Empty for an empty URL and while another request of the thread is under way.
     // With Shift and Ctrl held down the call and the return are shown and put on the clipboard.
     std::wstring GetURL(const std::wstring& url, double limitSeconds);
 
@@ -66,6 +70,8 @@ class Transport {
     bool ProxyChecked() const { return proxyChecked_; }
     const std::wstring& ReplyText() const { return replyText_; }
     const std::wstring& TargetFile() const { return targetFile_; }
+    // Why the last request brought nothing; Kind::None if it did, or has not ended.
+    const RequestFailure& Failure() const { return failure_; }
 
   private:
     // How much longer than the limit the system holds a silent connection: the limit decides, this only clears up.
@@ -73,6 +79,10 @@ class Transport {
 
     void Begin();
     void End();
+    // The first reason counts: what follows from it is not the cause.
+    void Fail(RequestFailure::Kind kind, DWORD systemError = 0);
+    void Fail(const support::Error& error);
+    void LogFailure(const std::wstring& url);
     std::wstring FetchText(const std::wstring& url, double limitSeconds);
     bool Download(const std::wstring& url, const std::wstring& progressCaption);
     bool SaveBody(HttpRequest& request, const std::wstring& progressCaption);
@@ -82,8 +92,13 @@ class Transport {
     bool Ask(HttpRequest& request, const Deadline& deadline);
     // Waits for the next bytes of the body; false when the request failed or was given up.
     bool NextPiece(HttpRequest& request, const Deadline& deadline);
-    // Handles the messages that are there; false when the request is to end.
+    // Handles a few of the messages that are there; false when the request is to end.
     bool RunMessages(const Deadline& deadline);
+    // False, with the reason kept, once the thread is told to quit, the request is cancelled or its time is over.
+    bool Continues(support::PumpResult result, const Deadline& deadline);
+    bool Succeeded(const HttpRequest& request);
+    // False, with the reason kept, if the server sent an error page.
+    bool NoteStatus(const HttpRequest& request);
     // Waits until the step that was started is done; false when it failed or was given up.
     bool Finish(HttpRequest& request, bool started, const Deadline& deadline);
 
@@ -96,6 +111,8 @@ class Transport {
     bool proxyChecked_ = false;
     std::wstring replyText_;
     std::wstring targetFile_;
+    RequestFailure failure_;
+    ULONGLONG began_ = 0;
 };
 
 } // namespace quorvex::http

@@ -32,7 +32,7 @@ double zDistance::ArcCos(double x) {
 
 double zDistance::Distance(double latitude1, double longitude1, double latitude2, double longitude2, wchar_t unit) {
     if (latitude1 == latitude2 && longitude1 == longitude2) return 0;
-    const support::DoublePrecision precision;
+    const support::DefaultArithmetic precision;
     const double theta = longitude1 - longitude2;
     const double cosine = std::sin(DegToRad(latitude1)) * std::sin(DegToRad(latitude2)) +
                           std::cos(DegToRad(latitude1)) * std::cos(DegToRad(latitude2)) * std::cos(DegToRad(theta));

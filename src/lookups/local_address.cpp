@@ -1,8 +1,12 @@
 #include "database/row_reader.h"
 #include "localdata/data_file_names.h"
 #include "localdata/packed_address.h"
+#include "localdata/substitution.h"
 #include "lookups/local_replies.h"
 #include "lookups/postcode.h"
+#include "support/error.h"
+#include "support/files.h"
+#include "support/log.h"
 #include "support/text.h"
 
 #include <array>
@@ -67,6 +71,18 @@ std::optional<std::wstring> PackedField(object::Quorvex& object, wchar_t kind, c
                             : localdata::LoadSubstitution(object.DataPath()).Unscramble(stored);
 }
 
+// A row without premises is not empty but unreadable, most often for lack of the substitution table: the log says so,
+// since the empty list alone would look like an unknown postcode.
+localdata::PackedAddress Split(const object::Quorvex& object, const std::wstring& plain, const std::wstring& key) {
+    localdata::PackedAddress address = localdata::SplitPackedAddress(plain);
+    if (!address.premises.empty()) return address;
+    const std::wstring table = object.DataPath() + L"\\" + localdata::kSubstitutionFile;
+    std::wstring text = L"The row of " + key + L" in the address file cannot be read as packed";
+    if (!support::FileExists(table)) text += L"; the substitution table is missing: " + table;
+    support::LogError(object.platform, support::Error(support::kErrorBadFile, text));
+    return address;
+}
+
 } // namespace
 
 HouseFilter::HouseFilter(const std::wstring& house)
@@ -89,7 +105,7 @@ LocalList LocalAddressList(object::Quorvex& object, const std::wstring& postcode
     list.reply = std::wstring(kConfirmed) + L"\r\n";
     const auto plain = PackedField(object, L'F', L"PAF_FULLAddress", key, table);
     if (!plain) return list;
-    const localdata::PackedAddress address = localdata::SplitPackedAddress(*plain);
+    const localdata::PackedAddress address = Split(object, *plain, key);
     const std::wstring street = localdata::StreetPart(address.common);
     const HouseFilter filter(house);
     for (const std::wstring& premise : address.premises) {
@@ -109,7 +125,7 @@ std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& add
     if (key == kTestPostcode) return TestRecord(number + L" Victoria Rd", L"Demo Data Company");
     const auto plain = PackedField(object, L'F', L"PAF_FullAddress", key, table);
     if (!plain) return {};
-    const localdata::PackedAddress address = localdata::SplitPackedAddress(*plain);
+    const localdata::PackedAddress address = Split(object, *plain, key);
     const std::wstring common = localdata::ShortenBlanks(address.common);
     // All premises are counted here, also those that a house filter kept out of the list: intended.
     for (std::size_t i = 0; i < address.premises.size(); ++i) {

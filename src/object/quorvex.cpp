@@ -28,6 +28,8 @@ void Quorvex::NameLogUser() {
 
 const std::wstring& Quorvex::EnsureServerURL() {
     if (ServerURL.empty()) ServerURL = kDefaultServiceUrl;
+    // A name alone, as people type it into a browser.
+    if (ServerURL.find(L"://") == std::wstring::npos) ServerURL.insert(0, L"http://");
     return ServerURL;
 }
 

@@ -1,6 +1,7 @@
 #include "server/class_factory_win.h"
 
 #include "server/quorvex_object_win.h"
+#include "support/floating_point.h"
 
 #include <new>
 
@@ -29,6 +30,7 @@ HRESULT ClassFactory::CreateInstance(IUnknown* outer, REFIID iid, void** object)
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
     if (outer != nullptr) return CLASS_E_NOAGGREGATION;
+    const support::DefaultArithmetic arithmetic;
     try {
         auto* const created = new QuorvexObject;
         const HRESULT hr = created->QueryInterface(iid, object);

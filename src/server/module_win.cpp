@@ -6,8 +6,16 @@ namespace quorvex::server {
 namespace {
 
 volatile LONG references = 0;
+volatile LONG pinned = 0;
 
 } // namespace
+
+void KeepModuleLoaded() {
+    HMODULE module = nullptr;
+    if (InterlockedCompareExchange(&pinned, 1, 0) == 1) return;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<LPCWSTR>(&KeepModuleLoaded), &module);
+}
 
 ModuleReference::ModuleReference() {
     InterlockedIncrement(&references);
@@ -26,7 +34,7 @@ void LockModule(bool lock) {
 }
 
 bool ModuleInUse() {
-    return references > 0 || http::OutstandingRequests() > 0;
+    return pinned != 0 || references > 0 || http::OutstandingRequests() > 0;
 }
 
 HINSTANCE ModuleInstance() {

@@ -42,9 +42,16 @@ void WindowsPlatform::SetClipboardText(const std::wstring& text) {
 
 int WindowsPlatform::OpenWithShell(const std::wstring& file, const std::wstring& workingDirectory) {
     if (file.empty()) return SE_ERR_FNF; // the shell would open the working directory instead
-    const HINSTANCE result = ShellExecuteW(nullptr, L"open", file.c_str(), nullptr,
-                                           workingDirectory.empty() ? nullptr : workingDirectory.c_str(), SW_SHOW);
-    return static_cast<int>(reinterpret_cast<INT_PTR>(result));
+    SHELLEXECUTEINFOW open{};
+    open.cbSize = sizeof open;
+    // The calling thread may end soon, or have no message loop: what the shell does for it must be done by then.
+    open.fMask = SEE_MASK_NOASYNC | SEE_MASK_FLAG_NO_UI;
+    open.lpVerb = L"open";
+    open.lpFile = file.c_str();
+    open.lpDirectory = workingDirectory.empty() ? nullptr : workingDirectory.c_str();
+    open.nShow = SW_SHOW;
+    ShellExecuteExW(&open);
+    return static_cast<int>(reinterpret_cast<INT_PTR>(open.hInstApp));
 }
 
 update::UpdateChoice WindowsPlatform::AskUpdateChoice(const std::wstring& caption, const std::wstring& dataFolder,

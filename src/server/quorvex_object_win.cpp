@@ -5,7 +5,9 @@
 
 namespace quorvex::server {
 
-QuorvexObject::QuorvexObject() = default;
+QuorvexObject::QuorvexObject() {
+    KeepModuleLoaded();
+}
 
 HRESULT QuorvexObject::QueryInterface(REFIID iid, void** object) {
     if (object == nullptr) return E_POINTER;
@@ -61,6 +63,7 @@ HRESULT QuorvexObject::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, 
 
 HRESULT QuorvexObject::Invoke(DISPID member, REFIID, LCID locale, WORD flags, DISPPARAMS* params, VARIANT* result,
                               EXCEPINFO* exception, UINT* badArgument) {
+    const support::DefaultArithmetic arithmetic;
     AddRef();
     HRESULT hr = E_OUTOFMEMORY;
     try {

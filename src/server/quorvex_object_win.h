@@ -5,6 +5,7 @@
 #include "server/dispatch_win.h"
 #include "server/module_win.h"
 #include "server/platform_win.h"
+#include "support/floating_point.h"
 
 #include <windows.h>
 
@@ -109,6 +110,7 @@ class QuorvexObject final : public _Quorvex {
     // Runs a method body; what it throws ends in the error log. The object lives at least as long as the body runs.
     template <typename Body>
     HRESULT Guard(Body body) noexcept {
+        const support::DefaultArithmetic arithmetic;
         AddRef();
         HRESULT hr = S_OK;
         try {

@@ -110,6 +110,31 @@ HRESULT RegisterLibrary(Scope scope, std::wstring path) {
     return hr;
 }
 
+// While the other bitness is registered, the library's key loses our entry only: the system's own call would take the
+// interface away, whose key both bitnesses share under some systems. The last one takes everything, in both views.
+HRESULT UnregisterLibrary(Scope scope) {
+    const std::wstring interfaceKey = L"Interface\\" + GuidText(IID__Quorvex);
+    if (OtherBitnessRegistered(scope)) {
+        const std::wstring version = std::to_wstring(kVersionMajor) + L"." + std::to_wstring(kVersionMinor);
+        const wchar_t* const own = kSystemKind == SYS_WIN64 ? L"\\0\\win64" : L"\\0\\win32";
+        return DeleteTree(scope, L"TypeLib\\" + GuidText(LIBID_QuorvexLookup) + L"\\" + version + own);
+    }
+    const WORD major = static_cast<WORD>(kVersionMajor);
+    const WORD minor = static_cast<WORD>(kVersionMinor);
+    const HRESULT hr = scope == Scope::User
+                           ? UnRegisterTypeLibForUser(LIBID_QuorvexLookup, major, minor, 0, kSystemKind)
+                           : UnRegisterTypeLib(LIBID_QuorvexLookup, major, minor, 0, kSystemKind);
+    for (const REGSAM view : {REGSAM{KEY_WOW64_64KEY}, REGSAM{KEY_WOW64_32KEY}}) {
+        HKEY classes = nullptr;
+        if (RegOpenKeyExW(Root(scope), L"Software\\Classes", 0, KEY_ALL_ACCESS | view, &classes) != ERROR_SUCCESS) continue;
+        RegDeleteTreeW(classes, interfaceKey.c_str()); // absent where the call above took it
+        RegCloseKey(classes);
+    }
+    // The answers for a library that is not registered; which one depends on the system.
+    const bool absent = hr == TYPE_E_REGISTRYACCESS || hr == TYPE_E_LIBNOTREGISTERED || hr == E_INVALIDARG;
+    return absent ? S_OK : hr;
+}
+
 } // namespace
 
 HRESULT Register(Scope scope) {
@@ -133,18 +158,11 @@ HRESULT Register(Scope scope) {
 
 HRESULT Unregister(Scope scope) {
     try {
-        const WORD major = static_cast<WORD>(kVersionMajor);
-        const WORD minor = static_cast<WORD>(kVersionMinor);
-        const HRESULT hr = scope == Scope::User
-                               ? UnRegisterTypeLibForUser(LIBID_QuorvexLookup, major, minor, 0, kSystemKind)
-                               : UnRegisterTypeLib(LIBID_QuorvexLookup, major, minor, 0, kSystemKind);
-        // The answers for a library that is not registered; which one depends on the system.
-        const bool libraryGone =
-            SUCCEEDED(hr) || hr == TYPE_E_REGISTRYACCESS || hr == TYPE_E_LIBNOTREGISTERED || hr == E_INVALIDARG;
+        const HRESULT library = UnregisterLibrary(scope);
         const HRESULT clsid = DeleteTree(scope, L"CLSID\\" + GuidText(CLSID_Quorvex));
         const HRESULT progId = OtherBitnessRegistered(scope) ? S_OK : DeleteTree(scope, kProgId);
         if (FAILED(progId) || FAILED(clsid)) return SELFREG_E_CLASS;
-        return libraryGone ? S_OK : SELFREG_E_TYPELIB;
+        return SUCCEEDED(library) ? S_OK : SELFREG_E_TYPELIB;
     } catch (...) {
         return E_UNEXPECTED;
     }

@@ -1,42 +1,54 @@
 #include "support/text.h"
 
-#include <algorithm>
-#include <array>
 #include <clocale>
-#include <cstdint>
 #include <cwctype>
+#include <iconv.h>
 #include <locale.h>
 
 namespace quorvex::support {
 namespace {
 
-// windows-1252, 0x80 to 0x9F; the five holes map to themselves as Windows does it.
-constexpr std::array<wchar_t, 32> kCodePage1252 = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-                                                   0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
-                                                   0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-                                                   0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+// Code pages by their names in iconv.
+std::string CodePageName(int codePage) {
+    return "CP" + std::to_string(codePage);
+}
 
 } // namespace
 
 std::wstring FromAnsi(std::string_view bytes) {
-    std::wstring text = FromLatin1(bytes);
-    for (wchar_t& c : text) {
-        if (c >= 0x80 && c < 0xA0) c = kCodePage1252[static_cast<std::size_t>(c - 0x80)];
+    return FromWindows1252(bytes);
+}
+
+std::wstring FromCodePage(int codePage, std::string_view bytes) {
+    const iconv_t converter = iconv_open("WCHAR_T", CodePageName(codePage).c_str());
+    if (converter == reinterpret_cast<iconv_t>(-1)) return FromAnsi(bytes);
+    std::wstring text;
+    for (const char byte : bytes) {
+        char in = byte;
+        char* source = &in;
+        std::size_t left = 1;
+        wchar_t c = 0xFFFD;
+        char* target = reinterpret_cast<char*>(&c);
+        std::size_t room = sizeof c;
+        if (iconv(converter, &source, &left, &target, &room) == static_cast<std::size_t>(-1)) c = 0xFFFD;
+        text.push_back(c);
     }
+    iconv_close(converter);
     return text;
 }
 
 std::string ToAnsi(std::wstring_view text) {
     std::string bytes;
     bytes.reserve(text.size());
+    std::string controls(32, '\0');
+    for (std::size_t i = 0; i < controls.size(); ++i) controls[i] = static_cast<char>(0x80 + i);
+    const std::wstring special = FromWindows1252(controls);
     for (const wchar_t c : text) {
-        const auto high = std::find(kCodePage1252.begin(), kCodePage1252.end(), c);
+        const std::size_t high = special.find(c);
         if (c < 0x80 || (c >= 0xA0 && c < 0x100)) {
             bytes.push_back(static_cast<char>(c));
-        } else if (high != kCodePage1252.end()) {
-            bytes.push_back(static_cast<char>(0x80 + (high - kCodePage1252.begin())));
         } else {
-            bytes.push_back('?');
+            bytes.push_back(high == std::wstring::npos ? '?' : controls[high]);
         }
     }
     return bytes;

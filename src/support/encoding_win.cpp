@@ -5,12 +5,17 @@
 namespace quorvex::support {
 
 std::wstring FromAnsi(std::string_view bytes) {
+    return FromCodePage(CP_ACP, bytes);
+}
+
+std::wstring FromCodePage(int codePage, std::string_view bytes) {
     if (bytes.empty()) return {};
     const int size = static_cast<int>(bytes.size());
-    const int needed = MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, nullptr, 0);
-    if (needed <= 0) return {};
+    const UINT page = static_cast<UINT>(codePage);
+    const int needed = MultiByteToWideChar(page, 0, bytes.data(), size, nullptr, 0);
+    if (needed <= 0) return FromWindows1252(bytes); // a code page that is not installed
     std::wstring text(static_cast<std::size_t>(needed), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, text.data(), needed);
+    MultiByteToWideChar(page, 0, bytes.data(), size, text.data(), needed);
     return text;
 }
 

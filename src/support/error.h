@@ -38,6 +38,7 @@ inline constexpr long kErrorPathAccess = 75;
 inline constexpr long kErrorInternal = 51;
 // What data access layers report for a record that does not exist.
 inline constexpr long kErrorNoRecord = 3021;
+inline constexpr long kErrorTimeOut = 1460; // the system's number for it; also of requests that fail without a number
 // What data access reports for a damaged, foreign or locked database file (E_FAIL as ADO raises it).
 inline constexpr long kErrorDatabase = -2147467259;
 

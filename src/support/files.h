@@ -46,6 +46,9 @@ class FileHold {
     static constexpr std::intptr_t kNone = -1;
     std::intptr_t handle_ = kNone; // the system's handle or descriptor
 };
+// The user's own folder for logs, created if it does not exist: Quorvex in the folder for local application data
+// (natively quorvex in the state folder), the folder for temporary files if the user has none.
+std::wstring UserLogFolder();
 // False when there was nothing or it could not be deleted.
 bool DeleteFileQuietly(const std::wstring& path);
 bool RenameFileQuietly(const std::wstring& from, const std::wstring& to);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <limits>
 #include <sys/file.h>
@@ -47,6 +48,18 @@ bool DeleteFileQuietly(const std::wstring& path) {
 
 bool RenameFileQuietly(const std::wstring& from, const std::wstring& to) {
     return rename(ToPath(from).c_str(), ToPath(to).c_str()) == 0;
+}
+
+std::wstring UserLogFolder() {
+    const char* const state = std::getenv("XDG_STATE_HOME");
+    const char* const home = std::getenv("HOME");
+    std::filesystem::path folder = state != nullptr ? std::filesystem::path(state)
+                                   : home != nullptr ? std::filesystem::path(home) / ".local/state"
+                                                     : std::filesystem::path("/tmp");
+    folder /= "quorvex";
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    return FromPath(folder);
 }
 
 std::vector<std::wstring> FileNames(const std::wstring& folder) {

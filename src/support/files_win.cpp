@@ -2,7 +2,9 @@
 
 #include "support/system_path_win.h"
 
+#include <array>
 #include <limits>
+#include <shlobj.h>
 
 namespace quorvex::support {
 namespace {
@@ -46,10 +48,11 @@ std::int32_t FileSize(const std::wstring& path) {
     const std::wstring name = SystemPath(path);
     const DWORD attributes = GetFileAttributesW(name.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return -1;
-    const HANDLE file = RetryWhileHeld([&] {
+    const auto open = [&] {
         return CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    });
+    };
+    const HANDLE file = RetryWhileHeld(open, IsSharingError);
     if (file == INVALID_HANDLE_VALUE) return -1;
     LARGE_INTEGER size{};
     const bool sized = GetFileSizeEx(file, &size) && size.QuadPart <= std::numeric_limits<std::int32_t>::max();
@@ -73,6 +76,18 @@ bool RenameFileQuietly(const std::wstring& from, const std::wstring& to) {
     const std::wstring target = SystemPath(to);
     return RetryWhileHeld([&] { return MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING); }) !=
            FALSE;
+}
+
+std::wstring UserLogFolder() {
+    std::array<wchar_t, MAX_PATH + 1> buffer{};
+    std::wstring folder;
+    if (SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, buffer.data()) == S_OK) {
+        folder = std::wstring(buffer.data()) + L"\\Quorvex";
+    } else if (GetTempPathW(static_cast<DWORD>(buffer.size()), buffer.data()) != 0) {
+        folder = std::wstring(buffer.data()) + L"Quorvex";
+    }
+    CreateDirectoryW(folder.c_str(), nullptr);
+    return folder;
 }
 
 std::vector<std::wstring> FileNames(const std::wstring& folder) {

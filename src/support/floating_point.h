@@ -1,31 +1,50 @@
 #pragma once
 
-#if defined(_WIN32) && defined(__i386__)
-#include <cfloat>
+#if defined(_WIN32)
+#include <xmmintrin.h>
 #endif
 
 namespace quorvex::support {
 
-// Double precision for the arithmetic of a scope, whatever the host set: graphics libraries leave 32-bit processes in
-// single precision, which the C library's functions obey. Nothing to do elsewhere.
-class DoublePrecision {
+// Default arithmetic for the life of an entry into the component: double precision, rounding to nearest, no exceptions.
+// Some hosts have exceptions switched on or single precision set. Afterwards their control words and status flags are
+// as they were. Natively there is nothing to do.
+class DefaultArithmetic {
   public:
-#if defined(_WIN32) && defined(__i386__)
-    DoublePrecision() : before_(_controlfp(0, 0)) {
-        _controlfp(_PC_53, _MCW_PC);
+#if defined(_WIN32)
+    DefaultArithmetic() : sse_(_mm_getcsr()) {
+        constexpr unsigned kDefaultSse = 0x1F80;
+        constexpr unsigned short kDefaultX87 = 0x027F;
+        __asm__ __volatile__("fnstenv %0" : "=m"(x87_));
+        __asm__ __volatile__("fnclex\n\tfldcw %0" : : "m"(kDefaultX87));
+        _mm_setcsr(kDefaultSse);
     }
-    ~DoublePrecision() {
-        _controlfp(before_, _MCW_PC);
+    ~DefaultArithmetic() {
+        // The stack's state belongs to the code around; everything else goes back in one step, since our own flags and
+        // the host's control word together would raise an exception.
+        Environment now;
+        __asm__ __volatile__("fnstenv %0" : "=m"(now));
+        now.status = (now.status & kStackTop) | (x87_.status & ~kStackTop);
+        now.control = x87_.control;
+        __asm__ __volatile__("fldenv %0" : : "m"(now));
+        _mm_setcsr(sse_);
     }
 #else
-    DoublePrecision() {} // not trivial, so that no compiler calls its objects unused
+    DefaultArithmetic() {} // not trivial, so that no compiler calls its objects unused
 #endif
-    DoublePrecision(const DoublePrecision&) = delete;
-    DoublePrecision& operator=(const DoublePrecision&) = delete;
+    DefaultArithmetic(const DefaultArithmetic&) = delete;
+    DefaultArithmetic& operator=(const DefaultArithmetic&) = delete;
 
-#if defined(_WIN32) && defined(__i386__)
+#if defined(_WIN32)
   private:
-    unsigned before_;
+    static constexpr unsigned kStackTop = 0x3800;
+    struct Environment { // as fnstenv writes it
+        unsigned control;
+        unsigned status;
+        unsigned others[5];
+    };
+    Environment x87_;
+    unsigned sse_;
 #endif
 };
 

@@ -24,12 +24,6 @@ std::wstring TimeText(const LocalTime& time) {
     return std::wstring(text.data(), text.data() + length);
 }
 
-std::wstring LineStart(const Platform& platform) {
-    const std::wstring user = platform.logUserName.empty() ? platform.machine.UserName() : platform.logUserName;
-    return TimeText(platform.machine.Now()) + L"\t" + PadRight(Process().messageTitle, kTitleWidth, L' ') + L"\t" +
-           platform.machine.ComputerName() + L"\t" + user;
-}
-
 // An extra may come from outside; a tab or line end in it would break the layout of the line.
 std::wstring Column(std::wstring_view text) {
     std::wstring column(text);
@@ -39,14 +33,32 @@ std::wstring Column(std::wstring_view text) {
     return column;
 }
 
-void AppendLine(const Platform& platform, const std::wstring& baseName, const std::wstring& line) {
+std::wstring LineStart(const Platform& platform) {
+    const std::wstring user = platform.logUserName.empty() ? platform.machine.UserName() : platform.logUserName;
+    return TimeText(platform.machine.Now()) + L"\t" + PadRight(Column(Process().messageTitle.Get()), kTitleWidth, L' ') +
+           L"\t" + Column(platform.machine.ComputerName()) + L"\t" + Column(user);
+}
+
+std::wstring LogFolder() {
     const std::wstring folder = Process().dataPath;
+    return folder.empty() ? UserLogFolder() : folder;
+}
+
+// Retries wait for another process that writes the same log. A folder that could not be written last time gets one
+// attempt: a host that may not write there would otherwise lose half a second with each line.
+void AppendLine(const Platform& platform, const std::wstring& baseName, const std::wstring& line) {
+    const std::wstring folder = LogFolder();
     const std::wstring file = folder + L"\\" + baseName + L"1.log";
     const std::string bytes = ToUtf8(line) + "\r\n";
-    for (int failures = 0; failures <= kRetries; ++failures) {
+    const bool known = Process().unwritableLogs == folder;
+    const int retries = known ? 0 : kRetries;
+    for (int failures = 0; failures <= retries; ++failures) {
         if (failures > 0) platform.machine.SleepMilliseconds(kRetryMilliseconds);
-        if (RotateLog(folder, baseName, kLogRotationBytes) && FileHold(file, true).Append(bytes)) return;
+        if (!RotateLog(folder, baseName, kLogRotationBytes) || !FileHold(file, true).Append(bytes)) continue;
+        if (known) Process().unwritableLogs = L"";
+        return;
     }
+    Process().unwritableLogs = folder;
 }
 
 } // namespace
@@ -97,7 +109,7 @@ void LogActivity(const Platform& platform, const std::wstring& message,
 void LogError(const Platform& platform, const Error& error, const std::wstring& message,
               std::initializer_list<std::wstring> values) noexcept {
     try {
-        std::wstring line = LineStart(platform) + L"\t" + Column(Process().currentOperation);
+        std::wstring line = LineStart(platform) + L"\t" + Column(Process().currentOperation.Get());
         const std::wstring cleaned = CleanLogText(message);
         if (cleaned.empty()) {
             // The apostrophe has no partner: intended, readers of these logs know the form.

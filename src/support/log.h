@@ -9,7 +9,7 @@
 
 namespace quorvex::support {
 
-// The two logs in the data folder, "Activity" and "Error": one tab-separated line per event, each written in an
+// The two logs in the data folder (in UserLogFolder() while none is set), "Activity" and "Error": one tab-separated line per event, each written in an
 // open-append-close of its own and rotated through five numbered files. Nothing here throws; a line that cannot be
 // written after the retries is lost.
 

@@ -16,6 +16,10 @@ bool IsValidUtf8(std::string_view bytes);
 std::wstring FromAnsi(std::string_view bytes);
 std::string ToAnsi(std::wstring_view text);
 std::wstring FromLatin1(std::string_view bytes);
+// The same on every machine, whatever its ANSI code page.
+std::wstring FromWindows1252(std::string_view bytes);
+// By a code page of Windows; by windows-1252 if the machine does not have it.
+std::wstring FromCodePage(int codePage, std::string_view bytes);
 // A reply body: by the charset that its Content-Type names, else as UTF-8 when it is valid UTF-8 with non-ASCII
 // characters, else by the ANSI code page.
 std::wstring DecodeReply(std::string_view body, std::string_view contentType);

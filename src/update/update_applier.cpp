@@ -39,9 +39,9 @@ const Columns& PostZonColumns() {
 // The stage's name in parts: it is set for every step of every record.
 template <typename... Parts>
 void SetDataStage(const Parts&... parts) {
-    std::wstring& operation = support::Process().currentOperation;
-    operation = L"Update:UpdateData:";
+    std::wstring operation = L"Update:UpdateData:";
     (operation.append(parts), ...);
+    support::Process().currentOperation = std::move(operation);
 }
 
 const std::wstring& KeyOf(const database::Value& value) {

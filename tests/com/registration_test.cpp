@@ -38,6 +38,20 @@ std::wstring Read(HKEY root, const std::wstring& key, const wchar_t* name = null
     return result == ERROR_SUCCESS ? text.data() : L"(none)";
 }
 
+// The views that hold the interface with its marshaller.
+std::vector<std::wstring> InterfaceViews() {
+    std::vector<std::wstring> found;
+    for (const REGSAM view : {kOwnView, kOtherView}) {
+        HKEY key = nullptr;
+        const wchar_t* const path =
+            L"Software\\Classes\\Interface\\{A8C4E3FB-2C88-469E-857B-24E69D0A8265}\\ProxyStubClsid32";
+        if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ | view, &key) != ERROR_SUCCESS) continue;
+        found.push_back(view == kOwnView ? L"own" : L"other");
+        RegCloseKey(key);
+    }
+    return found;
+}
+
 HRESULT TryCreate() {
     IUnknown* object = nullptr;
     const HRESULT hr =
@@ -81,7 +95,7 @@ TEST_F(RegistrationTest, TheMachinesRegistrationComesAndGoesWithoutATrace) {
     EXPECT_EQ(TryCreate(), REGDB_E_CLASSNOTREG);
 }
 
-TEST_F(RegistrationTest, OneBitnessLeavesTheOtherItsProgId) {
+TEST_F(RegistrationTest, OneBitnessLeavesTheOtherItsKeys) {
     ASSERT_EQ(dll_.Register(false), S_OK);
     HKEY key = nullptr;
     DWORD disposition = 0;
@@ -90,7 +104,14 @@ TEST_F(RegistrationTest, OneBitnessLeavesTheOtherItsProgId) {
               ERROR_SUCCESS);
     RegCloseKey(key);
     ASSERT_EQ(dll_.Register(true), S_OK);
+    const std::wstring library = L"Software\\Classes\\TypeLib\\{D02A196F-8E0E-4C70-AB95-338B63123311}\\2.4\\0\\" +
+                                 std::wstring(sizeof(void*) == 8 ? L"win32" : L"win64");
+    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, library.c_str(), nullptr, REG_SZ, L"other.dll", 20), ERROR_SUCCESS);
+    const std::vector<std::wstring> interfaces = InterfaceViews();
+    EXPECT_FALSE(interfaces.empty());
     ASSERT_EQ(dll_.Register(false), S_OK);
+    EXPECT_EQ(Read(HKEY_LOCAL_MACHINE, library), L"other.dll");
+    EXPECT_EQ(InterfaceViews(), interfaces);
     EXPECT_EQ(Read(HKEY_LOCAL_MACHINE, std::wstring(kProgId) + L"\\CLSID"), L"{1D6679CA-4011-4747-9EAF-18731D88251A}");
     if (disposition != REG_CREATED_NEW_KEY) return; // the other one is really there
     ASSERT_EQ(RegDeleteKeyExW(HKEY_LOCAL_MACHINE, kClass, kOtherView, 0), ERROR_SUCCESS);

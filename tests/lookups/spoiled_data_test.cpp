@@ -103,6 +103,10 @@ TEST_F(SpoiledDataTest, SubstitutionTableWithABadLine) {
     EXPECT_NE(object.General_errormessage.find(L"2"), std::wstring::npos); // the line
     support::DeleteFileQuietly(folder.File(L"PAF_SUBSTITUTION.txt"));
     EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA")); // scrambled, but an answer
+    support::WriteFileBytes(folder.File(L"PAF_SUBSTITUTION.txt"), "{Z\n"); // what marks the premises goes
+    EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA"));
+    EXPECT_EQ(object.RecordCount, 0);
+    EXPECT_NE(ErrorLog().find(" in the address file cannot be read as packed"), std::string::npos);
 }
 
 TEST(Postcode, FormsAndShapes) {

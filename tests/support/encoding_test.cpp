@@ -87,6 +87,25 @@ TEST(Encoding, RepliesAreDecodedByTheirCharset) {
     EXPECT_EQ(DecodeReply(utf8, "text/xml; Charset=\"UTF-8\"; x=y"), cafe);
     EXPECT_EQ(DecodeReply(latin, "text/xml; charset=ISO-8859-1"), cafe);
     EXPECT_EQ(DecodeReply(utf8, "text/xml; charset=iso-8859-1"), L"caf\u00c3\u00a9") << "the charset decides";
+    const struct {
+        std::string body;
+        const char* charset;
+        const wchar_t* text;
+    } named[] = {
+        {"\x80 \xE9", "ISO-8859-1", L"\u20AC \u00E9"}, // as servers mean it
+        {"\x80 \xE9", "windows-1252", L"\u20AC \u00E9"},
+        {"\xA4\xBD\x41", "ISO-8859-15", L"\u20AC\u0153" L"A"},
+        {"\xF0", "windows-1250", L"\u0111"},
+        {"\xF0", "Windows-1251", L"\u0440"},
+        {std::string("\xFF\xFE\xE9\0", 4), "utf-16", L"\u00E9"},
+        {std::string("\xFE\xFF\0\xE9", 4), "utf-16", L"\u00E9"},
+        {std::string("\xE9\0", 2), "utf-16", L"\u00E9"},
+        {std::string("\0\xE9", 2), "utf-16be", L"\u00E9"},
+        {std::string("A\0\x3C\xD8", 4), "utf-16le", L"A\uFFFD"},
+    };
+    for (const auto& [body, charset, text] : named) {
+        EXPECT_EQ(DecodeReply(body, std::string("text/xml; charset=") + charset), text) << charset;
+    }
     EXPECT_EQ(DecodeReply("\x80", "text/xml; charset=windows-1252"), L"\u20ac");
     EXPECT_EQ(DecodeReply(utf8, "text/xml"), cafe) << "valid UTF-8 without a charset";
     EXPECT_EQ(DecodeReply(latin, ""), cafe) << "no UTF-8: the system's code page";

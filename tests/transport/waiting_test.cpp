@@ -2,9 +2,15 @@
 #include "testing/socket_server_win.h"
 #include "transport/fixture.h"
 
+#include "support/files.h"
 #include "support/message_pump_win.h"
+#include "support/process_state.h"
+#include "support/text.h"
 
+#include <atomic>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace quorvex::testing {
 namespace {
@@ -107,6 +113,116 @@ TEST_F(WaitingTest, MessagesRunAndASecondRequestGetsNothing) {
     EXPECT_FALSE(downloaded);
     EXPECT_EQ(server.Heads().size(), 1U);
     EXPECT_FALSE(http::RequestRunning());
+}
+
+// Web back ends answer many visitors at a time. No request is answered before all have arrived.
+TEST_F(WaitingTest, RequestsOf64ThreadsRunSideBySideEachWithItsOwnState) {
+    constexpr int kThreads = 64;
+    std::atomic<int> arrived{0};
+    const SocketServer server([&](Connection& connection, const std::string& target) {
+        ++arrived;
+        while (arrived < kThreads && !connection.ServerStopping()) connection.StaySilent(20);
+        if (target == "/17") return NeverAnswer(connection, target);
+        connection.Reply(target);
+    });
+    std::vector<std::wstring> replies(kThreads);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back([&, i] {
+            ShowingPlatform platform;
+            http::Transport transport(platform);
+            std::thread stopper;
+            if (i == 17) {
+                stopper = std::thread([&] {
+                    for (int n = 0; n < 1500 && arrived < kThreads; ++n) Sleep(20);
+                    transport.StopRequest();
+                });
+            }
+            replies[static_cast<std::size_t>(i)] = transport.GetURL(server.Url(L"/" + std::to_wstring(i)), 60);
+            if (stopper.joinable()) stopper.join();
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (int i = 0; i < kThreads; ++i) {
+        const std::wstring expected = i == 17 ? L"TimeOut" : L"/" + std::to_wstring(i);
+        EXPECT_EQ(replies[static_cast<std::size_t>(i)], expected);
+    }
+}
+
+// A host whose queue is never empty: a window that never validates its paint, a timer that outruns its handler.
+class BusyHost {
+  public:
+    BusyHost() {
+        WNDCLASSW type{};
+        type.lpfnWndProc = Procedure;
+        type.lpszClassName = L"QuorvexBusyHost";
+        RegisterClassW(&type);
+        window_ = CreateWindowExW(0, type.lpszClassName, L"", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50, nullptr, nullptr,
+                                  nullptr, nullptr);
+        SetTimer(window_, 1, 10, nullptr);
+    }
+    ~BusyHost() { DestroyWindow(window_); }
+    BusyHost(const BusyHost&) = delete;
+    BusyHost& operator=(const BusyHost&) = delete;
+
+    static inline int messages = 0;
+
+  private:
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_PAINT) return ++messages, 0;
+        if (message == WM_TIMER) return ++messages, Sleep(15), 0;
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+
+    HWND window_;
+};
+
+TEST_F(WaitingTest, ABusyHostGetsItsReplyAndItsMessages) {
+    const std::string body(400000, 'x');
+    const SocketServer server([&](Connection& connection, const std::string&) {
+        connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 400000\r\n\r\n");
+        for (std::size_t at = 0; at < body.size(); at += 50000) {
+            connection.Send(std::string_view(body).substr(at, 50000));
+            connection.StaySilent(5);
+        }
+    });
+    const BusyHost host;
+    BusyHost::messages = 0;
+    EXPECT_EQ(Get(server.Url(L"/")).size(), body.size());
+    EXPECT_TRUE(transport_.GetHTTPFile(server.Url(L"/file"), Path(L"file.zip"), L""));
+    EXPECT_GT(BusyHost::messages, 4);
+}
+
+TEST_F(WaitingTest, AFailureIsLoggedWithItsCauseAndWithoutTheKey) {
+    using Kind = http::RequestFailure::Kind;
+    const SocketServer server([](Connection& connection, const std::string& target) {
+        if (target.starts_with("/cut")) connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\npart");
+        if (target.starts_with("/page")) connection.Reply("sorry", "503 Busy");
+        if (target.starts_with("/silent")) NeverAnswer(connection, target);
+        connection.Close();
+    });
+    support::Process().dataPath = support::FromPath(std::filesystem::current_path());
+    const std::wstring nobody = L"http://127.0.0.1:" + std::to_wstring(ClosedPort());
+    const std::pair<std::wstring, std::wstring> cases[] = {
+        {nobody, L"connection refused or host not reachable; stage: connecting and sending; Windows error 12029"},
+        {L"http://no-such-host.invalid", L"host name not resolved; stage: connecting and sending; Windows error 12007; "
+                                         L"host no-such-host.invalid:80; "},
+        {server.Url(L"/silent"), L"timed out; stage: "},
+        {server.Url(L"/cut"), L"stage: reading the reply"},
+        {server.Url(L"/page"), L"error page; stage: after the reply; status 503"},
+        {L"ftp://host", L"Not a web address; stage: preparing; Windows error 12005"},
+    };
+    for (const auto& [url, words] : cases) {
+        support::DeleteFileQuietly(Path(L"Error1.log"));
+        Get(url + L"?datakey=SECRET7&postcode=AB1", kShortLimit);
+        EXPECT_NE(transport_.Failure().kind, Kind::None) << url;
+        const std::wstring line = support::FromUtf8(support::ReadFileBytes(Path(L"Error1.log")));
+        EXPECT_NE(line.find(words), std::wstring::npos) << line;
+        EXPECT_NE(line.find(L"?datakey=***&postcode=AB1"), std::wstring::npos) << line;
+        EXPECT_NE(line.find(L" ms; "), std::wstring::npos) << line;
+        EXPECT_EQ(line.find(L"SECRET7"), std::wstring::npos) << line;
+    }
+    support::Process().dataPath = L"";
 }
 
 TEST_F(WaitingTest, WaitingCostsNoProcessorTime) {

@@ -219,7 +219,7 @@ TEST(ZipName, OnlyPlainFileNamesPass) {
 class UnzipTest : public ::testing::Test {
   protected:
     UnzipTest() { support::Process().dataPath = folder_.Text(); }
-    ~UnzipTest() override { support::Process().dataPath.clear(); }
+    ~UnzipTest() override { support::Process().dataPath = L""; }
 
     bool Run(const std::string& archive, bool overwrite = true, const std::wstring& title = L"Unziping file") {
         support::WriteFileBytes(archive_, archive);
