@@ -7,7 +7,7 @@
 
 // Any text is a list of at most so many packages, and no address of it leads to a file name outside the one form.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace quorvex::localdata;
+    using namespace quorvex::update;
     const std::wstring list = quorvex::support::FromUtf8({reinterpret_cast<const char*>(data), size});
     const auto packages = ParseUpdateList(list);
     if (packages.size() > kMostListedPackages) std::abort();

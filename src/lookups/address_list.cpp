@@ -19,12 +19,9 @@ namespace {
 
 constexpr int kLastLine = 100; // lines are handed out while the counter is at most this: 101 of them
 
-void BeginSearch(object::Quorvex& object) {
-    object.EnsureServerURL();
+void ClearList(object::Quorvex& object) {
     object.AddressData.Clear();
     object.RecordCount = 0;
-    object.General_errormessage.clear();
-    object.General_confirm = false;
 }
 
 std::int32_t ReadRecordCount(const std::wstring& reply) {
@@ -48,6 +45,8 @@ bool SearchLocal(object::Quorvex& object, const PostcodeAndHouse& search) {
     LocalList list = LocalAddressList(object, search.postcode, search.house);
     object::ReadReplyHeader(object, list.reply, false);
     object.RecordCount = list.recordCount;
+    // As in web mode, where the header's reader finds the first line's identifier in the reply.
+    object.Address_Id = support::Trim(object::ReadElement(list.records, L"id"));
     object.AddressData.Assign(std::move(list.records));
     return object.General_confirm;
 }
@@ -55,8 +54,8 @@ bool SearchLocal(object::Quorvex& object, const PostcodeAndHouse& search) {
 } // namespace
 
 bool GetFullAddressToList(object::Quorvex& object, const std::wstring& postcode) {
-    BeginSearch(object);
-    return Guarded(object, false, [&] {
+    ClearList(object);
+    return RunLookup(object, [&] {
         if (!DataFileUsable(object, localdata::FindDataFile(L'F')->fileName, true)) return false;
         const PostcodeAndHouse search = SplitCommaForm(postcode);
         if (object.LocalMode()) return SearchLocal(object, search);
@@ -66,8 +65,8 @@ bool GetFullAddressToList(object::Quorvex& object, const std::wstring& postcode)
 }
 
 bool GetFullAddressToListAdv(object::Quorvex& object, const web::AdvancedCriteria& criteria) {
-    BeginSearch(object);
-    return Guarded(object, false, [&] {
+    ClearList(object);
+    return RunLookup(object, [&] {
         return SearchWeb(object, web::SearchForAddressAdvUrl(object, criteria), L"<records>", L"</records>");
     });
 }
@@ -96,6 +95,8 @@ AdvancedLine GetFullAddressLineForSelectionAdv(object::Quorvex& object) {
         } else if (line.lineType == L"l") {
             line.text = support::Trim(list.TakeBetween(L"<l>", L"</l>"));
             line.id = list.TakeBetween(L"<id>", L"</id>");
+        } else {
+            line.lineType.clear(); // not an advanced list: an empty type tells the caller to stop
         }
         return line;
     });

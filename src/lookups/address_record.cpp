@@ -5,6 +5,7 @@
 #include "lookups/guarded.h"
 #include "lookups/local_replies.h"
 #include "object/reply_header.h"
+#include "support/text.h"
 #include "web/data_request.h"
 #include "web/endpoints.h"
 
@@ -18,16 +19,16 @@ constexpr std::size_t kLongestPostcode = 8;
 } // namespace
 
 bool GetFullAddressRecord(object::Quorvex& object, std::int32_t selectedListIndex) {
-    if (selectedListIndex < 0 || selectedListIndex >= kSelectableLines) return false;
-    const std::wstring addressId = object.AddressData.Identifier(static_cast<std::size_t>(selectedListIndex));
-    // No line was handed out there: asking the service would only cost credit.
-    return !addressId.empty() && GetFullAddressRecordByAddressID(object, addressId);
+    const bool selectable = selectedListIndex >= 0 && selectedListIndex < kSelectableLines;
+    const std::wstring addressId =
+        selectable ? object.AddressData.Identifier(static_cast<std::size_t>(selectedListIndex)) : std::wstring();
+    // Where no line was handed out, asking the service would only cost credit.
+    if (addressId.empty()) return RunLookup(object, [] { return false; });
+    return GetFullAddressRecordByAddressID(object, addressId);
 }
 
 bool GetFullAddressRecordByAddressID(object::Quorvex& object, const std::wstring& addressId) {
-    object.EnsureServerURL();
-    object.General_confirm = false;
-    return Guarded(object, false, [&] {
+    return RunLookup(object, [&] {
         if (!DataFileUsable(object, localdata::FindDataFile(L'F')->fileName, true)) return false;
         const std::wstring reply =
             object.LocalMode() ? LocalAddressRecord(object, addressId)
@@ -38,14 +39,13 @@ bool GetFullAddressRecordByAddressID(object::Quorvex& object, const std::wstring
     });
 }
 
-bool GetThoroughfareAddressRecord(object::Quorvex& object, const std::wstring& postcode) {
-    object.General_confirm = false;
-    if (postcode.size() < kShortestPostcode || postcode.size() > kLongestPostcode) {
-        object.General_errormessage = L"Please specify Postcode";
-        return false;
-    }
-    object.EnsureServerURL();
-    return Guarded(object, false, [&] {
+bool GetThoroughfareAddressRecord(object::Quorvex& object, const std::wstring& typed) {
+    return RunLookup(object, [&] {
+        const std::wstring postcode(support::Trim(typed));
+        if (postcode.size() < kShortestPostcode || postcode.size() > kLongestPostcode) {
+            object.General_errormessage = L"Please specify Postcode";
+            return false;
+        }
         if (!DataFileUsable(object, localdata::FindDataFile(L'T')->fileName, true)) return false;
         const std::wstring reply =
             object.LocalMode()

@@ -126,11 +126,10 @@ std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& add
     const auto plain = PackedField(object, L'F', L"PAF_FullAddress", key, table);
     if (!plain) return {};
     const localdata::PackedAddress address = Split(object, *plain, key);
-    const std::wstring common = localdata::ShortenBlanks(address.common);
     // All premises are counted here, also those that a house filter kept out of the list: intended.
     for (std::size_t i = 0; i < address.premises.size(); ++i) {
         if (postcode + L"_" + std::to_wstring(i + 1) + L"_F" != addressId) continue;
-        const localdata::RecordFields field = localdata::AddressRecord(address.premises[i], common);
+        const localdata::RecordFields field = localdata::AddressRecord(address.premises[i], address.common);
         static constexpr std::array<const wchar_t*, localdata::kRecordFields> kNames = {
             L"organisation", L"line1",    L"line2",       L"line3",   L"town",
             L"county",       L"postcode", nullptr,        L"country", L"deliverypointsuffix",

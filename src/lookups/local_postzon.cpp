@@ -60,7 +60,10 @@ std::wstring ByGridReference(const std::wstring& reference) {
 }
 
 std::wstring InSquare(double longitude, double latitude) {
-    const auto bound = [](double centre, double offset) { return support::NumberText(centre + offset); };
+    // Rounded, so that a row exactly on a bound is outside whatever the sum's last bits are.
+    const auto bound = [](double centre, double offset) {
+        return support::NumberText(support::RoundedTo15Digits(centre + offset));
+    };
     return L"SELECT PAF_PostZon.* FROM PAF_PostZon WHERE (((PZ_Long)>" + bound(longitude, -kSearchHalfWidth) +
            L") and ((PZ_Long)<" + bound(longitude, kSearchHalfWidth) + L") and ((PZ_Lat)>" +
            bound(latitude, -kSearchHalfWidth) + L") and ((PZ_Lat)<" + bound(latitude, kSearchHalfWidth) + L"));";
@@ -70,7 +73,8 @@ std::wstring InSquare(double longitude, double latitude) {
 std::optional<std::wstring> QueryFor(object::Quorvex& object, const std::wstring& key) {
     if (key.size() < kGridReferenceLength) return ByPostcode(LocalPostcode(key));
     if (key.find(L'|') == std::wstring::npos) return ByGridReference(key);
-    std::wstring pieces = key + L"|";
+    // Also with decimal commas, as the user's own programs write numbers.
+    std::wstring pieces = support::ReplaceAll(key, L",", L".") + L"|";
     const double longitude = support::ParseNumber(support::NextField(pieces, L"|", true));
     const double latitude = support::ParseNumber(support::NextField(pieces, L"|", true));
     const std::wstring postcode = LocalNearestPostcode(object, longitude, latitude);

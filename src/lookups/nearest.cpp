@@ -7,6 +7,7 @@
 #include "support/quick_sort.h"
 #include "support/text.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
@@ -50,6 +51,7 @@ bool Nearest_StartList(object::Quorvex& object, const std::wstring& postcode, do
         boxSize = maxDistanceKm * kDegreesPerKilometre;
         list.maximumDistance = maxDistanceKm;
         list.count = 0;
+        list.sorted = false;
         list.capacity = kCapacityStep;
         list.entries.assign(static_cast<std::size_t>(kCapacityStep) + 1, {});
         return true;
@@ -60,10 +62,16 @@ bool Nearest_AddToList(object::Quorvex& object, double longitude, double latitud
                        const std::wstring& text2, const std::wstring& text3) {
     return Guarded(object, false, [&] {
         object::NearestList& list = object.nearest;
+        if (list.entries.empty()) throw support::Error(support::kErrorSubscript, L"No list was started");
         // Longitudes stand where latitudes are read and the other way round: intended, lists are ranked by this figure.
         const double kilometres =
             GetDistance(object.platform, list.homeLongitude, list.homeLatitude, longitude, latitude);
         if (kilometres > list.maximumDistance) return true;
+        if (list.sorted) { // counting put the empty entry first: it goes back after the points
+            const auto first = list.entries.begin();
+            std::rotate(first, first + 1, first + list.count + 1);
+            list.sorted = false;
+        }
         list.entries[Position(list, list.count)] = DistanceText(kilometres) + L"|" + text1 + L"|" + text2 + L"|" +
                                                    text3 + L"|" + support::NumberText(longitude) + L"|" +
                                                    support::NumberText(latitude);
@@ -77,9 +85,11 @@ bool Nearest_AddToList(object::Quorvex& object, double longitude, double latitud
 std::int32_t Nearest_GetNumberOfRecordsReturned(object::Quorvex& object) {
     return Guarded(object, std::int32_t{0}, [&] {
         object::NearestList& list = object.nearest;
-        // The empty entry at position count takes part and comes to stand at position 0, the nearest at 1.
-        if (!list.entries.empty())
+        // The empty entry at position count takes part and sorts to position 0, the nearest point to 1.
+        if (!list.entries.empty()) {
             support::QuickSort(list.entries, 0, static_cast<std::ptrdiff_t>(Position(list, list.count)));
+            list.sorted = true;
+        }
         return list.count;
     });
 }

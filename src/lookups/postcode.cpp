@@ -32,11 +32,27 @@ bool IsDigit(wchar_t c) {
     return c >= L'0' && c <= L'9';
 }
 
+std::wstring WithoutSlips(std::wstring_view postcode) {
+    std::wstring text(postcode);
+    for (const auto& [find, replacement] : kSlips) text = support::ReplaceAll(text, find, replacement);
+    return text;
+}
+
+// The house as address lines hold it, without commas.
+std::wstring HouseText(std::wstring_view typed) {
+    std::wstring house;
+    for (std::wstring rest(typed); !rest.empty();) {
+        const std::wstring piece(support::Trim(support::NextField(rest, L",", true)));
+        if (!house.empty() && !piece.empty()) house += L' ';
+        house += piece;
+    }
+    return house;
+}
+
 } // namespace
 
 std::wstring FormatPostCode(std::wstring_view postcode) {
-    std::wstring text(postcode);
-    for (const auto& [find, replacement] : kSlips) text = support::ReplaceAll(text, find, replacement);
+    const std::wstring text = WithoutSlips(postcode);
     if (text.size() == 8) return text.substr(0, 4) + text.substr(5);
     if (text.size() == 6) return text.substr(0, 3) + L" " + text.substr(3);
     return text;
@@ -47,7 +63,7 @@ std::wstring LocalPostcode(std::wstring_view postcode) {
 }
 
 bool HasPostcodeShape(std::wstring_view text) {
-    const std::wstring code = support::ReplaceAll(support::UpperCase(support::Trim(text)), L" ", L"");
+    const std::wstring code = support::ReplaceAll(support::UpperCase(WithoutSlips(support::Trim(text))), L" ", L"");
     if (code == L"ZZ99") return true;
     if (code.size() < 5 || code.size() > 7) return false;
     const std::wstring_view inward = std::wstring_view(code).substr(code.size() - 3);
@@ -63,11 +79,12 @@ bool HasPostcodeShape(std::wstring_view text) {
 
 PostcodeAndHouse SplitCommaForm(std::wstring_view text) {
     const std::size_t comma = text.find(L',');
-    if (comma == std::wstring_view::npos) return {std::wstring(text), {}};
+    if (comma == std::wstring_view::npos) return {std::wstring(support::Trim(text)), {}};
     const std::wstring first(support::Trim(text.substr(0, comma)));
-    const std::wstring second(support::Trim(text.substr(comma + 1)));
-    if (!HasPostcodeShape(first) && HasPostcodeShape(second)) return {second, first};
-    return {first, second};
+    const std::size_t lastComma = text.rfind(L',');
+    const std::wstring last(support::Trim(text.substr(lastComma + 1)));
+    if (!HasPostcodeShape(first) && HasPostcodeShape(last)) return {last, HouseText(text.substr(0, lastComma))};
+    return {first, HouseText(text.substr(comma + 1))};
 }
 
 } // namespace quorvex::lookups

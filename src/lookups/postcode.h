@@ -13,10 +13,12 @@ std::wstring FormatPostCode(std::wstring_view postcode);
 // The form in which local queries ask: formatted and upper-cased.
 std::wstring LocalPostcode(std::wstring_view postcode);
 
-// True for a text that, trimmed, upper-cased and without inner blanks, has the shape of a UK postcode, or is ZZ99.
+// True for a text that, trimmed, upper-cased, without inner blanks and with shifted digits put right, has the shape of
+// a UK postcode, or is ZZ99.
 bool HasPostcodeShape(std::wstring_view text);
 
-// "postcode, house" or "house, postcode", cut at the first comma; without a comma the whole text is the postcode.
+// "postcode, house" or "house, postcode": the end that has a postcode's shape is the postcode, else the text before the
+// first comma. Commas within the house become blanks. Without a comma the whole text is the postcode. Both are trimmed.
 struct PostcodeAndHouse {
     std::wstring postcode;
     std::wstring house;

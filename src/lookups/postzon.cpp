@@ -5,6 +5,7 @@
 #include "lookups/guarded.h"
 #include "lookups/local_replies.h"
 #include "object/reply_header.h"
+#include "support/text.h"
 #include "web/data_request.h"
 #include "web/endpoints.h"
 
@@ -15,14 +16,13 @@ constexpr std::size_t kShortestKey = 5;
 
 } // namespace
 
-bool GetPostZonAddressRecord(object::Quorvex& object, const std::wstring& key) {
-    object.General_confirm = false;
-    if (key.size() < kShortestKey) {
-        object.General_errormessage = L"Please specify Postcode";
-        return false;
-    }
-    object.EnsureServerURL();
-    return Guarded(object, false, [&] {
+bool GetPostZonAddressRecord(object::Quorvex& object, const std::wstring& typed) {
+    return RunLookup(object, [&] {
+        const std::wstring key(support::Trim(typed));
+        if (key.size() < kShortestKey) {
+            object.General_errormessage = L"Please specify Postcode";
+            return false;
+        }
         if (!DataFileUsable(object, localdata::FindDataFile(L'Z')->fileName, true)) return false;
         const std::wstring reply = object.LocalMode()
                                        ? LocalPostZonRecord(object, key)
@@ -34,7 +34,10 @@ bool GetPostZonAddressRecord(object::Quorvex& object, const std::wstring& key) {
 
 std::wstring GetPostZonAddressLongLat(object::Quorvex& object, double longitude, double latitude) {
     if (!object.LocalMode()) return {};
-    return Guarded(object, std::wstring(), [&] { return LocalNearestPostcode(object, longitude, latitude); });
+    return Guarded(object, std::wstring(), [&]() -> std::wstring {
+        if (!DataFileUsable(object, localdata::FindDataFile(L'Z')->fileName, true)) return {};
+        return LocalNearestPostcode(object, longitude, latitude);
+    });
 }
 
 } // namespace quorvex::lookups

@@ -67,6 +67,11 @@ void ReadElements(Quorvex& object, const std::wstring& reply, const Elements& el
 
 } // namespace
 
+void ClearRecord(Quorvex& object) {
+    for (const Element& element : kAddressElements) (object.*element.property).clear();
+    for (const Element& element : kPostZonElements) (object.*element.property).clear();
+}
+
 void ReadReplyHeader(Quorvex& object, const std::wstring& reply, bool requireRecord) {
     if (reply.find(L"<confirm>") == std::wstring::npos) {
         object.General_errormessage = object.LocalMode() ? ReadElement(reply, L"errormessage") : reply;

@@ -11,4 +11,7 @@ namespace quorvex::object {
 // General_confirm as it is and becomes the error message (in local mode: its errormessage element does).
 void ReadReplyHeader(object::Quorvex& object, const std::wstring& reply, bool requireRecord);
 
+// Empties the address record and the PostZon data, so that nothing of an earlier reply can pass for an answer.
+void ClearRecord(Quorvex& object);
+
 } // namespace quorvex::object

@@ -48,6 +48,15 @@ std::wstring NumberText(double number) {
     return error == std::errc() ? std::wstring(buffer.data(), end) : std::wstring(L"0");
 }
 
+double RoundedTo15Digits(double number) {
+    std::array<char, 64> buffer{};
+    const auto written =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::scientific, 14);
+    double rounded = number;
+    std::from_chars(buffer.data(), written.ptr, rounded);
+    return rounded;
+}
+
 bool IsNumber(std::wstring_view text) {
     const std::wstring_view trimmed = Trim(text);
     return !trimmed.empty() && ScanNumber(trimmed).length == trimmed.size();

@@ -49,6 +49,8 @@ std::wstring CleanLogText(std::wstring_view text);
 // Shortest decimal text that reads back to the same double, with a point, whatever the locale; an exponent only below
 // 1e-7 and from 1e21.
 std::wstring NumberText(double number);
+// The number with 15 significant digits: what a double holds of any decimal, without the noise of a sum's last bits.
+double RoundedTo15Digits(double number);
 // A whole text as a number, outer blanks allowed; throws Error (type mismatch) when it is none.
 double ParseNumber(std::wstring_view text);
 // True when the trimmed text is a number.

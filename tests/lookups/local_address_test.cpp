@@ -1,6 +1,7 @@
 #include "lookups/address_list.h"
 #include "lookups/address_record.h"
 #include "lookups/local_fixture.h"
+#include "lookups/postzon.h"
 
 #include <map>
 
@@ -98,6 +99,31 @@ TEST_F(LocalAddressTest, NumbersCountKeptLinesWhileRecordsCountPremises) {
     EXPECT_FALSE(GetFullAddressRecord(object, 100));
 }
 
+// Whatever fails, nothing of the last customer stays to be taken for the answer; whatever succeeds, no old error does.
+TEST_F(LocalAddressTest, AFailureLeavesNoAddressAndASuccessNoError) {
+    const std::function<bool()> failures[] = {
+        [&] { return GetFullAddressRecordByAddressID(object, L"NO1 1NE_1_F"); },
+        [&] { return GetFullAddressRecord(object, 100); },
+        [&] { return GetThoroughfareAddressRecord(object, L"NO1 1NE"); },
+        [&] { return GetThoroughfareAddressRecord(object, L"X"); },
+        [&] { return GetPostZonAddressRecord(object, L"north|south"); },
+    };
+    for (const auto& fails : failures) {
+        ASSERT_TRUE(GetFullAddressRecordByAddressID(object, L"CR2 9AA_1_F"));
+        EXPECT_EQ(object.General_errormessage, L"");
+        EXPECT_FALSE(fails());
+        EXPECT_FALSE(object.General_confirm);
+        EXPECT_EQ(object.Address_Postcode + object.Address_Line1 + object.Address_Id, L"");
+        object.General_errormessage = L"left by the failure";
+    }
+}
+
+TEST_F(LocalAddressTest, AnAdvancedWalkOverAPostcodesListEndsAtOnce) {
+    ASSERT_TRUE(GetFullAddressToList(object, L"AB1 9AA"));
+    EXPECT_EQ(object.Address_Id, L"AB1 9AA_1_F") << "the first line's, as in web mode";
+    EXPECT_EQ(GetFullAddressLineForSelectionAdv(object).lineType, L"");
+}
+
 TEST_F(LocalAddressTest, OneHundredAndOneLinesAreHandedOut) {
     EXPECT_EQ(Lines(L"M1 9AA").size(), 101U);
     EXPECT_EQ(object.RecordCount, 250);
@@ -142,9 +168,9 @@ TEST_F(LocalAddressTest, StreetsOfTheSample) {
         found += confirmed ? 1 : 0;
     }
     EXPECT_GT(found, 600);
-    EXPECT_TRUE(GetThoroughfareAddressRecord(object, L"zz99"));
+    EXPECT_TRUE(GetThoroughfareAddressRecord(object, L" zz99 "));
     EXPECT_EQ(object.Address_Line1, L"Victoria Rd");
-    for (const wchar_t* postcode : {L"", L"PE1", L"PE13 4PZ "}) {
+    for (const wchar_t* postcode : {L"", L"PE1", L"PE13 4PZ X"}) {
         EXPECT_FALSE(GetThoroughfareAddressRecord(object, postcode));
         EXPECT_EQ(object.General_errormessage, L"Please specify Postcode");
     }

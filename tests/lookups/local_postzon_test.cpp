@@ -60,8 +60,24 @@ TEST_F(LocalPostZonTest, KeysByTheirForm) {
     EXPECT_FALSE(GetPostZonAddressRecord(object, L"PE13  4PZ")); // nine characters are a grid reference
     EXPECT_FALSE(GetPostZonAddressRecord(object, L"north|south"));
     EXPECT_NE(ErrorLog().find("Type mismatch'"), std::string::npos);
+    EXPECT_TRUE(GetPostZonAddressRecord(object, L"  PE13 4PZ "));
+    // A point may come with decimal commas.
+    const std::wstring point = object.PostZon_Longitude_wgs84 + L"|" + object.PostZon_Latitude_wgs84;
+    ASSERT_TRUE(GetPostZonAddressRecord(object, point));
+    const std::wstring nearest = object.PostZon_postcode;
+    ASSERT_TRUE(GetPostZonAddressRecord(object, support::ReplaceAll(point, L".", L",")));
+    EXPECT_EQ(object.PostZon_postcode, nearest);
     EXPECT_FALSE(GetPostZonAddressRecord(object, L"O'HARE"));
     EXPECT_FALSE(object.General_confirm);
+}
+
+// Sums of two decimals carry noise in their last bits; rows on the bound must be outside for every point.
+TEST_F(LocalPostZonTest, ARowExactlyOnTheBoundIsOutside) {
+    for (int i = 0; i < 2000; ++i) {
+        const double centre = support::ParseNumber(L"51." + std::to_wstring(100000 + i * 37));
+        const double row = support::ParseNumber(L"51." + std::to_wstring(191000 + i * 37));
+        EXPECT_FALSE(row < support::RoundedTo15Digits(centre + 0.091)) << i;
+    }
 }
 
 TEST_F(LocalPostZonTest, DistanceFromHome) {
@@ -127,9 +143,26 @@ TEST_F(NearestListTest, RanksThePointsInRange) {
     EXPECT_FALSE(Nearest_GetRecord(object, -1, record));
 }
 
+TEST_F(NearestListTest, PointsAddedAfterCountingAreKept) {
+    ASSERT_TRUE(Nearest_StartList(object, L"PE13 4PZ", 100, longitude, latitude, box));
+    std::vector<std::wstring> names;
+    for (const int i : {3, 1, 4, 2}) {
+        EXPECT_TRUE(Nearest_AddToList(object, longitude, latitude + i * 0.01, std::to_wstring(i), L"", L""));
+        EXPECT_EQ(Nearest_GetNumberOfRecordsReturned(object), static_cast<std::int32_t>(names.size()) + 1);
+        names.push_back(std::to_wstring(i));
+    }
+    std::sort(names.begin(), names.end());
+    for (int i = 1; i <= 4; ++i) {
+        NearestRecord record;
+        ASSERT_TRUE(Nearest_GetRecord(object, i, record));
+        EXPECT_EQ(record.text1, names[static_cast<std::size_t>(i) - 1]);
+    }
+}
+
 TEST_F(NearestListTest, OutOfOrderCallsFailQuietly) {
     NearestRecord record;
     EXPECT_FALSE(Nearest_AddToList(object, 0, 0, L"", L"", L""));
+    EXPECT_FALSE(Nearest_AddToList(object, 50, 50, L"", L"", L"")); // also a point that is out of reach
     EXPECT_EQ(Nearest_GetNumberOfRecordsReturned(object), 0);
     EXPECT_FALSE(Nearest_GetRecord(object, 0, record));
     ASSERT_TRUE(Nearest_StartList(object, L"PE13 4PZ", 5, longitude, latitude, box));

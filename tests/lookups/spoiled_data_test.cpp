@@ -135,7 +135,15 @@ TEST(Postcode, FormsAndShapes) {
     }
     EXPECT_EQ(SplitCommaForm(L"Rose Cottage, PE13 2QL").postcode, L"PE13 2QL");
     EXPECT_EQ(SplitCommaForm(L"PE13 2QL,8").house, L"8");
-    EXPECT_EQ(SplitCommaForm(L"a,b,c").house, L"b,c");
+    EXPECT_EQ(SplitCommaForm(L"a,b,c").house, L"b c");             // lines hold no commas
+    for (const wchar_t* typed : {L"AB! 6JR , 8", L"8, AB! 6JR"}) { // shifted digits are still a postcode
+        EXPECT_EQ(SplitCommaForm(typed).postcode, L"AB! 6JR");
+        EXPECT_EQ(SplitCommaForm(typed).house, L"8");
+    }
+    for (const wchar_t* typed : {L"FLAT 6, 5, AB1 6JR", L"AB1 6JR, FLAT 6,5"}) {
+        EXPECT_EQ(SplitCommaForm(typed).postcode, L"AB1 6JR");
+        EXPECT_EQ(SplitCommaForm(typed).house, L"FLAT 6 5");
+    }
 }
 
 } // namespace

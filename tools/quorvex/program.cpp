@@ -23,7 +23,7 @@ Report WrongCall(const char* command, std::wstring message) {
 // Runs the command that was given.
 class Runner {
   public:
-    Runner(Console& console, const CommandLine& line) : console_(console), line_(line), platform_(console) {
+    Runner(Console& console, const CommandLine& line) : console_(console), platform_(console) {
         object_.LMSetDataPath(line.dataFolder);
         object_.SetServiceURL(line.serviceUrl);
         object_.SetDataKey(line.dataKey);
@@ -67,7 +67,6 @@ class Runner {
     }
 
     Console& console_;
-    const CommandLine& line_;
     ProgramPlatform platform_;
     object::Quorvex object_{platform_.Surroundings(), platform_.Databases()};
     ReadTurns turns_;

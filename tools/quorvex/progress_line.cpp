@@ -6,7 +6,7 @@ namespace quorvex::cli {
 namespace {
 
 constexpr std::chrono::milliseconds kBetween{200};
-constexpr std::uint64_t kBarWidth = 30;
+constexpr std::size_t kBarWidth = 30;
 constexpr std::size_t kLineWidth = 78; // fits the narrowest terminal with the cursor
 
 } // namespace
@@ -35,7 +35,7 @@ void ProgressLine::Show(std::uint64_t rows, std::uint64_t done, std::uint64_t to
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - began_;
     std::string text;
     if (total != 0) {
-        const std::uint64_t filled = done >= total ? kBarWidth : done * kBarWidth / total;
+        const auto filled = done >= total ? kBarWidth : static_cast<std::size_t>(done * kBarWidth / total);
         text = "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + "] " +
                std::to_string(done >= total ? 100 : done * 100 / total) + " %  ";
     }
