@@ -143,15 +143,11 @@ std::wstring UpdateWorld::UpdateOf(const std::wstring& fileName, const std::wstr
     return found;
 }
 
-std::unique_ptr<database::Connection> UpdateWorld::Hold(const std::wstring& fileName) {
-    database::JetProvider engine;
-    auto connection = engine.CreateConnection();
-    connection->Open(database::ConnectionString(folder.File(fileName)), L"admin", {});
-    const auto writer = engine.CreateRecordset();
-    writer->SetLockType(database::LockType::Optimistic);
-    writer->Open(L"SELECT * From [Version]", *connection);
-    writer->Close();
-    return connection;
+jet::Database UpdateWorld::Hold(const std::wstring& fileName) {
+    jet::OpenOptions writing;
+    writing.writable = true;
+    return jet::Database::Open(support::ToPath(folder.File(fileName)), database::ToUtf16(database::kDatabasePassword),
+                               writing);
 }
 
 bool UpdateWorld::HasFile(const std::wstring& name) const {

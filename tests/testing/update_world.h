@@ -6,6 +6,8 @@
 #include "testing/temp_folder.h"
 #include "testing/update_platform.h"
 
+#include "jet/database.h"
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -35,8 +37,8 @@ class UpdateWorld {
     std::wstring VersionOf(const std::wstring& fileName) const;
     // The last column ("update") of the row with this key, all rows' values joined by commas when several have it.
     std::wstring UpdateOf(const std::wstring& fileName, const std::wstring& table, const std::wstring& key) const;
-    // Another program that has the file open until the result is gone.
-    std::unique_ptr<database::Connection> Hold(const std::wstring& fileName);
+    // Another program that keeps the file to itself until the result is gone.
+    jet::Database Hold(const std::wstring& fileName);
 
     bool HasFile(const std::wstring& name) const;
     // Message and extras of each line of the activity log, empty extras dropped, joined by bars.
