@@ -1,5 +1,6 @@
 // Opens any bytes as a database and reads everything that can be reached: an error is fine, anything else is a fault.
 
+#include "format/table_def.h"
 #include "jet/check.h"
 #include "jet/memory_storage.h"
 
