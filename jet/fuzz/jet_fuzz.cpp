@@ -1,6 +1,5 @@
 // Opens any bytes as a database and reads everything that can be reached: an error is fine, anything else is a fault.
 
-#include "format/table_def.h"
 #include "jet/check.h"
 #include "jet/memory_storage.h"
 
@@ -22,7 +21,7 @@ void ReadTable(jet::Database& database, const std::u16string& name) {
     const jet::Table table = database.OpenTable(name);
     jet::Cursor cursor = table.Rows();
     while (cursor.Next()) {
-        for (std::size_t i = 0; i < table.definition().columns.size(); ++i) {
+        for (std::size_t i = 0; i < table.columnCount(); ++i) {
             Try([&] { cursor.Current().Get(i); });
         }
     }
