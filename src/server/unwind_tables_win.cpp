@@ -35,7 +35,9 @@ class UnwindTables {
     static const void* Section(const char* name) {
         const auto* const base = reinterpret_cast<const char*>(&__ImageBase);
         const auto* const header = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + __ImageBase.e_lfanew);
-        const IMAGE_SECTION_HEADER* const sections = IMAGE_FIRST_SECTION(header);
+        // The section headers follow the optional header.
+        const auto* const sections = reinterpret_cast<const IMAGE_SECTION_HEADER*>(
+            reinterpret_cast<const char*>(&header->OptionalHeader) + header->FileHeader.SizeOfOptionalHeader);
         for (WORD i = 0; i < header->FileHeader.NumberOfSections; ++i) {
             const auto* const found = reinterpret_cast<const char*>(sections[i].Name);
             if (std::strncmp(found, name, IMAGE_SIZEOF_SHORT_NAME) == 0) return base + sections[i].VirtualAddress;

@@ -12,8 +12,10 @@ namespace {
 constexpr wchar_t kProgId[] = L"Software\\Classes\\QuorvexLookup.Quorvex";
 constexpr wchar_t kClass[] = L"Software\\Classes\\CLSID\\{1D6679CA-4011-4747-9EAF-18731D88251A}";
 #ifdef _WIN64
+constexpr REGSAM kOwnView = KEY_WOW64_64KEY;
 constexpr REGSAM kOtherView = KEY_WOW64_32KEY;
 #else
+constexpr REGSAM kOwnView = KEY_WOW64_32KEY;
 constexpr REGSAM kOtherView = KEY_WOW64_64KEY;
 #endif
 
