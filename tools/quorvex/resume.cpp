@@ -53,7 +53,8 @@ void SkipRows(CsvReader& input, const ResumePoint& point) {
     std::string last;
     while (left > 0) {
         CsvBatch batch;
-        if (!input.Next(batch, std::min<std::uint64_t>(left, kRowsAtOnce))) ThrowForeign(L"it has more rows");
+        if (!input.Next(batch, static_cast<std::size_t>(std::min<std::uint64_t>(left, kRowsAtOnce))))
+            ThrowForeign(L"it has more rows");
         left -= batch.rows.size();
         last = batch.Row(batch.rows.size() - 1);
     }
