@@ -2,8 +2,8 @@
 #include "support/log.h"
 #include "support/process_state.h"
 #include "support/text.h"
-#include "testing/guard.h"
 #include "testing/fake_platform.h"
+#include "testing/guard.h"
 #include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@
 namespace quorvex::testing {
 namespace {
 
-constexpr int kLines = 20000;
+constexpr int kLines = 2500; // of some 750 bytes, so that the log rotates several times
 constexpr std::size_t kRetries = 30;
 
 class WaitingPlatform : public FakePlatform {
@@ -60,7 +60,7 @@ void WriteLog(const std::string& folder, const std::string& writer) {
     for (int i = 0; i < kLines; ++i) {
         platform.sleeps.clear();
         const std::string line = writer + " " + std::to_string(i);
-        support::LogActivity(platform, support::FromUtf8(line));
+        support::LogActivity(platform, support::FromUtf8(line), {std::wstring(700, L'x')});
         if (platform.sleeps.size() == kRetries) doubtful += line + "\n";
     }
     support::WriteFileBytes(support::FromUtf8(folder + "\\" + writer + ".doubtful"), doubtful);
