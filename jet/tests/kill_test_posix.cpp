@@ -61,7 +61,7 @@ struct Acknowledged {
     }
 }
 
-struct Tally {
+struct KillTally {
     int kills = 0;
     int damaged = 0;
     int wrong = 0;
@@ -70,7 +70,7 @@ struct Tally {
 };
 
 /// Checks the file; returns the version that the writer had reached, 0 if it had not begun.
-int CheckFile(const std::filesystem::path& path, int started, const Acknowledged& acknowledged, Tally& tally) {
+int CheckFile(const std::filesystem::path& path, int started, const Acknowledged& acknowledged, KillTally& tally) {
     Database db = Database::Open(path, kPassword);
     if (!ErrorsOf(CheckIntegrity(db)).empty()) ++tally.damaged;
     const Table table = db.OpenTable(u"T");
@@ -145,7 +145,7 @@ TEST(KillTest, AKilledWriterLeavesEachRecordOldOrNew) {
     void* const shared = mmap(nullptr, sizeof(Acknowledged), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     ASSERT_NE(shared, MAP_FAILED);
     auto& acknowledged = *new (shared) Acknowledged;
-    Tally tally;
+    KillTally tally;
     int version = 1;
     int repaired = 0;
     for (; tally.kills < kills && tally.damaged + tally.wrong + tally.lost == 0; ++tally.kills) {

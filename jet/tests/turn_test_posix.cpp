@@ -20,12 +20,12 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kReaders = 8;
 
-std::u16string KeyOf(int i) {
+std::u16string TurnKeyOf(int i) {
     return Wide(std::to_string(1000000 + i));
 }
 
 std::vector<Assignment> RecordOf(int i, int version) {
-    return {{0, KeyOf(i)},
+    return {{0, TurnKeyOf(i)},
             {1, std::u16string(300, static_cast<char16_t>(u'A' + version))},
             {2, static_cast<std::int32_t>(version)}};
 }
@@ -40,7 +40,7 @@ double Update(const std::filesystem::path& path, int records) {
     Database db = Database::Open(path, kPassword, options);
     const Table table = db.OpenTable(u"T");
     ChangeGroup group(db);
-    for (int i = 0; i < records; ++i) group.Update(table, *table.FindFirst(Equals(u"K", KeyOf(i))), RecordOf(i, 1));
+    for (int i = 0; i < records; ++i) group.Update(table, *table.FindFirst(Equals(u"K", TurnKeyOf(i))), RecordOf(i, 1));
     group.Commit();
     db.Close();
     return std::chrono::duration<double>(Clock::now() - start).count();
@@ -57,7 +57,7 @@ int LookUp(const std::filesystem::path& path, int records, unsigned seed, const 
         try {
             Database db = Database::Open(path, kPassword);
             const Table table = db.OpenTable(u"T");
-            const auto found = table.FindFirst(Equals(u"K", KeyOf(i)));
+            const auto found = table.FindFirst(Equals(u"K", TurnKeyOf(i)));
             if (!found) return 2;
             const Row row = table.Fetch(*found);
             const int version = std::get<std::int32_t>(row.Get(2));

@@ -15,8 +15,6 @@
 namespace quorvex::cli {
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
 bool IsStandardStream(const std::filesystem::path& path) {
     return path == "-";
 }

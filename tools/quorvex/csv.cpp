@@ -10,7 +10,6 @@ namespace quorvex::cli {
 namespace {
 
 constexpr std::size_t kBlock = 1U << 20;
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // The candidate that occurs most often outside quotes in the first line.
 char LikelySeparator(std::string_view block) {

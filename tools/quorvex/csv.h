@@ -13,12 +13,18 @@ namespace quorvex::cli {
 // CSV as spreadsheets write it: fields may be quoted, a quoted field may hold separators, line breaks and doubled
 // quotes. A quote inside an unquoted field is an ordinary character.
 
+// U+FEFF as UTF-8.
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 struct CsvFormat {
     char separator = ',';
     bool utf8 = true; // false: windows-1252
     bool byteOrderMark = false;
     std::string lineEnd = "\n";
 };
+
+// Rows in a batch of a reader that does nothing slow with them.
+inline constexpr std::size_t kCsvRowsAtOnce = 4096;
 
 // Whole rows in the bytes of the file, line ends left out.
 struct CsvBatch {

@@ -15,8 +15,6 @@
 namespace quorvex::cli {
 namespace {
 
-constexpr std::size_t kRowsAtOnce = 4096;
-
 struct Point {
     double kilometres = 0;
     std::vector<Cell> cells;
@@ -57,7 +55,7 @@ Report Nearest(object::Quorvex& object, const NearestRequest& request) {
     std::vector<Point> points;
     std::size_t unusable = 0;
     std::vector<std::string> fields;
-    for (CsvBatch batch; reader.Next(batch, kRowsAtOnce);) {
+    for (CsvBatch batch; reader.Next(batch, kCsvRowsAtOnce);) {
         for (std::size_t i = 0; i < batch.rows.size(); ++i) {
             SplitCsvRow(batch.Row(i), format.separator, fields);
             fields.resize(names.size());

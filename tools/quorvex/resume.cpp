@@ -10,8 +10,6 @@
 namespace quorvex::cli {
 namespace {
 
-constexpr std::size_t kRowsAtOnce = 4096;
-
 [[noreturn]] void ThrowForeign(const wchar_t* what) {
     throw support::Error(support::kErrorBadFile,
                          std::wstring(L"the output cannot be resumed: ") + what + L"; --overwrite begins anew");
@@ -35,7 +33,7 @@ ResumePoint FindResumePoint(const std::filesystem::path& output, const std::stri
     reader.ReadHeader(names);
     point.offset = header.size();
     CsvBatch batch;
-    while (reader.Next(batch, kRowsAtOnce)) {
+    while (reader.Next(batch, kCsvRowsAtOnce)) {
         // A last row that the earlier run did not get to write whole is made again.
         if (!batch.bytes.ends_with(format.lineEnd) || batch.unclosedQuote) {
             batch.bytes.resize(batch.rows.back().begin);
@@ -53,7 +51,7 @@ void SkipRows(CsvReader& input, const ResumePoint& point) {
     std::string last;
     while (left > 0) {
         CsvBatch batch;
-        if (!input.Next(batch, static_cast<std::size_t>(std::min<std::uint64_t>(left, kRowsAtOnce))))
+        if (!input.Next(batch, static_cast<std::size_t>(std::min<std::uint64_t>(left, kCsvRowsAtOnce))))
             ThrowForeign(L"it has more rows");
         left -= batch.rows.size();
         last = batch.Row(batch.rows.size() - 1);
