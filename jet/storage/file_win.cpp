@@ -1,5 +1,6 @@
 #include "jet/error.h"
 #include "jet/storage.h"
+#include "jet/text.h"
 
 #include <algorithm>
 #include <limits>
@@ -9,14 +10,6 @@
 
 namespace jet {
 namespace {
-
-std::string ToUtf8(const std::wstring& text) {
-    const int size = static_cast<int>(text.size());
-    const int length = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
-    std::string out(static_cast<std::size_t>(length), '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, text.data(), size, out.data(), length, nullptr, nullptr);
-    return out;
-}
 
 [[noreturn]] void ThrowSystem(const char* what, const std::wstring& path, DWORD error) {
     ErrorCode code = ErrorCode::kIo;
@@ -46,7 +39,7 @@ std::string ToUtf8(const std::wstring& text) {
         break;
     }
     const char* reason = code == ErrorCode::kInUse ? "it is in use by someone else" : "";
-    throw Error(code, std::string(what) + " \"" + ToUtf8(path) + "\": " + reason + " (system error " +
+    throw Error(code, std::string(what) + " \"" + ToUtf8(std::u16string(path.begin(), path.end())) + "\": " + reason + " (system error " +
                           std::to_string(error) + ")");
 }
 

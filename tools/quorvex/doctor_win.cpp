@@ -23,7 +23,7 @@ constexpr wchar_t kInterfaceId[] = L"{A8C4E3FB-2C88-469E-857B-24E69D0A8265}";
 constexpr wchar_t kMachineAdvice[] = L"run the installer's repair, or regsvr32 from an elevated prompt";
 constexpr wchar_t kUserAdvice[] = L"run the per-user setup again, or regsvr32 /n /i:user";
 
-struct Place {
+struct ClassPlace {
     bool is64Bit;
     bool user;
 
@@ -50,13 +50,13 @@ class Installation {
     void Examine();
 
   private:
-    void Add(const Place& place, Grade grade, std::wstring what, std::wstring advice) {
+    void Add(const ClassPlace& place, Grade grade, std::wstring what, std::wstring advice) {
         findings_.push_back({grade, L"component, " + place.Name(), std::move(what), std::move(advice)});
     }
     // The registered DLL; nothing if none is.
-    std::optional<std::wstring> ExamineClass(const Place& place);
-    void ExamineProgId(const Place& place);
-    void ExamineLibrary(const Place& place);
+    std::optional<std::wstring> ExamineClass(const ClassPlace& place);
+    void ExamineProgId(const ClassPlace& place);
+    void ExamineLibrary(const ClassPlace& place);
     void ExamineOverride(bool is64Bit, const std::optional<std::wstring>& machine,
                          const std::optional<std::wstring>& user);
     void CreateObject(bool registered);
@@ -64,7 +64,7 @@ class Installation {
     Findings& findings_;
 };
 
-std::optional<std::wstring> Installation::ExamineClass(const Place& place) {
+std::optional<std::wstring> Installation::ExamineClass(const ClassPlace& place) {
     const RegistryView view = place.View();
     const std::wstring key = ClassKey(std::wstring(L"CLSID\\") + kClassId);
     if (!view.HasKey(key)) return std::nullopt;
@@ -87,7 +87,7 @@ std::optional<std::wstring> Installation::ExamineClass(const Place& place) {
     return dll;
 }
 
-void Installation::ExamineProgId(const Place& place) {
+void Installation::ExamineProgId(const ClassPlace& place) {
     const std::wstring key = ClassKey(std::wstring(kProgId) + L"\\CLSID");
     auto classId = place.View().Text(key, nullptr);
     // Names are not kept by bitness: what the other view shows holds as well.
@@ -100,7 +100,7 @@ void Installation::ExamineProgId(const Place& place) {
     }
 }
 
-void Installation::ExamineLibrary(const Place& place) {
+void Installation::ExamineLibrary(const ClassPlace& place) {
     const RegistryView view = place.View();
     const std::wstring library = ClassKey(std::wstring(L"TypeLib\\") + kLibraryId);
     const wchar_t* const system = place.is64Bit ? L"win64" : L"win32";
@@ -133,7 +133,7 @@ void Installation::CreateObject(bool registered) {
     IDispatch* object = nullptr;
     const HRESULT hr =
         CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, reinterpret_cast<void**>(&object));
-    const Place place{sizeof(void*) == 8, false};
+    const ClassPlace place{sizeof(void*) == 8, false};
     if (SUCCEEDED(hr)) {
         object->Release();
         findings_.push_back(
