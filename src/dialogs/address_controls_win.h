@@ -83,7 +83,6 @@ enum AddressControlId : int {
 
 enum AddressTimer : UINT_PTR { kTimer1 = 1, kClearError = 2, kLoadCombos = 3 };
 inline constexpr UINT kTimer1Milliseconds = 100;
-inline constexpr UINT kClearErrorMilliseconds = 6000;
 inline constexpr UINT kLoadCombosMilliseconds = 250;
 
 } // namespace quorvex::dialogs

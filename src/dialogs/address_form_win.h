@@ -25,6 +25,7 @@ struct AddressFormSettings {
     bool AllowBuyMoreButton = false;
     bool displayErrors = false;
     int dpi = 0; // lay out for this resolution; 0: the window's own
+    UINT warningMilliseconds = 6000; // how long a message stays in the advanced view
 };
 
 // The address selection dialog: postcode view with the list of addresses, and the advanced view with criteria or
@@ -49,6 +50,7 @@ class frmAddress final : public Form {
     void ShowDownloadButton(bool visible);
     void FinishWithAddress(); // sets ret and ends the modal show
     bool DisplayErrors() const { return settings_.displayErrors; }
+    UINT WarningMilliseconds() const { return settings_.warningMilliseconds; }
     bool Searching() const { return searching_ || fetching_; }
     bool IsOpen() const { return !closed_; }
     bool InCriteria() const { return !closed_ && view_ == View::Criteria; }

@@ -7,6 +7,8 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
+
 namespace quorvex::dialogs {
 namespace {
 
@@ -123,13 +125,13 @@ void AdvSearch::OneLostFocus() {
 void AdvSearch::ShowTopWarning(const std::wstring& text) {
     SetTextIfNew(controls_.TopWarning, text);
     dialog_.ShowTopMessage(true);
-    SetTimer(dialog_.Window(), kClearError, kClearErrorMilliseconds, nullptr);
+    SetTimer(dialog_.Window(), kClearError, dialog_.WarningMilliseconds(), nullptr);
 }
 
 void AdvSearch::ShowBottomWarning(const std::wstring& text) {
     SetTextIfNew(controls_.BottomWarning, text);
     dialog_.ShowBottomMessage(true);
-    SetTimer(dialog_.Window(), kClearError, kClearErrorMilliseconds, nullptr);
+    SetTimer(dialog_.Window(), kClearError, dialog_.WarningMilliseconds(), nullptr);
 }
 
 void AdvSearch::ClearErrorTimer_Tick() {
@@ -297,14 +299,16 @@ void AdvSearch::LoadTimer_Tick() {
 // A long list is filled in slices, so that the window answers between them. True when the list is complete.
 bool AdvSearch::FillSlice(HWND combo, const std::vector<std::wstring>& values) {
     constexpr ULONGLONG kSliceMilliseconds = 20;
+    constexpr std::size_t kSliceValues = 512;
     constexpr std::size_t kBetweenClockLooks = 32;
+    const std::size_t last = std::min(values.size(), loaded_ + kSliceValues);
     const ULONGLONG end = GetTickCount64() + kSliceMilliseconds;
-    while (loaded_ < values.size()) {
+    while (loaded_ < last) {
         SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(values[loaded_].c_str()));
         ++loaded_;
-        if (loaded_ % kBetweenClockLooks == 0 && GetTickCount64() >= end) return loaded_ == values.size();
+        if (loaded_ % kBetweenClockLooks == 0 && GetTickCount64() >= end) break;
     }
-    return true;
+    return loaded_ == values.size();
 }
 
 bool AdvSearch::UpdateList(bool quiet) {

@@ -6,16 +6,7 @@
 
 #include <objbase.h>
 
-#include <atomic>
-#include <cstdio>
-#include <cstdlib>
-
 namespace quorvex::testing {
-namespace {
-
-using Clock = std::chrono::steady_clock;
-
-} // namespace
 
 HostThread::HostThread(std::function<void()> call)
     : thread_([this, call = std::move(call)] {
@@ -153,18 +144,6 @@ HWND FocusOf(HWND window) {
     info.cbSize = sizeof info;
     GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info);
     return info.hwndFocus;
-}
-
-std::chrono::milliseconds LongestAnswer(HWND window, const std::function<bool()>& until) {
-    std::chrono::milliseconds longest{0};
-    const auto end = Clock::now() + kPatience * 3;
-    while (!until() && Clock::now() < end) {
-        const auto before = Clock::now();
-        SendMessageW(window, WM_NULL, 0, 0);
-        longest = std::max(longest, std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - before));
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return longest;
 }
 
 } // namespace quorvex::testing

@@ -5,7 +5,6 @@
 #include <windows.h>
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
@@ -70,8 +69,5 @@ void MouseClick(HWND control, POINT client, int times);
 // Makes a window the one that has the keyboard on its thread, as a user does by clicking into it.
 void FocusOn(HWND control);
 HWND FocusOf(HWND window);
-
-// Longest time that one message took to be answered while the condition did not hold yet.
-std::chrono::milliseconds LongestAnswer(HWND window, const std::function<bool()>& until);
 
 } // namespace quorvex::testing

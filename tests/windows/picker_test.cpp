@@ -95,7 +95,8 @@ TEST_F(PickerTest, ErrorsAreShownWithTheAccountsTextWhenAskedFor) {
     ClickId(dialog, kCommand2);
     EXPECT_TRUE(WaitUntil([this] { return platform.Messages().size() == 2; }));
     EXPECT_EQ(platform.Messages().back().text, L"Nothing found!"); // never an empty box
-    EXPECT_TRUE(CaptionBecomes(std::wstring(kHostCaption) + L" - Found nothing!")) << "said once";
+    EXPECT_TRUE(CaptionBecomes(L"3 credits left - Found nothing!")) << "said once; the account's text stays";
+    ASSERT_TRUE(TextBecomes(kCommand2, L"&Find"));
     list = ListReply(1);
     record = FailureReply(L"No credit");
     ClickId(dialog, kCommand2);
