@@ -6,6 +6,7 @@ import shutil
 import struct
 import uuid
 
+import component_idl
 from release import ROOT, run
 
 MEMBER = re.compile(r'^\s*\[id\((\d+)\)(?:, (propget|propput))?, helpstring\("(.*?)"\)\]\s+HRESULT (\w+)\((.*)\);\s*$',
@@ -29,7 +30,7 @@ def build(release):
 
 
 def source(release):
-    idl = (ROOT / "src/server/quorvex.idl.in").read_text()
+    idl = component_idl.text()
     interface = re.search(r"uuid\(([0-9A-F-]+)\), dual", idl).group(1)
     coclass = re.search(r"uuid\(([0-9A-F-]+)\)[^\]]*\]\s*coclass", idl).group(1)
     library = re.search(r"uuid\(([0-9A-F-]+)\), version", idl).group(1)

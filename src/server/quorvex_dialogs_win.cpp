@@ -1,7 +1,6 @@
 #include "dialogs/address_dialog.h"
 #include "localdata/status.h"
 #include "server/quorvex_object_win.h"
-#include "server/text_arguments_win.h"
 #include "update/update_procedure.h"
 
 // Dialogs and the maintenance of the local data.
@@ -12,12 +11,10 @@ HRESULT QuorvexObject::SearchForFullAddressWithDialogue(BSTR* PostcodePrima, BST
                                                         VARIANT_BOOL* ShowAccountDetails,
                                                         VARIANT_BOOL* AllowManageAccount, VARIANT_BOOL* DisplayErrors,
                                                         VARIANT_BOOL* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = VARIANT_FALSE;
-    return Guard([&] {
-        *result = Boolean(dialogs::SearchForFullAddressWithDialogue(lookup_, Text(PostcodePrima), Text(Caption),
-                                                                    IsTrue(ShowAccountDetails),
-                                                                    IsTrue(AllowManageAccount), IsTrue(DisplayErrors)));
+    return Answer(result, [&] {
+        return dialogs::SearchForFullAddressWithDialogue(lookup_, Text(PostcodePrima), Text(Caption),
+                                                         IsTrue(ShowAccountDetails), IsTrue(AllowManageAccount),
+                                                         IsTrue(DisplayErrors));
     });
 }
 
@@ -25,28 +22,21 @@ HRESULT QuorvexObject::SearchForFullAddressWithDialogueAdv(BSTR* PostcodePrima, 
                                                            VARIANT_BOOL* ShowAccountDetails,
                                                            VARIANT_BOOL* AllowManageAccount,
                                                            VARIANT_BOOL* DisplayErrors, VARIANT_BOOL* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = VARIANT_FALSE;
-    return Guard([&] {
-        *result = Boolean(dialogs::SearchForFullAddressWithDialogueAdv(
-            lookup_, Text(PostcodePrima), Text(Caption), Text(path), IsTrue(ShowAccountDetails),
-            IsTrue(AllowManageAccount), IsTrue(DisplayErrors)));
+    return Answer(result, [&] {
+        return dialogs::SearchForFullAddressWithDialogueAdv(lookup_, Text(PostcodePrima), Text(Caption), Text(path),
+                                                            IsTrue(ShowAccountDetails), IsTrue(AllowManageAccount),
+                                                            IsTrue(DisplayErrors));
     });
 }
 
 HRESULT QuorvexObject::LMUpdateData(VARIANT_BOOL* InternetIsAvailable, BSTR* Title, VARIANT_BOOL* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = VARIANT_FALSE;
-    return Guard([&] {
-        *result = Boolean(
-            update::LMUpdateData(lookup_, platform_.UpdateSurroundings(), IsTrue(InternetIsAvailable), Text(Title)));
+    return Answer(result, [&] {
+        return update::LMUpdateData(lookup_, platform_.UpdateSurroundings(), IsTrue(InternetIsAvailable), Text(Title));
     });
 }
 
 HRESULT QuorvexObject::LMGetLastUpdateDate(BSTR* DataType, BSTR* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = nullptr;
-    return Guard([&] { *result = NewText(localdata::LMGetLastUpdateDate(lookup_, Text(DataType))); });
+    return Answer(result, [&] { return localdata::LMGetLastUpdateDate(lookup_, Text(DataType)); });
 }
 
 } // namespace quorvex::server

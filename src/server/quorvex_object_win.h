@@ -2,9 +2,10 @@
 
 #include "object/quorvex.h"
 #include "server/data_engine_win.h"
-#include "server/dispatch_win.h"
 #include "server/module_win.h"
 #include "server/platform_win.h"
+#include "server/shared_dispatcher_win.h"
+#include "server/text_arguments_win.h"
 #include "support/floating_point.h"
 
 #include <windows.h>
@@ -12,16 +13,18 @@
 #include <oleauto.h>
 #include <quorvex_com.h>
 
+#include <type_traits>
+
 namespace quorvex::server {
 
 // Automation wants a get and a put method for every property.
 #define QUORVEX_PROPERTY(type, name)                                                                                   \
     HRESULT STDMETHODCALLTYPE get_##name(type* value) override;                                                        \
     HRESULT STDMETHODCALLTYPE put_##name(type value) override;
-#define QUORVEX_TEXT(name) QUORVEX_PROPERTY(BSTR, name)
-#define QUORVEX_BOOLEAN(name) QUORVEX_PROPERTY(VARIANT_BOOL, name)
-#define QUORVEX_LONG(name) QUORVEX_PROPERTY(long, name)
-#define QUORVEX_SHORT(name) QUORVEX_PROPERTY(short, name)
+#define QUORVEX_TEXT(number, name, help) QUORVEX_PROPERTY(BSTR, name)
+#define QUORVEX_BOOLEAN(number, name, help) QUORVEX_PROPERTY(VARIANT_BOOL, name)
+#define QUORVEX_LONG(number, name, help) QUORVEX_PROPERTY(long, name)
+#define QUORVEX_SHORT(number, name, help) QUORVEX_PROPERTY(short, name)
 
 // The creatable lookup object as hosts see it: converts arguments, calls the room that owns the method, and lets no
 // exception out. A method that fails inside gives its failure value and a line in the error log.
@@ -120,6 +123,20 @@ class QuorvexObject final : public _Quorvex {
         }
         Release();
         return hr;
+    }
+    // Runs a method with an answer: false, empty or 0 until the body has returned one. A body without a value leaves
+    // it.
+    template <typename Result, typename Body>
+    HRESULT Answer(Result* result, Body body) noexcept {
+        if (result == nullptr) return E_POINTER;
+        *result = {};
+        return Guard([&] {
+            if constexpr (std::is_void_v<decltype(body())>) {
+                body();
+            } else {
+                Give(result, body());
+            }
+        });
     }
     // What every failed body comes to: a line in the error log and, but for lack of memory, success with the failure
     // value.

@@ -1,6 +1,5 @@
 #include "pages/pages.h"
 #include "server/quorvex_object_win.h"
-#include "server/text_arguments_win.h"
 
 // Pages in the user's browser.
 
@@ -29,21 +28,17 @@ HRESULT QuorvexObject::OpenAnAccountAndLinkToResellerForWebAndInternalUse() {
 
 HRESULT QuorvexObject::GetUrlDirectoryOfService(BSTR* PostcodeOrTown, BSTR* KeyWords, BSTR* TypeOfService,
                                                 BSTR* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = nullptr;
-    return Guard([&] {
+    return Answer(result, [&] {
         const std::wstring type = TypeOfService == nullptr ? kDefaultTypeOfService : Text(TypeOfService);
-        *result = NewText(pages::GetUrlDirectoryOfService(lookup_, Text(PostcodeOrTown), Text(KeyWords), type));
+        return pages::GetUrlDirectoryOfService(lookup_, Text(PostcodeOrTown), Text(KeyWords), type);
     });
 }
 
 HRESULT QuorvexObject::DisplayDirectoryOfService(BSTR* PostcodeOrTown, BSTR* KeyWords, BSTR* TypeOfService,
                                                  BSTR* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = nullptr;
-    return Guard([&] {
+    return Answer(result, [&] {
         const std::wstring type = TypeOfService == nullptr ? kDefaultTypeOfService : Text(TypeOfService);
-        *result = NewText(pages::DisplayDirectoryOfService(lookup_, Text(PostcodeOrTown), Text(KeyWords), type));
+        return pages::DisplayDirectoryOfService(lookup_, Text(PostcodeOrTown), Text(KeyWords), type);
     });
 }
 
@@ -72,15 +67,12 @@ HRESULT QuorvexObject::DisplayPrefuredMapDistrict(BSTR* Postcode, BSTR* result) 
 }
 
 HRESULT QuorvexObject::MapPage(MapFunction page, BSTR* postcode, BSTR* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = nullptr;
-    return Guard([&] { *result = NewText(page(lookup_, Text(postcode))); });
+    return Answer(result, [&] { return page(lookup_, Text(postcode)); });
 }
 
 HRESULT QuorvexObject::DisplayWebPage(BSTR* URL, VARIANT* result) {
-    if (result == nullptr) return E_POINTER;
-    VariantInit(result); // nothing to say: the value stays empty
-    return Guard([&] { pages::DisplayWebPage(lookup_, Text(URL)); });
+    // The answer stays empty: there is nothing to say.
+    return Answer(result, [&] { pages::DisplayWebPage(lookup_, Text(URL)); });
 }
 
 } // namespace quorvex::server

@@ -1,5 +1,4 @@
 #include "server/quorvex_object_win.h"
-#include "server/text_arguments_win.h"
 
 namespace quorvex::server {
 
@@ -12,10 +11,10 @@ namespace quorvex::server {
     HRESULT QuorvexObject::put_##name(type value) {                                                                    \
         return Guard([&] { lookup_.name = fromHost(value); });                                                         \
     }
-#define QUORVEX_TEXT(name) QUORVEX_PROPERTY(BSTR, name, NewText, Text)
-#define QUORVEX_BOOLEAN(name) QUORVEX_PROPERTY(VARIANT_BOOL, name, Boolean, 0 !=)
-#define QUORVEX_LONG(name) QUORVEX_PROPERTY(long, name, static_cast<long>, static_cast<std::int32_t>)
-#define QUORVEX_SHORT(name) QUORVEX_PROPERTY(short, name, static_cast<short>, static_cast<std::int16_t>)
+#define QUORVEX_TEXT(number, name, help) QUORVEX_PROPERTY(BSTR, name, NewText, Text)
+#define QUORVEX_BOOLEAN(number, name, help) QUORVEX_PROPERTY(VARIANT_BOOL, name, Boolean, 0 !=)
+#define QUORVEX_LONG(number, name, help) QUORVEX_PROPERTY(long, name, static_cast<long>, static_cast<std::int32_t>)
+#define QUORVEX_SHORT(number, name, help) QUORVEX_PROPERTY(short, name, static_cast<short>, static_cast<std::int16_t>)
 
 #include "server/quorvex_properties.inc"
 

@@ -1,7 +1,6 @@
 #include "lookups/postcode.h"
 #include "object/tag_reader.h"
 #include "server/quorvex_object_win.h"
-#include "server/text_arguments_win.h"
 #include "web/data_request.h"
 
 // Settings and small methods of the lookup object.
@@ -21,12 +20,7 @@ HRESULT QuorvexObject::SetDataKey(BSTR* DataKey) {
 }
 
 HRESULT QuorvexObject::GetVersion(VARIANT* result) {
-    if (result == nullptr) return E_POINTER;
-    VariantInit(result);
-    return Guard([&] {
-        result->bstrVal = NewText(object::GetVersion());
-        result->vt = VT_BSTR;
-    });
+    return Answer(result, [] { return object::GetVersion(); });
 }
 
 HRESULT QuorvexObject::SetHomePostCode(BSTR* HomePostCode) {
@@ -42,35 +36,27 @@ HRESULT QuorvexObject::SetServiceURL(BSTR* URL) {
 }
 
 HRESULT QuorvexObject::GetComputerName(BSTR* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = nullptr;
-    return Guard([&] { *result = NewText(lookup_.platform.machine.ComputerName()); });
+    return Answer(result, [&] { return lookup_.platform.machine.ComputerName(); });
 }
 
 HRESULT QuorvexObject::FormatPostCode(BSTR Postcode, BSTR* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = nullptr;
-    return Guard([&] { *result = NewText(lookups::FormatPostCode(Text(Postcode))); });
+    return Answer(result, [&] { return lookups::FormatPostCode(Text(Postcode)); });
 }
 
 HRESULT QuorvexObject::GetBetweenTags(BSTR* AttributeName, BSTR* html, BSTR* ToEndChr, short* ConsumeHTMLBefore,
                                       BSTR* DefaultValue, BSTR* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = nullptr;
-    return Guard([&] {
+    return Answer(result, [&] {
         std::wstring text = Text(html);
         const std::wstring end = ToEndChr == nullptr ? std::wstring(L"\"") : Text(ToEndChr);
         const bool consume = ValueOr(ConsumeHTMLBefore, 0) != 0;
-        const std::wstring value = object::GetBetweenTags(Text(AttributeName), text, end, consume, Text(DefaultValue));
-        *result = NewText(value);
+        std::wstring value = object::GetBetweenTags(Text(AttributeName), text, end, consume, Text(DefaultValue));
         if (consume) ReplaceText(html, text);
+        return value;
     });
 }
 
 HRESULT QuorvexObject::GetDataFromHTTPRequest(BSTR* URL, BSTR* result) {
-    if (result == nullptr) return E_POINTER;
-    *result = nullptr;
-    return Guard([&] { *result = NewText(web::GetDataFromHTTPRequest(lookup_, Text(URL))); });
+    return Answer(result, [&] { return web::GetDataFromHTTPRequest(lookup_, Text(URL)); });
 }
 
 } // namespace quorvex::server

@@ -126,7 +126,8 @@ HRESULT UnregisterLibrary(Scope scope) {
                            : UnRegisterTypeLib(LIBID_QuorvexLookup, major, minor, 0, kSystemKind);
     for (const REGSAM view : {REGSAM{KEY_WOW64_64KEY}, REGSAM{KEY_WOW64_32KEY}}) {
         HKEY classes = nullptr;
-        if (RegOpenKeyExW(Root(scope), L"Software\\Classes", 0, KEY_ALL_ACCESS | view, &classes) != ERROR_SUCCESS) continue;
+        if (RegOpenKeyExW(Root(scope), L"Software\\Classes", 0, KEY_ALL_ACCESS | view, &classes) != ERROR_SUCCESS)
+            continue;
         RegDeleteTreeW(classes, interfaceKey.c_str()); // absent where the call above took it
         RegCloseKey(classes);
     }

@@ -4,6 +4,7 @@
 
 #include <oleauto.h>
 
+#include <cstdint>
 #include <new>
 #include <string>
 
@@ -34,6 +35,28 @@ inline void ReplaceText(BSTR* target, const std::wstring& text) {
 
 inline VARIANT_BOOL Boolean(bool value) {
     return value ? VARIANT_TRUE : VARIANT_FALSE;
+}
+
+// Puts what a method answers into the caller's variable.
+inline void Give(VARIANT_BOOL* result, bool answer) {
+    *result = Boolean(answer);
+}
+
+inline void Give(BSTR* result, const std::wstring& answer) {
+    *result = NewText(answer);
+}
+
+inline void Give(VARIANT* result, const std::wstring& answer) {
+    result->bstrVal = NewText(answer);
+    result->vt = VT_BSTR;
+}
+
+inline void Give(double* result, double answer) {
+    *result = answer;
+}
+
+inline void Give(long* result, std::int32_t answer) {
+    *result = answer;
 }
 
 inline bool IsTrue(const VARIANT_BOOL* value) {

@@ -6,15 +6,16 @@
 #include <cstring>
 
 extern "C" {
-extern IMAGE_DOS_HEADER __ImageBase;                     // of this DLL, set by the linker
+extern IMAGE_DOS_HEADER __ImageBase;                         // of this DLL, set by the linker
 void __register_frame_info(const void* begin, void* object); // of the unwinder that is linked in
 void* __deregister_frame_info(const void* begin);
 }
 
 namespace {
 
-// The compiler's start-up code registers our unwind tables with libgcc_s_dw2-1.dll if the host has loaded that, and with
-// our own unwinder only if not. But our own is the one that runs when we throw: without the tables it ends the process.
+// The compiler's start-up code registers our unwind tables with libgcc_s_dw2-1.dll if the host has loaded that, and
+// with our own unwinder only if not. But our own is the one that runs when we throw: without the tables it ends the
+// process.
 class UnwindTables {
   public:
     UnwindTables() {

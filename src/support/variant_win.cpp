@@ -1,4 +1,4 @@
-#include "support/dispatch_win.h"
+#include "support/automation_object_win.h"
 
 #include <cstring>
 #include <new>

@@ -2,12 +2,15 @@
 import collections
 import pathlib
 import re
+import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "packaging"))
+import component_idl  # noqa: E402
 
 Parameter = collections.namedtuple("Parameter", "name type by_reference optional")
 # kind: "get", "put" or "call"; result: a type's name or None. Types are those of the IDL: BSTR, long, VARIANT_BOOL, ...
 Member = collections.namedtuple("Member", "id name kind parameters result")
 
-_PATH = pathlib.Path(__file__).resolve().parents[2] / "src" / "server" / "quorvex.idl.in"
 _MEMBER = re.compile(r"\[id\((\d+)\)(, prop(?:get|put))?, helpstring\(\"[^\"]*\"\)\]\s*HRESULT (\w+)\((.*?)\);\s*$", re.M)
 _PARAMETER = re.compile(r"(?:\[([^\]]*)\] (\w+) ?(\*?)|(OPTIONAL_TEXT)\(\"(?:\\\"|[^\"])*\"\) ?)(\w+)$")
 
@@ -24,12 +27,12 @@ def _split(text):
     return re.findall(r"(?:\[[^\]]*\]|\"(?:\\\"|[^\"])*\"|[^,\[\"])+", text)
 
 
-def members(path=_PATH):
+def members():
     """All members in the interface's order; properties appear twice."""
-    found = []
-    for number, kind, name, text in _MEMBER.findall(path.read_text(encoding="utf-8")):
+    found, text = [], component_idl.text()
+    for number, kind, name, listed in _MEMBER.findall(text):
         parameters, result = [], None
-        for part in _split(text):
+        for part in _split(listed):
             parameter, is_result = _parameter(part)
             if is_result:
                 result = parameter.type
@@ -37,11 +40,11 @@ def members(path=_PATH):
                 parameters.append(parameter)
         found.append(Member(int(number), name, {"": "call", ", propget": "get", ", propput": "put"}[kind], tuple(parameters),
                             result))
-    if len(found) != len(re.findall(r"\[id\(", path.read_text(encoding="utf-8"))):
-        raise ValueError(f"{path} holds members that were not understood")
+    if len(found) != len(re.findall(r"\[id\(", text)):
+        raise ValueError("the IDL holds members that were not understood")
     return found
 
 
-def identifiers(path=_PATH):
+def identifiers():
     """The GUIDs of the library, the interface and the class, in this order."""
-    return re.findall(r"uuid\(([0-9A-F-]+)\)", path.read_text(encoding="utf-8"))
+    return re.findall(r"uuid\(([0-9A-F-]+)\)", component_idl.text())

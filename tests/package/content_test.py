@@ -94,8 +94,9 @@ class Packages(unittest.TestCase):
                 }
             }""")
         subprocess.run(["mcs", "-r:System.Core", f"-r:{assembly}", f"-out:{folder}/use.exe", folder / "use.cs"], check=True)
-        idl = (ROOT / "src/server/quorvex.idl.in").read_text()
-        members = re.findall(r"(propget|propput)?, helpstring\(\"[^\n]*?\"\)\]\s+HRESULT (\w+)\(", idl)
+        sys.path.insert(0, str(ROOT / "packaging"))
+        from component_idl import text
+        members = re.findall(r"(propget|propput)?, helpstring\(\"[^\n]*?\"\)\]\s+HRESULT (\w+)\(", text())
         wanted = [{"propget": "get_", "propput": "set_"}.get(kind, "") + name for kind, name in members]
         self.assertGreater(len(wanted), 100)
         self.assertEqual(output("mono", folder / "use.exe").split(), wanted)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/dispatch_win.h"
+#include "support/automation_object_win.h"
 #include "testing/guard.h"
 
 #include <functional>

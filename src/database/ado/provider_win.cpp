@@ -4,7 +4,7 @@
 #include "database/connection_string.h"
 #include "database/jet/jet_translation.h"
 #include "jet/database.h"
-#include "support/dispatch_win.h"
+#include "support/automation_object_win.h"
 #include "support/error.h"
 #include "support/files.h"
 
@@ -16,7 +16,7 @@
 namespace quorvex::database::ado {
 namespace {
 
-using support::Dispatch;
+using support::AutomationObject;
 using support::Error;
 using support::Variant;
 
@@ -27,7 +27,7 @@ constexpr wchar_t kJetProvider[] = L"Microsoft.Jet.OLEDB.4.0";
 
 class AdoConnection final : public Connection {
   public:
-    AdoConnection() : object_(Dispatch::Create(kConnectionClass)) {}
+    AdoConnection() : object_(AutomationObject::Create(kConnectionClass)) {}
 
     void SetMode(int mode) override { object_.Put(L"Mode", mode); }
     void Open(const std::wstring& connectionString, const std::wstring& user, const std::wstring& password) override {
@@ -49,15 +49,15 @@ class AdoConnection final : public Connection {
     }
     void Close() override { object_.Call(L"Close"); }
 
-    const Dispatch& Object() const { return object_; }
+    const AutomationObject& Object() const { return object_; }
 
   private:
-    Dispatch object_;
+    AutomationObject object_;
 };
 
 class AdoRecordset final : public Recordset {
   public:
-    AdoRecordset() : object_(Dispatch::Create(kRecordsetClass)) {}
+    AdoRecordset() : object_(AutomationObject::Create(kRecordsetClass)) {}
 
     void SetCursorType(CursorType type) override { object_.Put(L"CursorType", static_cast<std::int32_t>(type)); }
     void SetLockType(LockType type) override { object_.Put(L"LockType", static_cast<std::int32_t>(type)); }
@@ -91,14 +91,14 @@ class AdoRecordset final : public Recordset {
 
   private:
     // A field object stands for its column in whichever row is current, so each is fetched once per opening.
-    const Dispatch& FieldObject(const std::wstring& column) {
+    const AutomationObject& FieldObject(const std::wstring& column) {
         const auto known = fields_.find(column);
         if (known != fields_.end()) return known->second;
         return fields_.emplace(column, object_.Object(L"Fields").Object(L"Item", {column})).first->second;
     }
 
-    Dispatch object_;
-    std::map<std::wstring, Dispatch> fields_;
+    AutomationObject object_;
+    std::map<std::wstring, AutomationObject> fields_;
 };
 
 bool CanCreate(const wchar_t* progId) {
@@ -117,7 +117,7 @@ bool CanCreate(const wchar_t* progId) {
 bool AdoAvailable() {
     if (!CanCreate(kJetProvider)) return false;
     try {
-        return Dispatch::Create(kConnectionClass).HasMember(L"Open") && CanCreate(kRecordsetClass);
+        return AutomationObject::Create(kConnectionClass).HasMember(L"Open") && CanCreate(kRecordsetClass);
     } catch (const Error&) {
         return false;
     }

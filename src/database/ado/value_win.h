@@ -1,7 +1,7 @@
 #pragma once
 
 #include "database/database.h"
-#include "support/dispatch_win.h"
+#include "support/automation_object_win.h"
 
 namespace quorvex::database::ado {
 

@@ -1,6 +1,6 @@
-#include "server/dispatch_win.h"
+#include "server/dispatcher_win.h"
 
-#include "server/module_win.h"
+#include "support/lock_win.h"
 
 #include <quorvex_com.h>
 
@@ -20,36 +20,6 @@ struct Variant : VARIANT {
     Variant& operator=(const Variant&) = delete;
 };
 
-class ExclusiveLock {
-  public:
-    explicit ExclusiveLock(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
-    ~ExclusiveLock() { ReleaseSRWLockExclusive(&lock_); }
-    ExclusiveLock(const ExclusiveLock&) = delete;
-    ExclusiveLock& operator=(const ExclusiveLock&) = delete;
-
-  private:
-    SRWLOCK& lock_;
-};
-
-// The one dispatcher and the objects that share it.
-struct Shared {
-    SRWLOCK lock = SRWLOCK_INIT;
-    Dispatcher* dispatcher = nullptr;
-    long objects = 0;
-} shared;
-
-ITypeInfo* LoadOwnTypeInfo() {
-    static wchar_t path[32768]; // under the lock; too large for a host's stack
-    const DWORD length = GetModuleFileNameW(ModuleInstance(), path, static_cast<DWORD>(std::size(path)));
-    if (length == 0 || length >= std::size(path)) return nullptr;
-    ITypeLib* library = nullptr;
-    if (FAILED(LoadTypeLibEx(path, REGKIND_NONE, &library))) return nullptr;
-    ITypeInfo* info = nullptr;
-    library->GetTypeInfoOfGuid(IID__Quorvex, &info);
-    library->Release();
-    return info;
-}
-
 // The variant behind any number of by-reference variants.
 VARIANT* Target(VARIANT* value) {
     while (value->vt == (VT_BYREF | VT_VARIANT) && value->pvarVal != nullptr) value = value->pvarVal;
@@ -67,19 +37,6 @@ bool SameText(BSTR a, BSTR b) {
 
 bool Same(const VARIANT& a, const VARIANT& b) {
     return a.vt == VT_BSTR ? SameText(a.bstrVal, b.bstrVal) : a.llVal == b.llVal;
-}
-
-// Methods whose answers stand in their arguments.
-bool FillsInArguments(ITypeInfo* info, DISPID member) {
-    BSTR name = nullptr;
-    UINT count = 0;
-    if (FAILED(info->GetNames(member, &name, 1, &count)) || count == 0) return false;
-    static constexpr const wchar_t* kMethods[] = {L"GetFullAddressLineForSelectionAdv", L"Nearest_StartList",
-                                                  L"Nearest_GetRecord"};
-    const bool found = std::any_of(std::begin(kMethods), std::end(kMethods),
-                                   [&](const wchar_t* method) { return std::wcscmp(method, name) == 0; });
-    SysFreeString(name);
-    return found;
 }
 
 // A variable that holds nothing yet.
@@ -149,7 +106,8 @@ void WriteBack(VARIANT* argument, VARIANT& value, LCID locale) {
 
 } // namespace
 
-Dispatcher::Dispatcher(ITypeInfo* info) : info_(info) {
+Dispatcher::Dispatcher(ITypeInfo* info, std::vector<DISPID> answerInArguments)
+    : info_(info), answerInArguments_(std::move(answerInArguments)) {
     info_->AddRef();
 }
 
@@ -169,7 +127,7 @@ Dispatcher::Signature Dispatcher::Read(DISPID member, WORD flags) const {
         if (FAILED(info_->GetFuncDesc(i, &function))) continue;
         if (function->memid == member && (static_cast<WORD>(function->invkind) & flags) != 0) {
             signature.kind = static_cast<WORD>(function->invkind);
-            signature.fillsIn = FillsInArguments(info_, member);
+            signature.answersInArguments = std::ranges::find(answerInArguments_, member) != answerInArguments_.end();
             for (int k = 0; k < function->cParams; ++k) {
                 const ELEMDESC& element = function->lprgelemdescParam[k];
                 const USHORT traits = element.paramdesc.wParamFlags;
@@ -192,7 +150,7 @@ Dispatcher::Signature Dispatcher::Read(DISPID member, WORD flags) const {
 }
 
 const Dispatcher::Signature& Dispatcher::Find(DISPID member, WORD flags) {
-    const ExclusiveLock guard(lock_);
+    const support::Locked guard(lock_);
     const auto key = std::make_pair(member, flags);
     const auto known = signatures_.find(key);
     if (known != signatures_.end()) return known->second; // entries never move
@@ -266,35 +224,11 @@ HRESULT Dispatcher::Invoke(IDispatch* self, DISPID member, LCID locale, WORD fla
     for (UINT i = 0; i < count; ++i) {
         const bool out = signature.parameters[i].byReference && given[i] != nullptr && (given[i]->vt & VT_BYREF) != 0;
         if (!out) continue;
-        // An answer of 0 or of no characters is one, too, where the caller's variable held nothing.
-        const bool answer = signature.fillsIn && !failed && Unset(given[i]);
+        // Where the caller's variable held nothing, 0 or no characters is an answer as well.
+        const bool answer = signature.answersInArguments && !failed && Unset(given[i]);
         if (answer || !Same(values[i], before[i])) WriteBack(given[i], values[i], locale);
     }
     return hr;
-}
-
-SharedDispatcher::SharedDispatcher() {
-    const ExclusiveLock guard(shared.lock);
-    ++shared.objects;
-}
-
-SharedDispatcher::~SharedDispatcher() {
-    const ExclusiveLock guard(shared.lock);
-    if (--shared.objects == 0) {
-        delete shared.dispatcher;
-        shared.dispatcher = nullptr;
-    }
-}
-
-Dispatcher* SharedDispatcher::Get() {
-    const ExclusiveLock guard(shared.lock);
-    if (shared.dispatcher == nullptr) {
-        if (ITypeInfo* const info = LoadOwnTypeInfo()) {
-            shared.dispatcher = new Dispatcher(info);
-            info->Release();
-        }
-    }
-    return shared.dispatcher;
 }
 
 } // namespace quorvex::server

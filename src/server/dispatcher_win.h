@@ -15,7 +15,9 @@ namespace quorvex::server {
 // written back into the caller's variable, unchanged ones keep the caller's own type.
 class Dispatcher {
   public:
-    explicit Dispatcher(ITypeInfo* info); // takes a reference of its own
+    // Takes a reference of its own. The methods of answerInArguments return whether they have an answer and put it into
+    // their arguments: then 0 or no characters is also written into a variable that held nothing.
+    Dispatcher(ITypeInfo* info, std::vector<DISPID> answerInArguments);
     ~Dispatcher();
     Dispatcher(const Dispatcher&) = delete;
     Dispatcher& operator=(const Dispatcher&) = delete;
@@ -35,27 +37,16 @@ class Dispatcher {
     struct Signature {
         WORD kind = 0; // invocation kind; 0: no such member
         std::vector<Parameter> parameters;
-        bool fillsIn = false; // answers stand in its arguments
+        bool answersInArguments = false;
     };
 
     const Signature& Find(DISPID member, WORD flags);
     Signature Read(DISPID member, WORD flags) const;
 
     ITypeInfo* info_;
+    std::vector<DISPID> answerInArguments_;
     SRWLOCK lock_ = SRWLOCK_INIT; // objects of several apartments share one dispatcher
     std::map<std::pair<DISPID, WORD>, Signature> signatures_;
-};
-
-// The component's own dispatcher, shared by all objects and gone with the last of them.
-class SharedDispatcher {
-  public:
-    SharedDispatcher();
-    ~SharedDispatcher();
-    SharedDispatcher(const SharedDispatcher&) = delete;
-    SharedDispatcher& operator=(const SharedDispatcher&) = delete;
-
-    // Loads the type library from the DLL itself, registered or not; null when that fails.
-    Dispatcher* Get();
 };
 
 } // namespace quorvex::server

@@ -1,4 +1,4 @@
-#include "support/dispatch_win.h"
+#include "support/automation_object_win.h"
 
 #include <algorithm>
 #include <array>
@@ -63,20 +63,20 @@ std::wstring DescriptionOf(HRESULT result) {
     return std::wstring(number.data(), number.data() + size);
 }
 
-Dispatch::Dispatch(IDispatch* object) noexcept : object_(object) {
+AutomationObject::AutomationObject(IDispatch* object) noexcept : object_(object) {
     if (object_ != nullptr) object_->AddRef();
 }
 
-Dispatch& Dispatch::operator=(Dispatch other) noexcept {
+AutomationObject& AutomationObject::operator=(AutomationObject other) noexcept {
     std::swap(object_, other.object_);
     return *this;
 }
 
-Dispatch::~Dispatch() {
+AutomationObject::~AutomationObject() {
     if (object_ != nullptr) object_->Release();
 }
 
-Dispatch Dispatch::Create(const std::wstring& progId) {
+AutomationObject AutomationObject::Create(const std::wstring& progId) {
     CLSID classId{};
     HRESULT result = CLSIDFromProgID(progId.c_str(), &classId);
     void* object = nullptr;
@@ -86,32 +86,32 @@ Dispatch Dispatch::Create(const std::wstring& progId) {
     if (FAILED(result) || object == nullptr) {
         throw Error(kErrorCannotCreateObject, L"Cannot create object " + progId + L": " + DescriptionOf(result));
     }
-    Dispatch created;
+    AutomationObject created;
     created.object_ = static_cast<IDispatch*>(object);
     return created;
 }
 
-Dispatch Dispatch::From(const Variant& value) {
+AutomationObject AutomationObject::From(const Variant& value) {
     const VARIANT& held = value.Get();
-    if (held.vt == VT_DISPATCH && held.pdispVal != nullptr) return Dispatch(held.pdispVal);
+    if (held.vt == VT_DISPATCH && held.pdispVal != nullptr) return AutomationObject(held.pdispVal);
     void* object = nullptr;
     if (held.vt == VT_UNKNOWN && held.punkVal != nullptr &&
         SUCCEEDED(held.punkVal->QueryInterface(IID_IDispatch, &object))) {
-        Dispatch found;
+        AutomationObject found;
         found.object_ = static_cast<IDispatch*>(object);
         return found;
     }
     throw Error(kErrorObjectRequired, L"Object required");
 }
 
-bool Dispatch::HasMember(const wchar_t* name) const {
+bool AutomationObject::HasMember(const wchar_t* name) const {
     std::wstring text(name);
     wchar_t* names = text.data();
     DISPID id = DISPID_UNKNOWN;
     return object_ != nullptr && SUCCEEDED(object_->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id));
 }
 
-DISPID Dispatch::IdOf(const wchar_t* name) const {
+DISPID AutomationObject::IdOf(const wchar_t* name) const {
     if (object_ == nullptr) throw Error(kErrorObjectRequired, L"Object required");
     std::wstring text(name);
     wchar_t* names = text.data();
@@ -121,7 +121,7 @@ DISPID Dispatch::IdOf(const wchar_t* name) const {
     return id;
 }
 
-Variant Dispatch::Invoke(const wchar_t* name, WORD kind, std::initializer_list<Variant> arguments) const {
+Variant AutomationObject::Invoke(const wchar_t* name, WORD kind, std::initializer_list<Variant> arguments) const {
     const DISPID id = IdOf(name);
     // The object sees borrowed copies, last argument first.
     std::vector<VARIANT> borrowed;
@@ -142,20 +142,20 @@ Variant Dispatch::Invoke(const wchar_t* name, WORD kind, std::initializer_list<V
     return answer;
 }
 
-Variant Dispatch::Call(const wchar_t* method, std::initializer_list<Variant> arguments) const {
+Variant AutomationObject::Call(const wchar_t* method, std::initializer_list<Variant> arguments) const {
     return Invoke(method, DISPATCH_METHOD, arguments);
 }
 
-Variant Dispatch::Property(const wchar_t* name, std::initializer_list<Variant> arguments) const {
+Variant AutomationObject::Property(const wchar_t* name, std::initializer_list<Variant> arguments) const {
     return Invoke(name, DISPATCH_PROPERTYGET, arguments);
 }
 
 // A collection's Item is a method in some object models and a property in others; hosts ask for both at once.
-Dispatch Dispatch::Object(const wchar_t* name, std::initializer_list<Variant> arguments) const {
+AutomationObject AutomationObject::Object(const wchar_t* name, std::initializer_list<Variant> arguments) const {
     return From(Invoke(name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments));
 }
 
-void Dispatch::Put(const wchar_t* name, const Variant& value) const {
+void AutomationObject::Put(const wchar_t* name, const Variant& value) const {
     Invoke(name, value.Type() == VT_DISPATCH ? DISPATCH_PROPERTYPUTREF : DISPATCH_PROPERTYPUT, {value});
 }
 

@@ -55,20 +55,20 @@ class Variant {
 // An automation object reached by the names of its members. Every call throws Error: with the number and description
 // that the object gave, or with those of the failed call. Numbers are those that Visual Basic hosts see: the low word
 // of a "control" code such as 800A0E78 (3704), any other code whole.
-class Dispatch {
+class AutomationObject {
   public:
-    Dispatch() = default;
+    AutomationObject() = default;
     // Takes a reference of its own.
-    explicit Dispatch(IDispatch* object) noexcept;
-    Dispatch(const Dispatch& other) noexcept : Dispatch(other.object_) {}
-    Dispatch(Dispatch&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-    Dispatch& operator=(Dispatch other) noexcept;
-    ~Dispatch();
+    explicit AutomationObject(IDispatch* object) noexcept;
+    AutomationObject(const AutomationObject& other) noexcept : AutomationObject(other.object_) {}
+    AutomationObject(AutomationObject&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    AutomationObject& operator=(AutomationObject other) noexcept;
+    ~AutomationObject();
 
     // A new object of a registered class ("ADODB.Connection").
-    static Dispatch Create(const std::wstring& progId);
+    static AutomationObject Create(const std::wstring& progId);
     // The object that a value holds; throws Error (object required) when it holds none.
-    static Dispatch From(const Variant& value);
+    static AutomationObject From(const Variant& value);
 
     explicit operator bool() const { return object_ != nullptr; }
     IDispatch* Get() const { return object_; }
@@ -78,7 +78,7 @@ class Dispatch {
     Variant Call(const wchar_t* method, std::initializer_list<Variant> arguments = {}) const;
     Variant Property(const wchar_t* name, std::initializer_list<Variant> arguments = {}) const;
     // A property whose value is an object.
-    Dispatch Object(const wchar_t* name, std::initializer_list<Variant> arguments = {}) const;
+    AutomationObject Object(const wchar_t* name, std::initializer_list<Variant> arguments = {}) const;
     void Put(const wchar_t* name, const Variant& value) const;
 
   private:
