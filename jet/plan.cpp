@@ -92,34 +92,32 @@ std::optional<Stretch> RangeStretch(const TableDef& def, const std::vector<Bound
     return stretch;
 }
 
-/// Which rows there are: a table of at least twice their number, where a row lies at the first free place from its own.
-class RowSet {
+/// Tells rows that are not in a set from those that may be: one bit for each row among about 32 times as many, so that
+/// some thousand rows fit into the processor's nearest cache and one row in 32 passes wrongly. The conditions, which
+/// every row that is read must meet, sort those out.
+class RowSieve {
   public:
-    explicit RowSet(const std::vector<RowId>& rows) : places_(std::bit_ceil(2 * rows.size() + 1), kFree) {
-        for (const RowId id : rows) places_[PlaceOf(id)] = KeyOf(id);
+    explicit RowSieve(const std::vector<RowId>& rows)
+        : words_(std::bit_ceil(rows.size() / 2 + 1)), shift_(64 - std::countr_zero(64 * words_.size())) {
+        for (const RowId id : rows) words_[Place(id) / 64] |= std::uint64_t{1} << Place(id) % 64;
     }
-    bool Holds(RowId id) const { return places_[PlaceOf(id)] != kFree; }
+    bool MayHold(RowId id) const { return (words_[Place(id) / 64] >> Place(id) % 64 & 1) != 0; }
 
   private:
-    static constexpr std::uint64_t kFree = ~std::uint64_t{0};
-
-    static std::uint64_t KeyOf(RowId id) { return std::uint64_t{id.page} << 8 | std::uint64_t{id.slot}; }
-    std::size_t PlaceOf(RowId id) const {
-        const std::uint64_t key = KeyOf(id);
-        const std::size_t mask = places_.size() - 1;
-        // The golden ratio spreads neighbouring numbers evenly.
-        std::size_t place = static_cast<std::size_t>(key * 0x9E3779B97F4A7C15U >> 20) & mask;
-        while (places_[place] != kFree && places_[place] != key) place = (place + 1) & mask;
-        return place;
+    std::size_t Place(RowId id) const {
+        const std::uint64_t key = std::uint64_t{id.page} << 8 | std::uint64_t{id.slot};
+        // The golden ratio spreads neighbouring numbers evenly over the upper bits.
+        return static_cast<std::size_t>(key * 0x9E3779B97F4A7C15U >> shift_);
     }
 
-    std::vector<std::uint64_t> places_;
+    std::vector<std::uint64_t> words_;
+    int shift_;
 };
 
-/// Drops from `rows` what `other` does not hold, keeping the order.
-void Intersect(std::vector<RowId>& rows, const std::vector<RowId>& other) {
-    const RowSet held(other);
-    std::erase_if(rows, [&held](RowId id) { return !held.Holds(id); });
+/// Drops from `rows` most of what `other` does not hold, and nothing else, keeping the order.
+void Narrow(std::vector<RowId>& rows, const std::vector<RowId>& other) {
+    const RowSieve sieve(other);
+    std::erase_if(rows, [&sieve](RowId id) { return !sieve.MayHold(id); });
 }
 
 } // namespace
@@ -144,7 +142,7 @@ std::optional<std::vector<RowId>> PlanByIndex(Pager& pager, const TableDef& def,
         if (rows->size() < kWorthwhile) break;
         const std::size_t limit = 8 * rows->size();
         const std::vector<RowId> other = Collect(pager, def, *stretch, limit);
-        if (other.size() < limit) Intersect(*rows, other);
+        if (other.size() < limit) Narrow(*rows, other);
     }
     return rows;
 }

@@ -8,6 +8,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <iostream>
 #include <utility>
 
@@ -15,6 +16,7 @@ namespace quorvex::service {
 namespace {
 
 constexpr std::chrono::milliseconds kLook(1000);
+constexpr std::chrono::milliseconds kRarest(60000); // between attempts at a file that cannot be read
 
 // Where the folder leads now: whoever replaces it by another one switches a link.
 std::filesystem::path Resolved(const std::filesystem::path& folder) {
@@ -91,7 +93,9 @@ bool DataSource::Pause() {
 void DataSource::Run() {
     Stamp read; // of the files when they were read last
     Stamp seen;
-    bool first = true;
+    bool failed = true;
+    std::chrono::milliseconds pause = kLook;
+    auto retry = std::chrono::steady_clock::now();
     do {
         Stamp now = StampOfFiles();
         bool asked = false;
@@ -102,15 +106,18 @@ void DataSource::Run() {
         }
         // Files that change from one look to the next are still being written.
         const bool settled = std::exchange(seen, now) == now;
-        if (first || asked || (settled && now != read)) {
-            Read();
+        // A file may be in use for longer than the engine waits for it.
+        const bool again = failed && std::chrono::steady_clock::now() >= retry;
+        if (again || asked || (settled && now != read)) {
+            failed = !Read();
             read = std::move(now);
-            first = false;
+            pause = failed ? std::min(2 * pause, kRarest) : kLook;
+            retry = std::chrono::steady_clock::now() + pause;
         }
     } while (!Pause());
 }
 
-void DataSource::Read() {
+bool DataSource::Read() {
     std::string problem;
     try {
         auto data = std::make_shared<const LocalData>(Resolved(folder_));
@@ -126,11 +133,13 @@ void DataSource::Read() {
         ++status_.readings;
     } catch (const support::Error& error) {
         problem = support::ToUtf8(error.Description());
-        std::cerr << "quorvex-service: the data was not read again: " + problem + "\n";
     }
     const std::lock_guard lock(mutex_);
+    if (!problem.empty() && problem != status_.problem)
+        std::cerr << "quorvex-service: the data cannot be read: " + problem + "\n";
     status_.problem = problem;
     changed_.notify_all();
+    return problem.empty();
 }
 
 } // namespace quorvex::service

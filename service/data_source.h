@@ -52,7 +52,8 @@ class DataSource {
     using Stamp = std::vector<std::string>;
     Stamp StampOfFiles() const;
     void Run();
-    void Read();
+    // False if the data could not be read; what was read before stays.
+    bool Read();
     // Waits for a time or until there is something to do at once; true when it ends.
     bool Pause();
 

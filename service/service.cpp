@@ -7,12 +7,11 @@
 #include "service/openapi.h"
 #include "support/error.h"
 #include "support/files.h"
+#include "support/machine_posix.h"
 #include "support/text.h"
 
 #include <algorithm>
-#include <array>
 #include <iostream>
-#include <unistd.h>
 #include <utility>
 
 namespace quorvex::service {
@@ -20,7 +19,6 @@ namespace {
 
 constexpr char kPlainText[] = "text/plain; charset=utf-8";
 constexpr char kJson[] = "application/json; charset=utf-8";
-constexpr std::chrono::milliseconds kQuickLists(60);   // a small folder's lists are there when the first request comes
 constexpr std::chrono::milliseconds kTestLists(30000); // tests ask for them at once
 constexpr std::chrono::seconds kHouse(1);
 constexpr int kAnnounceEvery = 5; // rounds of the house
@@ -52,9 +50,8 @@ PageAnswer TextAnswer(int status, std::string body, std::string page, const char
 
 std::string NodeName(const Options& options, int port) {
     if (!options.node.empty()) return options.node;
-    std::array<char, 256> name{};
-    if (gethostname(name.data(), name.size() - 1) != 0) return "node-" + std::to_string(port);
-    return std::string(name.data()) + "-" + std::to_string(port);
+    const std::wstring computer = support::PosixMachine().ComputerName();
+    return (computer.empty() ? "node" : support::ToUtf8(computer)) + "-" + std::to_string(port);
 }
 
 } // namespace
@@ -107,7 +104,7 @@ Service::~Service() {
 
 void Service::Start() {
     data_.Start();
-    data_.WaitForLists(options_.test ? kTestLists : kQuickLists);
+    if (options_.test) data_.WaitForLists(kTestLists);
     server_->Start();
     house_ = std::thread([this] { KeepHouse(); });
     if (follower_) follower_->Start();

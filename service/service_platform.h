@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/jet/jet_provider.h"
+#include "support/machine_posix.h"
 #include "support/platform.h"
 
 namespace quorvex::service {
@@ -9,8 +10,7 @@ namespace quorvex::service {
 // ask and nothing to fetch; messages go to the standard error.
 class ServicePlatform : protected support::WebAccess,
                         protected support::UserPrompts,
-                        protected support::ProgressDisplay,
-                        protected support::Machine {
+                        protected support::ProgressDisplay {
   public:
     // keeper: as the provider of the embedded engine takes it.
     explicit ServicePlatform(database::DatabaseKeeper* keeper = nullptr) : databases_({}, keeper) {}
@@ -34,15 +34,8 @@ class ServicePlatform : protected support::WebAccess,
     void HideProgress() override {}
     void PumpMessages() override {}
 
-    std::wstring ComputerName() const override;
-    std::wstring UserName() const override;
-    support::LocalTime Now() const override;
-    void SleepMilliseconds(int milliseconds) const override;
-    std::wstring DriveShareName(wchar_t) const override { return {}; }
-    std::wstring DataAccessVersion() const override { return {}; }
-    std::wstring SystemVersion() const override { return {}; }
-
-    support::Platform platform_{*this, *this, *this, *this, {}};
+    support::PosixMachine machine_;
+    support::Platform platform_{*this, *this, *this, machine_, {}};
     database::JetProvider databases_; // without a keeper any number of threads may open files through it
 };
 

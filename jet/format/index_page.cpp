@@ -42,6 +42,14 @@ RowId IndexPage::Row(std::size_t entry) const {
     return {Load24Big(p), p[3]};
 }
 
+void IndexPage::AppendRows(std::size_t from, std::size_t to, std::vector<RowId>& rows) const {
+    const Byte* const trailers = Area() - Trailer();
+    for (std::size_t i = from; i < to; ++i) {
+        const Byte* const p = trailers + (*ends_)[i];
+        rows.push_back({Load24Big(p), p[3]});
+    }
+}
+
 PageNo IndexPage::Child(std::size_t entry) const {
     return Load32Big(Area() + (*ends_)[entry] - kEntryChild);
 }

@@ -31,6 +31,8 @@ class IndexPage {
     PageNo tail() const { return Load32(page_.data() + kIndexTail); }
 
     RowId Row(std::size_t entry) const;
+    /// Appends the rows of entries from `from` up to, not including, `to`.
+    void AppendRows(std::size_t from, std::size_t to, std::vector<RowId>& rows) const;
     PageNo Child(std::size_t entry) const;
     Bytes Key(std::size_t entry) const;
     std::strong_ordering Compare(std::size_t entry, const IndexPosition& position) const;

@@ -50,7 +50,7 @@ bool IndexScan::Next() {
 void IndexScan::Collect(const IndexPosition& to, std::vector<RowId>& rows, std::size_t limit) {
     while (rows.size() < limit) {
         const std::size_t stop = page_->LowerBound(to);
-        for (std::size_t i = entry_; i < stop; ++i) rows.push_back(page_->Row(i));
+        page_->AppendRows(entry_, stop, rows);
         if (stop < page_->size() || !NextPage()) return;
     }
 }

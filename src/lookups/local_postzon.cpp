@@ -83,8 +83,10 @@ std::optional<std::wstring> QueryFor(object::Quorvex& object, const std::wstring
 }
 
 std::optional<Point> PointOf(database::RowReader& row) {
-    const auto latitude = row.Number(L"PZ_Lat");
-    const auto longitude = row.Number(L"PZ_Long");
+    static const std::wstring kLatitude = L"PZ_Lat"; // made once: a search asks some hundred rows
+    static const std::wstring kLongitude = L"PZ_Long";
+    const auto latitude = row.Number(kLatitude);
+    const auto longitude = row.Number(kLongitude);
     if (!latitude || !longitude) return std::nullopt;
     return Point{*latitude, *longitude};
 }

@@ -11,10 +11,12 @@ ServiceTest::ServiceTest() {
     options.accounts = (folder_.Path() / "accounts.db").string();
 }
 
-void ServiceTest::Begin() {
+void ServiceTest::Begin(bool waitForLists) {
     service_ = std::make_unique<Service>(options);
     service_->Start();
-    ASSERT_TRUE(service_->WaitForLists(std::chrono::seconds(20)));
+    if (waitForLists) {
+        ASSERT_TRUE(service_->WaitForLists(std::chrono::seconds(20)));
+    }
 }
 
 httplib::Result ServiceTest::Request(std::string target) {

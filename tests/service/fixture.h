@@ -17,7 +17,7 @@ class ServiceTest : public ::testing::Test {
     ServiceTest();
 
     Options options; // a test changes them before Begin
-    void Begin();
+    void Begin(bool waitForLists = true);
     Service& Running() { return *service_; }
 
     // Target as it goes over the wire, blanks made %20; a failed request fails the test and gives an empty reply.

@@ -1,8 +1,6 @@
 #include "fixture.h"
+#include "jet/storage.h"
 #include "support/text.h"
-
-#include <thread>
-#include <vector>
 
 namespace quorvex::service {
 namespace {
@@ -79,19 +77,25 @@ TEST_F(ServiceTest, CreditsGoDownToNothing) {
               L"Credits left: 2");
 }
 
-TEST_F(ServiceTest, ManyCallersAtATimeShareOneBalance) {
-    options.keys = {L"K1"};
-    options.credits = 150;
-    Begin();
-    std::vector<std::thread> callers;
-    std::atomic<int> answered{0};
-    for (int caller = 0; caller < 8; ++caller) {
-        callers.emplace_back([&] {
-            for (int i = 0; i < 25; ++i) answered += ElementOf(kRecord, L"confirm") == L"Yes" ? 1 : 0;
-        });
-    }
-    for (std::thread& caller : callers) caller.join();
-    EXPECT_EQ(answered, 150);
+// A file in use keeps the lists from being made.
+TEST_F(ServiceTest, AnswersBeforeTheListsAreThere) {
+    quorvex::testing::TempFolder folder;
+    std::filesystem::copy(options.data, folder.Path(), std::filesystem::copy_options::recursive);
+    options.data = folder.Path();
+    auto writer = jet::SystemStorage().Open(options.data / "PAF_FULL.dat", jet::OpenMode::kWriteDenyWrite);
+    Begin(false);
+    const httplib::Result health = Request("/health");
+    EXPECT_EQ(health->status, 503);
+    EXPECT_NE(health->body.find("\"starting\""), std::string::npos) << health->body;
+    EXPECT_NE(health->body.find("\"lists\":false"), std::string::npos) << health->body;
+    const std::string places = "SearchForPostZonData.aspx?postcode=PE13 9AA";
+    EXPECT_EQ(ElementOf(places, L"confirm"), L"Yes");
+    for (const char* page : {"GetLookups.aspx?datatype=1", "SearchForAddressAdv.aspx?street=KILN"})
+        EXPECT_EQ(Request(std::string("/xmlservice/") + page)->status, 503) << page;
+    EXPECT_FALSE(Running().WaitForLists(std::chrono::milliseconds(0)));
+    writer.reset();
+    EXPECT_TRUE(Running().WaitForLists(std::chrono::seconds(60)));
+    EXPECT_EQ(Request("/health")->status, 200);
 }
 
 TEST_F(ServiceTest, BadQueriesAreToldWhatIsWrong) {

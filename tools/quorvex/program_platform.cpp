@@ -2,9 +2,6 @@
 
 #include "support/text.h"
 
-#include <chrono>
-#include <thread>
-
 namespace quorvex::cli {
 
 WebClient& ProgramPlatform::Web() {
@@ -29,10 +26,6 @@ int ProgramPlatform::ShowMessage(const std::wstring& text, int, const std::wstri
 void ProgramPlatform::ShowProgress(const std::wstring& caption, const std::wstring& text) {
     if (!progress_) progress_.emplace(console_);
     progress_->Show(support::ToUtf8(caption + (text.empty() ? L"" : L"  ") + text));
-}
-
-void ProgramPlatform::SleepMilliseconds(int milliseconds) const {
-    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
 } // namespace quorvex::cli

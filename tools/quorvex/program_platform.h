@@ -5,6 +5,7 @@
 #include "quorvex/progress_line.h"
 #include "quorvex/web_client.h"
 #include "support/platform.h"
+#include "support/system_machine.h"
 #include "update/update_windows.h"
 
 #include <memory>
@@ -19,7 +20,6 @@ namespace quorvex::cli {
 class ProgramPlatform final : private support::WebAccess,
                               private support::UserPrompts,
                               private support::ProgressDisplay,
-                              private support::Machine,
                               private update::UpdateWindows,
                               private mail::Mailer {
   public:
@@ -54,20 +54,13 @@ class ProgramPlatform final : private support::WebAccess,
     void HideZipStatus() override {}
     void PumpMessages() override {}
 
-    std::wstring ComputerName() const override;
-    std::wstring UserName() const override;
-    support::LocalTime Now() const override;
-    void SleepMilliseconds(int milliseconds) const override;
-    std::wstring DriveShareName(wchar_t driveLetter) const override;
-    std::wstring DataAccessVersion() const override;
-    std::wstring SystemVersion() const override;
-
     mail::MailResult SendMail(const mail::MailMessage&) override { return {}; }
 
     WebClient& Web();
 
     Console& console_;
-    support::Platform platform_{*this, *this, *this, *this, {}};
+    support::SystemMachine machine_;
+    support::Platform platform_{*this, *this, *this, machine_, {}};
     database::JetProvider databases_;
     std::unique_ptr<WebClient> web_; // made for the first request
     std::optional<ProgressLine> progress_;
