@@ -2,8 +2,8 @@
 
 widl refuses a default value on a by-reference text, so such parameters are compiled as [in, optional, defaultvalue] BSTR and
 get the type "pointer to BSTR" and the flags in, out, optional, default here. The size that the function's record says it
-needs in memory grows by the new level of pointers: callers allocate by it. widl's note of the time of its run would make
-two builds of one commit differ. Usage:
+needs in memory grows by the new level of pointers: callers allocate by it. widl notes the time of its run twice, as text and
+as a number; either would make two builds of one commit differ. Usage:
 
     patch_typelib.py IN.tlb OUT.tlb LIKE NAME...
 
@@ -13,17 +13,29 @@ The layout is that of the "MSFT" type library format; offsets are in bytes.
 import re
 import struct
 import sys
+import uuid
 
 HEADER_SIZE = 0x54
 HAS_HELP_FILE = 0x100
 TYPEINFO_SIZE = 100
-NAME_SEGMENT = 7
+SEGMENT_SIZE = 16
+GUID_SEGMENT, NAME_SEGMENT, CUSTOM_DATA_SEGMENT, CUSTOM_ENTRY_SEGMENT = 5, 7, 11, 12
+COMPILE_TIME = uuid.UUID("DE77BA63-517C-11D1-A2DA-0000F8773CE9").bytes_le  # the custom value that holds it
 PARAMETER_SIZE = 12
 VT_BSTR = 8
 FLAG_IN_OUT = 3
 FLAG_DEFAULT = 0x20
 MEMORY_SIZE = 14  # in a function's record, 16 bits
 POINTER_MEMORY = 8
+
+
+def clear_compile_time(data: bytearray, segments: int) -> None:
+    guids, values, entries = (struct.unpack_from("<ii", data, segments + segment * SEGMENT_SIZE)
+                              for segment in (GUID_SEGMENT, CUSTOM_DATA_SEGMENT, CUSTOM_ENTRY_SEGMENT))
+    for entry in range(entries[0], entries[0] + entries[1], 12):
+        guid, value = struct.unpack_from("<ii", data, entry)
+        if data[guids[0] + guid:][:len(COMPILE_TIME)] == COMPILE_TIME:
+            struct.pack_into("<I", data, values[0] + value + 2, 0)  # the value's type precedes it
 
 
 def main() -> None:
@@ -36,7 +48,7 @@ def main() -> None:
 
     count = number(0x20)
     segments = HEADER_SIZE + (4 if number(0x14) & HAS_HELP_FILE else 0) + 4 * count
-    typeinfos, names = number(segments), number(segments + NAME_SEGMENT * 16)
+    typeinfos, names = number(segments), number(segments + NAME_SEGMENT * SEGMENT_SIZE)
 
     def name(offset: int) -> str:
         start = names + offset + 12
@@ -67,6 +79,7 @@ def main() -> None:
                 changed += 1
     if changed == 0:
         sys.exit("patch_typelib: nothing to change; has a parameter been renamed?")
+    clear_compile_time(data, segments)
     timeless = re.sub(rb"(?<= at )\w{3} \w{3} [ \d]\d \d\d:\d\d:\d\d \d{4}(?=\n)", b"Thu Jan  1 00:00:00 1970", data)
     with open(target, "wb") as file:
         file.write(timeless)

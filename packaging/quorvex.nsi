@@ -22,7 +22,7 @@ VIAddVersionKey "ProductName" "Quorvex"
 VIAddVersionKey "CompanyName" "Quorvex"
 VIAddVersionKey "FileDescription" "Quorvex address lookup, setup for one user"
 VIAddVersionKey "FileVersion" "${FULLVERSION}"
-VIAddVersionKey "LegalCopyright" ""
+VIAddVersionKey "LegalCopyright" "Copyright (C) Quorvex"
 
 Page directory
 Page instfiles

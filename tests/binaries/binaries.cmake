@@ -9,7 +9,7 @@ set(binaries ${CMAKE_CURRENT_SOURCE_DIR}/binaries)
 
 add_test(NAME binaries COMMAND ${Python3_EXECUTABLE} ${binaries}/check.py ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR}
   ${PROJECT_VERSION} ${shipped_files})
-# About a minute and a half on two cores: the DLL is compiled anew in another folder.
+# The DLL is compiled anew in another folder: 100 seconds of processor time at first, then only what has changed.
 add_test(NAME reproducible COMMAND ${binaries}/reproduce ${PROJECT_SOURCE_DIR} win${quorvex_bits}
   $<TARGET_FILE:QuorvexLookup>)
 set_tests_properties(reproducible PROPERTIES TIMEOUT 1500)

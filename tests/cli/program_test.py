@@ -280,12 +280,14 @@ class CommandLine(unittest.TestCase):
         for arguments in (["find", "PE13 4PZ"], ["record", "PE13 4PZ_1_F"], ["street", "AB1 0DF"], ["postzon", "AB1 0DF"],
                           ["distance", "AB1 0DF", "M1 9AA"], ["status"], ["check"], ["update"], ["doctor", "--service",
                           "http://127.0.0.1:1"], ["clean", "in.csv", "out.csv", "--postcode", "postcode"],
-                          ["nearest", ROOT / "examples/jscript/branches.csv", "--at", "AB1 0DF", "--within", "9"]):
+                          ["nearest", ROOT / "examples/jscript/branches.csv", "--at", "AB1 0DF", "--within", "9"], ["clean"]):
             result = self.run_here(*arguments, "--data", "data", "--json")
+            self.assertTrue(result.stdout, f"{arguments}: {result.stderr}")
             report = json.loads(result.stdout)
             self.assertEqual(list(report), ["command", "outcome", "message", "rows"])
             self.assertEqual(report["command"], arguments[0])
-            self.assertIn(report["outcome"], ("done", "nothing", "wrong call", "failed"))
+            self.assertIn(report["outcome"], ("done", "nothing", "wrong call", "failed"), arguments)
+            self.assertEqual(report["outcome"] == "wrong call", arguments == ["clean"])
 
 
 if __name__ == "__main__":

@@ -1,6 +1,7 @@
 #include "quorvex/clean.h"
 
 #include "quorvex/clean_workers.h"
+#include "quorvex/file_system.h"
 #include "quorvex/progress_line.h"
 #include "quorvex/resume.h"
 #include "quorvex/row_writer.h"
@@ -10,7 +11,6 @@
 
 #include <fstream>
 #include <iostream>
-#include <system_error>
 
 namespace quorvex::cli {
 namespace {
@@ -70,8 +70,6 @@ Report CleanRun::Run() {
         }
     } catch (const support::Error& error) {
         failure = error.Description();
-    } catch (const std::filesystem::filesystem_error& error) {
-        failure = support::FromUtf8(error.code().message());
     }
     Finish(std::move(failure));
     return report_;
@@ -80,23 +78,20 @@ Report CleanRun::Run() {
 std::istream& CleanRun::OpenInput() {
     if (IsStandardStream(request_.input)) return std::cin;
     file_.open(request_.input, std::ios::binary);
-    std::error_code ignored;
-    if (!file_ || std::filesystem::is_directory(request_.input, ignored)) {
+    if (!file_ || IsFolder(request_.input)) {
         throw support::Error(support::kErrorFileNotFound, L"cannot read " + support::FromPath(request_.input));
     }
-    const auto size = std::filesystem::file_size(request_.input, ignored);
-    inputSize_ = ignored ? 0 : size;
+    inputSize_ = FileLength(request_.input).value_or(0); // a pipe has none
     return file_;
 }
 
 bool CleanRun::MayWrite() {
-    std::error_code ignored;
     if (IsStandardStream(request_.output)) {
         if (!request_.resume) return true;
         report_.End(Outcome::WrongCall, L"--resume needs an output file");
-    } else if (std::filesystem::equivalent(request_.input, request_.output, ignored)) {
+    } else if (IsSameFile(request_.input, request_.output)) {
         report_.End(Outcome::WrongCall, L"input and output are the same file");
-    } else if (!request_.resume && !request_.overwrite && std::filesystem::exists(request_.output, ignored)) {
+    } else if (!request_.resume && !request_.overwrite && FileLength(request_.output)) {
         report_.End(Outcome::WrongCall,
                     support::FromPath(request_.output) + L" exists: --resume goes on with it, --overwrite begins anew");
     } else {

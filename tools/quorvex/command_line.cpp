@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 #include <thread>
 
@@ -60,6 +61,7 @@ class Grammar {
         app.footer("Exit codes: 0 found or done, 1 nothing found, 2 wrong call, 3 failed.\n"
                    "quorvex COMMAND --help tells more; docs/command-line.md shows each command.");
         app.require_subcommand(1);
+        app.allow_windows_style_options(false); // "/folder/list.csv" is a path on Windows as well
         app.get_formatter()->column_width(30);
         app.set_version_flag("--version", "quorvex " + support::ToUtf8(object::GetVersion()));
         AddLookups();
@@ -205,7 +207,7 @@ void Grammar::AddDataCommands() {
     update.callback([this] {
         UpdateCommand command;
         command.download = texts_.download;
-        if (!texts_.packages.empty()) command.from = PathOf(texts_.packages);
+        if (!texts_.packages.empty()) command.from = Wide(texts_.packages);
         line_.command = std::move(command);
     });
 
@@ -243,6 +245,7 @@ CommandLine ReadCommandLine(std::vector<std::string> arguments) {
     CommandLine line;
     Texts texts;
     Grammar grammar(texts, line);
+    const bool wantsJson = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
     std::reverse(arguments.begin(), arguments.end()); // as CLI11 takes them
     try {
         grammar.app.parse(std::move(arguments));
@@ -251,6 +254,7 @@ CommandLine ReadCommandLine(std::vector<std::string> arguments) {
         std::ostringstream errors;
         const int code = grammar.app.exit(error, out, errors);
         line.command = {};
+        line.json = wantsJson; // the error may precede the flag
         line.text = out.str() + errors.str();
         line.exitCode = code == 0 ? 0 : static_cast<int>(Outcome::WrongCall);
         return line;

@@ -6,12 +6,11 @@
 #include "jet/database.h"
 #include "localdata/data_file_names.h"
 #include "localdata/status.h"
+#include "quorvex/file_system.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/text.h"
 #include "update/update_procedure.h"
-
-#include <system_error>
 
 namespace quorvex::cli {
 namespace {
@@ -31,10 +30,13 @@ jet::Database OpenData(const std::wstring& file) {
     return jet::Database::Open(support::ToPath(file), database::ToUtf16(database::kDatabasePassword));
 }
 
+std::int64_t LengthOf(const std::wstring& file) {
+    const auto bytes = FileLength(support::ToPath(file));
+    return bytes ? static_cast<std::int64_t>(*bytes) : kUnknown;
+}
+
 void AddDataFile(Report& report, object::Quorvex& object, const localdata::DataFile& dataFile, bool& failed) {
     const std::wstring file = localdata::DataFilePath(object.DataPath(), dataFile);
-    std::error_code missing;
-    const auto bytes = std::filesystem::file_size(support::ToPath(file), missing);
     std::wstring date;
     std::wstring state = L"ok";
     std::int64_t rows = kUnknown;
@@ -47,19 +49,15 @@ void AddDataFile(Report& report, object::Quorvex& object, const localdata::DataF
         state = support::FromUtf8(error.what());
         failed = true;
     }
-    report.Add({std::wstring(dataFile.fileName), std::wstring(L"data"), date,
-                missing ? kUnknown : static_cast<std::int64_t>(bytes), rows, state});
+    report.Add({std::wstring(dataFile.fileName), std::wstring(L"data"), date, LengthOf(file), rows, state});
 }
 
 void AddLeftovers(Report& report, const std::wstring& folder) {
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(support::ToPath(folder), error)) {
-        const std::wstring name = support::FromPath(entry.path().filename());
+    for (const std::wstring& name : support::FileNames(folder)) {
         const wchar_t* const kind = LeftoverKind(name);
         if (kind == nullptr) continue;
-        const auto bytes = entry.file_size(error);
-        report.Add({name, std::wstring(kind), std::wstring(), error ? kUnknown : static_cast<std::int64_t>(bytes),
-                    kUnknown, std::wstring(L"waits")});
+        report.Add({name, std::wstring(kind), std::wstring(), LengthOf(folder + L"\\" + name), kUnknown,
+                    std::wstring(L"waits")});
     }
 }
 
@@ -68,24 +66,19 @@ bool IsPackage(const std::wstring& name) {
 }
 
 // Whole or not at all: a copy that was cut short must not be taken for a package.
-void CopyPackages(const std::filesystem::path& from, const std::wstring& dataFolder) {
-    std::error_code error;
-    const std::filesystem::directory_iterator entries(from, error);
-    if (error) throw support::Error(support::kErrorPathAccess, L"cannot read the folder " + support::FromPath(from));
-    for (const auto& entry : entries) {
-        const std::wstring name = support::FromPath(entry.path().filename());
+void CopyPackages(const std::wstring& from, const std::wstring& dataFolder) {
+    if (!IsFolder(support::ToPath(from))) {
+        throw support::Error(support::kErrorPathAccess, L"cannot read the folder " + from);
+    }
+    for (const std::wstring& name : support::FileNames(from)) {
         if (!IsPackage(name)) continue;
-        const std::filesystem::path target = support::ToPath(dataFolder + L"\\" + name);
-        std::filesystem::path part = target;
-        part += ".part";
-        std::filesystem::copy_file(entry.path(), part, std::filesystem::copy_options::overwrite_existing, error);
-        if (!error) std::filesystem::rename(part, target, error);
-        if (error) {
-            std::error_code ignored;
-            std::filesystem::remove(part, ignored);
-            throw support::Error(support::kErrorPathAccess, L"cannot copy " + name + L" to the data folder: " +
-                                                                support::FromUtf8(error.message()));
-        }
+        const std::wstring target = dataFolder + L"\\" + name;
+        const std::wstring part = target + L".part";
+        const bool copied = CopyWholeFile(support::ToPath(from + L"\\" + name), support::ToPath(part)) &&
+                            support::RenameFileQuietly(part, target);
+        if (copied) continue;
+        support::DeleteFileQuietly(part);
+        throw support::Error(support::kErrorPathAccess, L"cannot copy " + name + L" to the data folder");
     }
 }
 

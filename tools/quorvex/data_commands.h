@@ -4,8 +4,8 @@
 #include "quorvex/program_platform.h"
 #include "quorvex/report.h"
 
-#include <filesystem>
 #include <optional>
+#include <string>
 
 namespace quorvex::cli {
 
@@ -19,7 +19,7 @@ Report Check(object::Quorvex& object);
 
 struct UpdateCommand {
     bool download = false;
-    std::optional<std::filesystem::path> from; // packages are copied from here first
+    std::optional<std::wstring> from; // packages are copied from here first
 };
 // One update run without questions; one tall row: applied, and the dates after the run. Nothing if there was no
 // package.

@@ -7,13 +7,13 @@
 #include "localdata/package_date.h"
 #include "localdata/status.h"
 #include "localdata/substitution.h"
+#include "quorvex/file_system.h"
 #include "support/error.h"
 #include "support/file_lock.h"
 #include "support/files.h"
 #include "support/text.h"
 
 #include <fstream>
-#include <system_error>
 
 namespace quorvex::cli {
 namespace {
@@ -41,8 +41,7 @@ std::wstring AdviceFor(const jet::Error& error) {
 void ExamineFile(object::Quorvex& object, const localdata::DataFile& dataFile, Findings& findings) {
     const std::wstring name = dataFile.fileName;
     const std::wstring file = localdata::DataFilePath(object.DataPath(), dataFile);
-    std::error_code missing;
-    if (!std::filesystem::exists(support::ToPath(file), missing)) {
+    if (!support::PathExists(file)) {
         Add(findings, Grade::Warning, name + L" is missing",
             L"lookups that need it fail; copy it into the data folder");
         return;
@@ -73,10 +72,9 @@ void ExamineFile(object::Quorvex& object, const localdata::DataFile& dataFile, F
 }
 
 void ExamineRights(const std::wstring& folder, Findings& findings) {
-    const std::filesystem::path probe = support::ToPath(folder + L"\\quorvex-doctor.tmp");
-    std::ofstream(probe, std::ios::binary | std::ios::app).close();
-    std::error_code error;
-    if (std::filesystem::remove(probe, error)) {
+    const std::wstring probe = folder + L"\\quorvex-doctor.tmp";
+    std::ofstream(support::ToPath(probe), std::ios::binary | std::ios::app).close();
+    if (support::DeleteFileQuietly(probe)) {
         Add(findings, Grade::Ok, L"this account may write to the folder");
     } else {
         Add(findings, Grade::Warning, L"this account may not write to the folder",
@@ -85,9 +83,7 @@ void ExamineRights(const std::wstring& folder, Findings& findings) {
 }
 
 void ExamineLeftovers(const std::wstring& folder, Findings& findings) {
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(support::ToPath(folder), error)) {
-        const std::wstring name = support::FromPath(entry.path().filename());
+    for (const std::wstring& name : support::FileNames(folder)) {
         const std::wstring upper = support::UpperCase(name);
         if (upper.ends_with(L"-JOURNAL")) {
             Add(findings, Grade::Warning, name + L" lies beside the data",
@@ -118,15 +114,14 @@ void ExamineData(object::Quorvex& object, Findings& findings) {
         return;
     }
     const std::wstring& folder = object.DataPath();
-    std::error_code error;
-    if (!std::filesystem::is_directory(support::ToPath(folder), error)) {
+    if (!IsFolder(support::ToPath(folder))) {
         Add(findings, Grade::Problem, L"the folder " + folder + L" does not exist or cannot be reached",
             L"check the path, the share and this account's rights");
         return;
     }
     bool any = false;
     for (const localdata::DataFile& dataFile : localdata::kDataFiles) {
-        any = any || std::filesystem::exists(support::ToPath(localdata::DataFilePath(folder, dataFile)), error);
+        any = any || support::PathExists(localdata::DataFilePath(folder, dataFile));
     }
     if (!any) {
         Add(findings, Grade::Problem, L"no data files in " + folder, L"copy the data there or name another folder");

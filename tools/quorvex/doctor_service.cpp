@@ -6,8 +6,6 @@
 #include "web/endpoints.h"
 
 #include <cstdlib>
-#include <filesystem>
-#include <system_error>
 
 namespace quorvex::cli {
 namespace {
@@ -68,9 +66,7 @@ void ExamineSurroundings(const support::Platform& platform, Findings& findings) 
         findings.push_back({Grade::Problem, L"clock", L"the year is " + std::to_wstring(platform.machine.Now().year),
                             L"set the clock: secure connections and update dates depend on it"});
     }
-    const std::filesystem::path file = "RegServerProxySettings.xml";
-    std::error_code error;
-    if (!std::filesystem::exists(file, error)) return;
+    if (!support::PathExists(L"RegServerProxySettings.xml")) return;
     const std::wstring proxy = NamedProxy();
     const bool usable = proxy.find(L':') != std::wstring::npos && proxy.find(L'/') == std::wstring::npos;
     findings.push_back({usable ? Grade::Ok : Grade::Problem, L"proxy",

@@ -5,11 +5,9 @@
 #include "quorvex/lookup_commands.h"
 #include "quorvex/program_platform.h"
 #include "support/error.h"
-#include "support/files.h"
 #include "support/text.h"
 
 #include <exception>
-#include <filesystem>
 
 namespace quorvex::cli {
 namespace {
@@ -87,8 +85,6 @@ Report RunCommand(Console& console, const CommandLine& line, const std::string& 
         return std::visit(Runner(console, line), line.command);
     } catch (const support::Error& error) {
         return Failure(name, error.Description());
-    } catch (const std::filesystem::filesystem_error& error) {
-        return Failure(name, support::FromPath(error.path1()) + L": " + support::FromUtf8(error.code().message()));
     } catch (const std::bad_alloc&) {
         return Failure(name, L"not enough memory");
     } catch (const std::exception& error) {
@@ -112,6 +108,9 @@ int RunProgram(std::vector<std::string> arguments) {
     if (std::holds_alternative<std::monostate>(line.command)) {
         if (line.exitCode == 0) {
             console.Out(line.text);
+        } else if (line.json) {
+            const std::wstring message = support::ReplaceAll(support::FromUtf8(line.text), L"\n", L" ");
+            console.Out(WrongCall(name.c_str(), std::wstring(support::Trim(message))).Json());
         } else {
             console.Error(line.text);
         }

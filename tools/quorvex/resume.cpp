@@ -1,11 +1,11 @@
 #include "quorvex/resume.h"
 
+#include "quorvex/file_system.h"
 #include "support/error.h"
 #include "support/files.h"
 
 #include <algorithm>
 #include <fstream>
-#include <system_error>
 
 namespace quorvex::cli {
 namespace {
@@ -19,9 +19,7 @@ namespace {
 
 ResumePoint FindResumePoint(const std::filesystem::path& output, const std::string& header, const CsvFormat& format) {
     ResumePoint point;
-    std::error_code missing;
-    const auto size = std::filesystem::file_size(output, missing);
-    if (missing || size == 0) return point;
+    if (FileLength(output).value_or(0) == 0) return point;
     std::ifstream file(output, std::ios::binary);
     std::string begin(header.size(), '\0');
     if (!file || !file.read(begin.data(), static_cast<std::streamsize>(begin.size())) || begin != header) {
