@@ -3,6 +3,7 @@
 #include "service/reply.h"
 #include "service/row_parts.h"
 #include "service/words.h"
+#include "support/characters.h"
 #include "support/text.h"
 
 #include <algorithm>
@@ -18,12 +19,8 @@ void Note(std::vector<std::uint32_t>& rows, std::uint32_t row) {
     if (rows.empty() || rows.back() != row) rows.push_back(row);
 }
 
-bool IsDigit(wchar_t c) {
-    return c >= L'0' && c <= L'9';
-}
-
 std::wstring AreaOf(const std::wstring& key) {
-    const auto digit = std::find_if(key.begin(), key.end(), IsDigit);
+    const auto digit = std::find_if(key.begin(), key.end(), support::IsDigit<wchar_t>);
     return digit == key.end() ? std::wstring() : std::wstring(key.begin(), digit);
 }
 
@@ -43,7 +40,8 @@ class AreaFilter {
     bool MetBy(const std::wstring& key) const {
         if (text_.empty()) return true;
         if (beginning_) return support::ReplaceAll(key, L" ", L"").starts_with(text_);
-        return std::none_of(text_.begin(), text_.end(), IsDigit) ? AreaOf(key) == text_ : OutwardOf(key) == text_;
+        return std::none_of(text_.begin(), text_.end(), support::IsDigit<wchar_t>) ? AreaOf(key) == text_
+                                                                                   : OutwardOf(key) == text_;
     }
 
   private:
@@ -69,7 +67,9 @@ template <typename Map>
 std::wstring Joined(const Map& values) {
     std::wstring list;
     for (const auto& [value, rows] : values) {
-        if (value.find(L',') != std::wstring::npos || std::any_of(value.begin(), value.end(), IsDigit)) continue;
+        if (value.find(L',') != std::wstring::npos ||
+            std::any_of(value.begin(), value.end(), support::IsDigit<wchar_t>))
+            continue;
         if (!list.empty()) list.push_back(L',');
         list.append(value);
     }

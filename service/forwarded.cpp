@@ -1,6 +1,7 @@
 #include "service/forwarded.h"
 
 #include "service/accounts/store.h"
+#include "support/characters.h"
 
 #include <algorithm>
 #include <atomic>
@@ -12,8 +13,7 @@ constexpr std::size_t kLongestId = 64;
 
 bool AllOf(std::string_view text, std::string_view marks) {
     return std::all_of(text.begin(), text.end(), [marks](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-               marks.find(c) != std::string_view::npos;
+        return support::IsDigit(c) || support::IsLetter(c) || marks.find(c) != std::string_view::npos;
     });
 }
 

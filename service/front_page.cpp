@@ -3,6 +3,7 @@
 #include "object/tag_reader.h"
 #include "service/html.h"
 #include "service/query.h"
+#include "support/characters.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/text.h"
@@ -31,12 +32,8 @@ std::string Utf8(const std::wstring& text) {
 
 // A value as it goes into the query of one of the service's pages.
 std::string Encoded(const std::wstring& value) {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
     std::string text;
-    for (const char c : support::ToUtf8(value)) {
-        const auto byte = static_cast<unsigned char>(c);
-        text.append(1, '%').append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
-    }
+    for (const char c : support::ToUtf8(value)) support::AppendPercentEscaped(text, static_cast<unsigned char>(c));
     return text;
 }
 

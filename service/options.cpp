@@ -1,6 +1,7 @@
 #include "service/options.h"
 
 #include "build_constants.h"
+#include "support/characters.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/text.h"
@@ -33,7 +34,7 @@ struct Given {
 
 CLI::Option* Add(CLI::App& app, const std::string& name, auto& target, const std::string& help) {
     std::string variable = "QUORVEX_" + name.substr(2);
-    for (char& c : variable) c = c == '-' ? '_' : static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    for (char& c : variable) c = c == '-' ? '_' : support::ToUpper(c);
     return app.add_option(name, target, help)->envname(variable);
 }
 

@@ -1,6 +1,7 @@
 #include "service/pages.h"
 
 #include "object/tag_reader.h"
+#include "support/characters.h"
 #include "support/error.h"
 #include "support/text.h"
 
@@ -29,14 +30,11 @@ constexpr std::array<std::pair<const wchar_t*, const wchar_t*>, 3> kZooms = {{
 std::wstring PercentEncoded(const std::wstring& text) {
     std::wstring encoded;
     for (const char c : support::ToUtf8(text)) {
-        const bool plain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '-' ||
-                           c == '.' || c == '_' || c == '~';
+        const bool plain = support::IsDigit(c) || support::IsLetter(c) || c == '-' || c == '.' || c == '_' || c == '~';
         if (plain) {
             encoded.push_back(static_cast<wchar_t>(c));
         } else {
-            std::array<char, 4> hex{};
-            std::snprintf(hex.data(), hex.size(), "%%%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
-            encoded.append(hex.data(), hex.data() + 3);
+            support::AppendPercentEscaped(encoded, static_cast<unsigned char>(c));
         }
     }
     return encoded;

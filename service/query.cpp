@@ -1,5 +1,6 @@
 #include "service/query.h"
 
+#include "support/characters.h"
 #include "support/text.h"
 
 #include <algorithm>
@@ -33,13 +34,6 @@ std::string PercentDecoded(std::string_view text) {
     return decoded;
 }
 
-std::string LowerCase(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return lower;
-}
-
 // Hosts of old send their code page where newer ones send UTF-8.
 std::wstring ValueText(std::string_view raw) {
     const std::string bytes = PercentDecoded(raw);
@@ -49,7 +43,7 @@ std::wstring ValueText(std::string_view raw) {
 } // namespace
 
 std::string PathOf(std::string_view target) {
-    return LowerCase(PercentDecoded(target.substr(0, target.find('?'))));
+    return support::LowerCase(PercentDecoded(target.substr(0, target.find('?'))));
 }
 
 Query::Query(std::string_view target, std::initializer_list<const char*> names) {
@@ -60,7 +54,7 @@ Query::Query(std::string_view target, std::initializer_list<const char*> names) 
         const std::size_t end = rest.find('&');
         const std::string_view piece = rest.substr(0, end);
         const std::size_t equals = piece.find('=');
-        const std::string name = LowerCase(piece.substr(0, equals));
+        const std::string name = support::LowerCase(piece.substr(0, equals));
         const bool known =
             equals != std::string_view::npos && std::find(names.begin(), names.end(), name) != names.end();
         if (known) {

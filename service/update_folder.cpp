@@ -1,5 +1,7 @@
 #include "service/update_folder.h"
 
+#include "support/characters.h"
+
 #include <algorithm>
 #include <system_error>
 #include <tuple>
@@ -13,22 +15,11 @@ constexpr std::size_t kDateAt = 9;
 constexpr std::size_t kDateLength = 8;
 constexpr std::string_view kEnding = ".zip";
 
-char Upper(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
-}
-
-bool SameButCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return Upper(x) == Upper(y); });
-}
-
-bool AllDigits(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
 bool IsPackageName(std::string_view name) {
-    return name.size() == kDateAt + kDateLength + kEnding.size() && SameButCase(name.substr(0, kKindAt), kPrefix) &&
-           Upper(name[kKindAt]) >= 'A' && Upper(name[kKindAt]) <= 'Z' && name[kKindAt + 1] == '_' &&
-           AllDigits(name.substr(kDateAt, kDateLength)) && SameButCase(name.substr(kDateAt + kDateLength), kEnding);
+    return name.size() == kDateAt + kDateLength + kEnding.size() &&
+           support::EqualButCase(name.substr(0, kKindAt), kPrefix) && support::IsLetter(name[kKindAt]) &&
+           name[kKindAt + 1] == '_' && support::AllDigits(name.substr(kDateAt, kDateLength)) &&
+           support::EqualButCase(name.substr(kDateAt + kDateLength), kEnding);
 }
 
 // A folder that is not there holds no packages.
@@ -42,7 +33,7 @@ std::vector<UpdateFolder::Package> PackagesIn(const std::filesystem::path& folde
         if (!IsPackageName(name) || !entry->is_regular_file(unreadable)) continue;
         const std::uintmax_t size = entry->file_size(unreadable);
         if (unreadable) continue;
-        packages.push_back({name, Upper(name[kKindAt]), name.substr(kDateAt, kDateLength), size});
+        packages.push_back({name, support::ToUpper(name[kKindAt]), name.substr(kDateAt, kDateLength), size});
     }
     return packages;
 }
@@ -50,7 +41,7 @@ std::vector<UpdateFolder::Package> PackagesIn(const std::filesystem::path& folde
 } // namespace
 
 bool IsDateText(std::string_view text) {
-    return text.empty() || (text.size() == kDateLength && AllDigits(text));
+    return text.empty() || (text.size() == kDateLength && support::AllDigits(text));
 }
 
 std::vector<UpdateFolder::Package> UpdateFolder::Newer(std::string_view fullDate, std::string_view streetDate,
@@ -72,7 +63,7 @@ std::vector<UpdateFolder::Package> UpdateFolder::Newer(std::string_view fullDate
 std::optional<std::filesystem::path> UpdateFolder::Find(std::string_view name) const {
     if (!IsPackageName(name)) return std::nullopt;
     for (const Package& package : PackagesIn(folder_)) {
-        if (SameButCase(package.name, name)) return folder_ / package.name;
+        if (support::EqualButCase(package.name, name)) return folder_ / package.name;
     }
     return std::nullopt;
 }

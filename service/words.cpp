@@ -1,5 +1,6 @@
 #include "service/words.h"
 
+#include "support/characters.h"
 #include "support/text.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ bool IsApostrophe(wchar_t c) {
 }
 
 bool IsWordCharacter(wchar_t c) {
-    return (c >= L'0' && c <= L'9') || (c >= L'A' && c <= L'Z') || (c > 127 && !IsApostrophe(c));
+    return support::IsDigit(c) || support::IsCapital(c) || (c > 127 && !IsApostrophe(c));
 }
 
 } // namespace

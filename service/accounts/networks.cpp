@@ -1,5 +1,6 @@
 #include "service/accounts/networks.h"
 
+#include "support/characters.h"
 #include "support/error.h"
 #include "support/text.h"
 
@@ -31,8 +32,7 @@ Networks::Networks(const std::string& text) {
         const auto address = AddressOf(part.substr(0, slash));
         const bool short4 = part.find(':') == std::string::npos;
         const std::string bits = slash == std::string::npos ? (short4 ? "32" : "128") : part.substr(slash + 1);
-        const bool digits = !bits.empty() && bits.size() < 4 &&
-                            std::all_of(bits.begin(), bits.end(), [](char c) { return c >= '0' && c <= '9'; });
+        const bool digits = !bits.empty() && bits.size() < 4 && support::AllDigits(bits);
         if (!address || !digits || std::stoi(bits) > (short4 ? 32 : 128)) {
             throw support::Error(support::kErrorInvalidCall,
                                  support::FromUtf8("\"" + part + "\" is not an address or a network"));

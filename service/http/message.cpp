@@ -1,5 +1,7 @@
 #include "service/http/message.h"
 
+#include "support/characters.h"
+
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
@@ -7,18 +9,9 @@
 #include <unistd.h>
 
 namespace quorvex::service::http {
-namespace {
-
-bool SameButCase(std::string_view a, std::string_view b) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](char x, char y) { return lower(x) == lower(y); });
-}
-
-} // namespace
-
 std::string_view Request::Header(std::string_view name) const {
     for (const auto& [field, value] : headers) {
-        if (SameButCase(field, name)) return value;
+        if (support::EqualButCase(field, name)) return value;
     }
     return {};
 }

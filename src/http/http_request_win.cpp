@@ -79,7 +79,7 @@ void HttpRequest::Configure(int networkMilliseconds) {
         WinHttpCloseHandle(connection_);
         throw support::Error(static_cast<long>(error), L"Cannot watch a request");
     }
-    context.release();
+    static_cast<void>(context.release()); // the callback frees it
     ++OutstandingCounter();
 }
 

@@ -8,7 +8,8 @@ namespace quorvex::http {
 PartialFile::PartialFile(const std::wstring& target)
     : target_(support::SystemPath(target)), partial_(support::SystemPath(target + L".part")),
       file_(support::RetryWhileHeld([this] {
-          return CreateFileW(partial_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+          return CreateFileW(partial_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                             nullptr);
       })) {
     if (file_ == INVALID_HANDLE_VALUE) {
         throw support::Error(support::kErrorPathAccess, L"Cannot create file " + partial_);

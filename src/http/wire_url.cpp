@@ -1,5 +1,6 @@
 #include "http/wire_url.h"
 
+#include "support/characters.h"
 #include "support/text.h"
 
 #include <algorithm>
@@ -14,13 +15,7 @@ constexpr std::uint16_t kHttpsPort = 443;
 constexpr unsigned kHighestPort = 65535;
 
 void AppendEscaped(std::wstring& text, std::string_view bytes) {
-    constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        text += L'%';
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 0xF];
-    }
+    for (const char c : bytes) support::AppendPercentEscaped(text, static_cast<unsigned char>(c));
 }
 
 bool MayStand(wchar_t c) {

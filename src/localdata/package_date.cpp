@@ -1,5 +1,7 @@
 #include "localdata/package_date.h"
 
+#include "support/characters.h"
+
 #include <algorithm>
 #include <array>
 
@@ -25,8 +27,7 @@ int DaysOfMonth(int year, int month) {
 } // namespace
 
 bool IsPackageDate(std::wstring_view text) {
-    const auto isDigit = [](wchar_t c) { return c >= L'0' && c <= L'9'; };
-    if (text.size() != kDateLength || !std::all_of(text.begin(), text.end(), isDigit)) return false;
+    if (text.size() != kDateLength || !std::all_of(text.begin(), text.end(), support::IsDigit<wchar_t>)) return false;
     const int year = Digits(text, 0, 4);
     const int month = Digits(text, 4, 2);
     const int day = Digits(text, 6, 2);

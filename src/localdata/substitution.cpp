@@ -1,5 +1,6 @@
 #include "localdata/substitution.h"
 
+#include "support/characters.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/text.h"
@@ -10,10 +11,6 @@ namespace quorvex::localdata {
 namespace {
 
 constexpr wchar_t kByteOrderMark = 0xFEFF;
-
-bool IsDigit(wchar_t c) {
-    return c >= L'0' && c <= L'9';
-}
 
 wchar_t Upper(wchar_t c) {
     return support::UpperCase(std::wstring_view(&c, 1)).front();
@@ -54,7 +51,7 @@ void SubstitutionTable::AddLine(wchar_t stored, wchar_t plain, std::size_t line)
         return code > 0xFFFF || (code >= 0xD800 && code < 0xE000);
     };
     if (isPair(stored) || isPair(plain)) Malformed(line, L"a line holds exactly two characters");
-    if (IsDigit(stored) && stored != plain) Malformed(line, L"digits stand for themselves");
+    if (support::IsDigit(stored) && stored != plain) Malformed(line, L"digits stand for themselves");
     if (!plainOf_.emplace(Upper(stored), plain).second) Malformed(line, L"the stored character has a line already");
     storedOf_.emplace(plain, Upper(stored));
 }
@@ -64,7 +61,7 @@ void SubstitutionTable::FillLow() {
 }
 
 wchar_t SubstitutionTable::Replace(const Map& map, wchar_t c) {
-    if (IsDigit(c)) return c;
+    if (support::IsDigit(c)) return c;
     const auto found = map.find(Upper(c));
     return found == map.end() ? c : found->second;
 }

@@ -1,5 +1,6 @@
 #include "lookups/postcode.h"
 
+#include "support/characters.h"
 #include "support/text.h"
 
 #include <algorithm>
@@ -23,14 +24,6 @@ constexpr std::array<std::pair<const wchar_t*, const wchar_t*>, 10> kSlips = {{
     {L"(", L"9"},
     {L")", L"0"},
 }};
-
-bool IsLetter(wchar_t c) {
-    return c >= L'A' && c <= L'Z';
-}
-
-bool IsDigit(wchar_t c) {
-    return c >= L'0' && c <= L'9';
-}
 
 std::wstring WithoutSlips(std::wstring_view postcode) {
     std::wstring text(postcode);
@@ -67,11 +60,11 @@ bool HasPostcodeShape(std::wstring_view text) {
     if (code == L"ZZ99") return true;
     if (code.size() < 5 || code.size() > 7) return false;
     const std::wstring_view inward = std::wstring_view(code).substr(code.size() - 3);
-    if (!IsDigit(inward[0]) || !IsLetter(inward[1]) || !IsLetter(inward[2])) return false;
+    if (!support::IsDigit(inward[0]) || !support::IsCapital(inward[1]) || !support::IsCapital(inward[2])) return false;
     // The outward half as a pattern of letters and digits.
     std::wstring pattern;
     for (const wchar_t c : std::wstring_view(code).substr(0, code.size() - 3)) {
-        pattern.push_back(IsLetter(c) ? L'A' : IsDigit(c) ? L'9' : L'?');
+        pattern.push_back(support::IsCapital(c) ? L'A' : support::IsDigit(c) ? L'9' : L'?');
     }
     static constexpr std::array<std::wstring_view, 6> kOutward = {L"A9", L"A99", L"AA9", L"AA99", L"A9A", L"AA9A"};
     return std::find(kOutward.begin(), kOutward.end(), pattern) != kOutward.end();

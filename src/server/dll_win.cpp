@@ -35,7 +35,7 @@ STDAPI DllUnregisterServer() {
 // regsvr32 /n /i:user registers for the current user only, without administrator rights.
 STDAPI DllInstall(BOOL install, LPCWSTR commandLine) {
     using quorvex::server::Scope;
-    const bool user = commandLine != nullptr && _wcsicmp(commandLine, L"user") == 0;
+    const bool user = commandLine != nullptr && CompareStringOrdinal(commandLine, -1, L"user", -1, TRUE) == CSTR_EQUAL;
     if (!user && commandLine != nullptr && *commandLine != L'\0') return E_INVALIDARG;
     const Scope scope = user ? Scope::User : Scope::Machine;
     return install ? quorvex::server::Register(scope) : quorvex::server::Unregister(scope);

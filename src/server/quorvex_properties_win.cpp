@@ -2,19 +2,19 @@
 
 namespace quorvex::server {
 
-#define QUORVEX_PROPERTY(type, name, toHost, fromHost)                                                                 \
+// NOLINTBEGIN(bugprone-macro-parentheses): a type cannot be enclosed in parentheses
+#define QUORVEX_PROPERTY(type, name)                                                                                   \
     HRESULT QuorvexObject::get_##name(type* value) {                                                                   \
-        if (value == nullptr) return E_POINTER;                                                                        \
-        *value = {};                                                                                                   \
-        return Guard([&] { *value = toHost(lookup_.name); });                                                          \
+        return Answer(value, [&] { return lookup_.name; });                                                            \
     }                                                                                                                  \
     HRESULT QuorvexObject::put_##name(type value) {                                                                    \
-        return Guard([&] { lookup_.name = fromHost(value); });                                                         \
+        return Guard([&] { Take(lookup_.name, value); });                                                              \
     }
-#define QUORVEX_TEXT(number, name, help) QUORVEX_PROPERTY(BSTR, name, NewText, Text)
-#define QUORVEX_BOOLEAN(number, name, help) QUORVEX_PROPERTY(VARIANT_BOOL, name, Boolean, 0 !=)
-#define QUORVEX_LONG(number, name, help) QUORVEX_PROPERTY(long, name, static_cast<long>, static_cast<std::int32_t>)
-#define QUORVEX_SHORT(number, name, help) QUORVEX_PROPERTY(short, name, static_cast<short>, static_cast<std::int16_t>)
+// NOLINTEND(bugprone-macro-parentheses)
+#define QUORVEX_TEXT(number, name, help) QUORVEX_PROPERTY(BSTR, name)
+#define QUORVEX_BOOLEAN(number, name, help) QUORVEX_PROPERTY(VARIANT_BOOL, name)
+#define QUORVEX_LONG(number, name, help) QUORVEX_PROPERTY(long, name)
+#define QUORVEX_SHORT(number, name, help) QUORVEX_PROPERTY(short, name)
 
 #include "server/quorvex_properties.inc"
 

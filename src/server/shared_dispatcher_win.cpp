@@ -57,6 +57,7 @@ SharedDispatcher::~SharedDispatcher() {
     }
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): it lasts only as long as the object is counted
 Dispatcher* SharedDispatcher::Get() {
     const support::Locked guard(shared.lock);
     if (shared.dispatcher == nullptr) {

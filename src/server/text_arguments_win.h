@@ -59,6 +59,27 @@ inline void Give(long* result, std::int32_t answer) {
     *result = answer;
 }
 
+inline void Give(short* result, std::int16_t answer) {
+    *result = answer;
+}
+
+// Puts what a host assigns into a property.
+inline void Take(std::wstring& property, BSTR value) {
+    property = Text(value);
+}
+
+inline void Take(bool& property, VARIANT_BOOL value) {
+    property = value != VARIANT_FALSE;
+}
+
+inline void Take(std::int32_t& property, long value) {
+    property = value;
+}
+
+inline void Take(std::int16_t& property, short value) {
+    property = value;
+}
+
 inline bool IsTrue(const VARIANT_BOOL* value) {
     return value != nullptr && *value != VARIANT_FALSE;
 }

@@ -1,3 +1,4 @@
+#include "support/characters.h"
 #include "support/text.h"
 
 #include <algorithm>
@@ -48,9 +49,7 @@ char32_t NextUtf8(std::string_view bytes, std::size_t& at, bool& valid) {
 }
 
 std::string CharsetOf(std::string_view contentType) {
-    std::string lower(contentType);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    const std::string lower = LowerCase(contentType);
     const std::size_t at = lower.find("charset=");
     if (at == std::string::npos) return {};
     std::string name = lower.substr(at + 8);
@@ -84,13 +83,13 @@ int WindowsCodePage(std::string_view charset) {
 // iso-8859-15 differs from iso-8859-1 in eight places.
 std::wstring FromLatin9(std::string_view bytes) {
     constexpr std::array<std::pair<wchar_t, wchar_t>, 8> kChanged = {{{0xA4, 0x20AC},
-                                                                     {0xA6, 0x0160},
-                                                                     {0xA8, 0x0161},
-                                                                     {0xB4, 0x017D},
-                                                                     {0xB8, 0x017E},
-                                                                     {0xBC, 0x0152},
-                                                                     {0xBD, 0x0153},
-                                                                     {0xBE, 0x0178}}};
+                                                                      {0xA6, 0x0160},
+                                                                      {0xA8, 0x0161},
+                                                                      {0xB4, 0x017D},
+                                                                      {0xB8, 0x017E},
+                                                                      {0xBC, 0x0152},
+                                                                      {0xBD, 0x0153},
+                                                                      {0xBE, 0x0178}}};
     std::wstring text = FromLatin1(bytes);
     for (const auto& [from, to] : kChanged) std::replace(text.begin(), text.end(), from, to);
     return text;

@@ -23,10 +23,10 @@ std::wstring FullName(const std::wstring& path) {
 } // namespace
 
 std::wstring SystemPath(std::wstring_view path) {
-    const std::wstring text(path);
+    std::wstring text(path);
     if (text.size() < kClassicPathLimit || text.starts_with(L"\\\\?\\")) return text;
     // The long form allows neither "/" nor doubled separators nor relative paths: let the system complete it first.
-    const std::wstring full = FullName(text);
+    std::wstring full = FullName(text);
     if (full.size() < 3 || full.starts_with(L"\\\\.\\")) return full;
     if (full.starts_with(L"\\\\")) return L"\\\\?\\UNC\\" + full.substr(2);
     return full[1] == L':' ? L"\\\\?\\" + full : full;

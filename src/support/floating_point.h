@@ -43,7 +43,7 @@ class DefaultArithmetic {
         unsigned status;
         unsigned others[5];
     };
-    Environment x87_;
+    Environment x87_{};
     unsigned sse_;
 #endif
 };

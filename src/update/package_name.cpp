@@ -1,6 +1,7 @@
 #include "update/package_name.h"
 
 #include "localdata/package_date.h"
+#include "support/characters.h"
 #include "support/files.h"
 #include "support/text.h"
 
@@ -13,21 +14,13 @@ constexpr std::size_t kKindPosition = kPackagePrefix.size();
 constexpr std::size_t kDatePosition = kKindPosition + 2;
 constexpr std::size_t kDateDigits = 8;
 
-bool IsLetter(wchar_t c) {
-    return (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z');
-}
-
-bool IsDigit(wchar_t c) {
-    return c >= L'0' && c <= L'9';
-}
-
 } // namespace
 
 bool HasUpdateLayout(std::wstring_view name, std::wstring_view ending) {
     if (name.size() != kDatePosition + kDateDigits + ending.size() || !name.starts_with(kPackagePrefix)) return false;
-    if (!IsLetter(name[kKindPosition]) || name[kKindPosition + 1] != L'_') return false;
+    if (!support::IsLetter(name[kKindPosition]) || name[kKindPosition + 1] != L'_') return false;
     const std::wstring_view date = name.substr(kDatePosition, kDateDigits);
-    return std::all_of(date.begin(), date.end(), IsDigit) &&
+    return std::all_of(date.begin(), date.end(), support::IsDigit<wchar_t>) &&
            support::UpperCase(name.substr(kDatePosition + kDateDigits)) == support::UpperCase(ending);
 }
 

@@ -1,6 +1,7 @@
 #include "quorvex/house_match.h"
 
 #include "lookups/postcode.h"
+#include "support/characters.h"
 #include "support/text.h"
 
 #include <array>
@@ -14,7 +15,7 @@ constexpr std::size_t kOutwardLength = 4;
 constexpr wchar_t kNoBreakSpace = 0xA0;
 
 bool IsWordCharacter(wchar_t c) {
-    return (c >= L'A' && c <= L'Z') || (c >= L'0' && c <= L'9') || (c > 0xBF && c != 0xD7 && c != 0xF7);
+    return support::IsCapital(c) || support::IsDigit(c) || (c > 0xBF && c != 0xD7 && c != 0xF7);
 }
 
 bool IsApostrophe(wchar_t c) {
@@ -45,8 +46,8 @@ std::wstring WordsOf(std::wstring_view text) {
 std::wstring HouseWords(std::wstring_view house) {
     std::wstring words = WordsOf(house);
     for (const std::wstring_view prefix : {L" NO ", L" NUMBER "}) {
-        const bool number = words.starts_with(prefix) && words.size() > prefix.size() && words[prefix.size()] >= L'0' &&
-                            words[prefix.size()] <= L'9';
+        const bool number =
+            words.starts_with(prefix) && words.size() > prefix.size() && support::IsDigit(words[prefix.size()]);
         if (number) return words.substr(prefix.size() - 1);
     }
     return words;

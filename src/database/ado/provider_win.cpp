@@ -18,7 +18,6 @@ namespace {
 
 using support::AutomationObject;
 using support::Error;
-using support::Variant;
 
 constexpr std::chrono::milliseconds kOpenPause{25};
 constexpr wchar_t kConnectionClass[] = L"ADODB.Connection";
