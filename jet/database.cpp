@@ -45,22 +45,22 @@ Database::Database(Database&& other) noexcept = default;
 Database& Database::operator=(Database&& other) noexcept = default;
 Database::~Database() = default;
 
-Database Database::Open(const std::filesystem::path& path, std::u16string_view password, const OpenOptions& options) {
+Database Database::Open(const Path& path, std::u16string_view password, const OpenOptions& options) {
     auto pager = Pager::Open(StorageOf(options), path, PagerOptions(options, options.writable));
     CheckHeader(*pager, password);
     return Database(std::make_unique<State>(std::move(pager)));
 }
 
-void Database::Recover(const std::filesystem::path& path, const OpenOptions& options) {
+void Database::Recover(const Path& path, const OpenOptions& options) {
     Storage& storage = StorageOf(options);
-    const std::filesystem::path journal = Journal::PathFor(path);
+    const Path journal = Journal::PathFor(path);
     if (!storage.Exists(journal)) return;
     // An invalid one is no reason to disturb those who have the file open.
     if (!Journal::LooksValid(*storage.Open(journal, OpenMode::kSideFileRead))) return;
     OpenDatabaseFile(storage, path, false, options.wait);
 }
 
-bool Database::IsHeld(const std::filesystem::path& path, const OpenOptions& options) {
+bool Database::IsHeld(const Path& path, const OpenOptions& options) {
     try {
         StorageOf(options).Open(path, OpenMode::kReadDenyWrite);
     } catch (const Error& error) {

@@ -42,7 +42,7 @@ Value ValueOf(const Row& row, const TableDef& def, const char16_t* name) {
 
 } // namespace
 
-Database Database::Create(const std::filesystem::path& path, std::u16string_view password, const OpenOptions& options) {
+Database Database::Create(const Path& path, std::u16string_view password, const OpenOptions& options) {
     Storage& storage = StorageOf(options);
     const double created = Now().days;
     const Bytes pages = MakeEmptyDatabase(created, password);

@@ -84,21 +84,19 @@ struct KeptDatabases::Kept {
 // The system's files; remembers the one opened last.
 class KeptDatabases::UnlockableStorage final : public jet::Storage {
   public:
-    std::unique_ptr<jet::File> Open(const std::filesystem::path& path, jet::OpenMode mode) override {
+    std::unique_ptr<jet::File> Open(const jet::Path& path, jet::OpenMode mode) override {
         auto file = jet::SystemStorage().Open(path, mode);
         if (mode != jet::OpenMode::kReadDenyWrite) return file;
         auto both = std::make_unique<UnlockableFile>(std::move(file),
                                                      jet::SystemStorage().Open(path, jet::OpenMode::kSideFileRead));
         last = both.get();
-        stamp = StampOf(path);
+        stamp = StampOf(path.native());
         return both;
     }
-    bool Exists(const std::filesystem::path& path) override { return jet::SystemStorage().Exists(path); }
-    void Remove(const std::filesystem::path& path) override { jet::SystemStorage().Remove(path); }
-    void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
-        jet::SystemStorage().Rename(from, to);
-    }
-    void FlushNames(const std::filesystem::path& path) override { jet::SystemStorage().FlushNames(path); }
+    bool Exists(const jet::Path& path) override { return jet::SystemStorage().Exists(path); }
+    void Remove(const jet::Path& path) override { jet::SystemStorage().Remove(path); }
+    void Rename(const jet::Path& from, const jet::Path& to) override { jet::SystemStorage().Rename(from, to); }
+    void FlushNames(const jet::Path& path) override { jet::SystemStorage().FlushNames(path); }
 
     UnlockableFile* last = nullptr;
     Stamp stamp; // of that file, under its lock

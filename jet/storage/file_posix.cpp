@@ -1,6 +1,7 @@
 #include "jet/error.h"
 #include "jet/storage.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -106,7 +107,7 @@ class PosixFile final : public File {
 
 class PosixStorage final : public Storage {
   public:
-    std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) override {
+    std::unique_ptr<File> Open(const Path& path, OpenMode mode) override {
         int flags = O_CLOEXEC;
         switch (mode) {
         case OpenMode::kReadDenyWrite:
@@ -131,29 +132,31 @@ class PosixStorage final : public Storage {
         return file;
     }
 
-    bool Exists(const std::filesystem::path& path) override {
+    bool Exists(const Path& path) override {
         if (::access(path.c_str(), F_OK) == 0) return true;
         if (errno == ENOENT || errno == ENOTDIR) return false;
         ThrowSystem("Cannot look for", path.native(), errno);
     }
 
-    void Remove(const std::filesystem::path& path) override {
+    void Remove(const Path& path) override {
         if (::unlink(path.c_str()) != 0 && errno != ENOENT) ThrowSystem("Cannot remove", path.native(), errno);
     }
 
-    void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
+    void Rename(const Path& from, const Path& to) override {
         if (::rename(from.c_str(), to.c_str()) != 0) ThrowSystem("Cannot rename", from.native(), errno);
     }
 
-    void FlushNames(const std::filesystem::path& path) override {
-        const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+    void FlushNames(const Path& path) override {
+        const std::size_t end = path.native().rfind('/');
+        const std::string folder =
+            end == std::string::npos ? "." : path.native().substr(0, std::max<std::size_t>(end, 1));
         const int handle = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (handle < 0) ThrowSystem("Cannot open", folder.native(), errno);
+        if (handle < 0) ThrowSystem("Cannot open", folder, errno);
         const int result = ::fsync(handle);
         const int error = errno;
         ::close(handle);
         // Some file systems cannot flush a folder and say so; their names are durable by other means or not at all.
-        if (result != 0 && error != EINVAL) ThrowSystem("Cannot flush", folder.native(), error);
+        if (result != 0 && error != EINVAL) ThrowSystem("Cannot flush", folder, error);
     }
 };
 

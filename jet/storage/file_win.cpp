@@ -39,8 +39,8 @@ namespace {
         break;
     }
     const char* reason = code == ErrorCode::kInUse ? "it is in use by someone else" : "";
-    throw Error(code, std::string(what) + " \"" + ToUtf8(std::u16string(path.begin(), path.end())) + "\": " + reason + " (system error " +
-                          std::to_string(error) + ")");
+    throw Error(code, std::string(what) + " \"" + ToUtf8(std::u16string(path.begin(), path.end())) + "\": " + reason +
+                          " (system error " + std::to_string(error) + ")");
 }
 
 std::wstring FullPath(const std::wstring& path) {
@@ -53,7 +53,7 @@ std::wstring FullPath(const std::wstring& path) {
 }
 
 /// The system's own limit of 260 characters falls only for the "\\?\" form, which wants a full path with backslashes.
-std::wstring SystemPath(const std::filesystem::path& path) {
+std::wstring SystemPath(const Path& path) {
     constexpr std::size_t kSafeLength = 240;
     std::wstring text = path.native();
     if (text.size() < kSafeLength || text.starts_with(L"\\\\?\\")) return text;
@@ -149,7 +149,7 @@ class WindowsFile final : public File {
 
 class WindowsStorage final : public Storage {
   public:
-    std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) override {
+    std::unique_ptr<File> Open(const Path& path, OpenMode mode) override {
         DWORD access = GENERIC_READ;
         DWORD share = FILE_SHARE_READ;
         DWORD disposition = OPEN_EXISTING;
@@ -179,7 +179,7 @@ class WindowsStorage final : public Storage {
         return std::make_unique<WindowsFile>(handle, std::move(name));
     }
 
-    bool Exists(const std::filesystem::path& path) override {
+    bool Exists(const Path& path) override {
         const std::wstring name = SystemPath(path);
         if (::GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES) return true;
         // Anything else, such as a share that does not answer, says nothing about the file.
@@ -188,14 +188,14 @@ class WindowsStorage final : public Storage {
         ThrowSystem("Cannot look for", name, error);
     }
 
-    void Remove(const std::filesystem::path& path) override {
+    void Remove(const Path& path) override {
         const std::wstring name = SystemPath(path);
         if (::DeleteFileW(name.c_str())) return;
         const DWORD error = ::GetLastError();
         if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) ThrowSystem("Cannot remove", name, error);
     }
 
-    void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
+    void Rename(const Path& from, const Path& to) override {
         const std::wstring name = SystemPath(from);
         if (::MoveFileExW(name.c_str(), SystemPath(to).c_str(), MOVEFILE_WRITE_THROUGH)) return;
         ThrowSystem("Cannot rename", name, ::GetLastError());
@@ -203,7 +203,7 @@ class WindowsStorage final : public Storage {
 
     /// Nothing to do: Windows cannot flush a folder, and its file systems log the making of a name before the flush of
     /// the new file returns.
-    void FlushNames(const std::filesystem::path&) override {}
+    void FlushNames(const Path&) override {}
 };
 
 } // namespace

@@ -135,15 +135,15 @@ std::uint64_t NewSalt() {
 }
 
 /// Appended as it is: a conversion of narrow text would bring in the library's locales.
-std::filesystem::path WithSuffix(const std::filesystem::path& path, std::string_view suffix) {
-    std::filesystem::path::string_type name = path.native();
+Path WithSuffix(const Path& path, std::string_view suffix) {
+    Path::Text name = path.native();
     name.append(suffix.begin(), suffix.end());
     return name;
 }
 
 } // namespace
 
-std::filesystem::path Journal::PathFor(const std::filesystem::path& database) {
+Path Journal::PathFor(const Path& database) {
     return WithSuffix(database, ".journal");
 }
 
@@ -252,7 +252,7 @@ void Journal::RemoveIfEmpty() noexcept {
     }
 }
 
-Journal::Finding Journal::Examine(Storage& storage, const std::filesystem::path& path, File& database) {
+Journal::Finding Journal::Examine(Storage& storage, const Path& path, File& database) {
     if (!storage.Exists(path)) return Finding::kNothing;
     std::unique_ptr<File> journal;
     try {
@@ -282,9 +282,9 @@ void Journal::Replay(File& database) {
     Invalidate(true);
 }
 
-std::filesystem::path Journal::SetAside(Storage& storage, const std::filesystem::path& path) {
+Path Journal::SetAside(Storage& storage, const Path& path) {
     for (int number = 1;; ++number) {
-        const std::filesystem::path aside = WithSuffix(path, ".aside" + std::to_string(number));
+        const Path aside = WithSuffix(path, ".aside" + std::to_string(number));
         if (storage.Exists(aside)) continue;
         storage.Rename(path, aside);
         storage.FlushNames(path);

@@ -2,9 +2,9 @@
 
 #include "base/bytes.h"
 #include "base/format.h"
+#include "jet/path.h"
 #include "jet/storage.h"
 
-#include <filesystem>
 #include <memory>
 #include <span>
 
@@ -31,9 +31,9 @@ struct FileState {
 /// back only into the file and the state that it was made from, or into what became of them half-way.
 class Journal {
   public:
-    Journal(Storage& storage, std::filesystem::path path) : storage_(storage), path_(std::move(path)) {}
+    Journal(Storage& storage, Path path) : storage_(storage), path_(std::move(path)) {}
 
-    static std::filesystem::path PathFor(const std::filesystem::path& database);
+    static Path PathFor(const Path& database);
 
     /// The stamp that the coming transaction puts into the header page.
     std::uint64_t NextStamp();
@@ -59,20 +59,20 @@ class Journal {
         kForeign, ///< valid, but made from another file or another state of this one
     };
     /// Looks at the journal beside `database`. Needs no right to write.
-    static Finding Examine(Storage& storage, const std::filesystem::path& path, File& database);
+    static Finding Examine(Storage& storage, const Path& path, File& database);
     /// Whether the journal begins like a valid one, judged without the database.
     static bool LooksValid(File& journal);
     /// Puts the old contents back, flushes, and invalidates. The caller holds the database for writing and knows the
     /// journal to be hot.
     void Replay(File& database);
     /// Renames the journal and returns its new path.
-    static std::filesystem::path SetAside(Storage& storage, const std::filesystem::path& path);
+    static Path SetAside(Storage& storage, const Path& path);
 
   private:
     void WriteRecords(File& database, ByteView header, std::span<const PageNo> pages);
 
     Storage& storage_;
-    std::filesystem::path path_;
+    Path path_;
     std::unique_ptr<File> file_;
     bool nameFlushed_ = false;
     std::uint64_t salt_ = 0;

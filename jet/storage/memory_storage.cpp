@@ -68,7 +68,7 @@ class MemoryFile final : public File {
 
 } // namespace
 
-std::unique_ptr<File> MemoryStorage::Open(const std::filesystem::path& path, OpenMode mode) {
+std::unique_ptr<File> MemoryStorage::Open(const Path& path, OpenMode mode) {
     const bool makes = mode == OpenMode::kCreateNew || mode == OpenMode::kSideFile;
     auto found = entries_.find(path);
     if (found == entries_.end() && !makes) throw Error(ErrorCode::kFileNotFound, "No such file in memory");
@@ -85,14 +85,14 @@ std::unique_ptr<File> MemoryStorage::Open(const std::filesystem::path& path, Ope
     return std::make_unique<MemoryFile>(found->second.bytes, found->second.holders, mode);
 }
 
-void MemoryStorage::Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+void MemoryStorage::Rename(const Path& from, const Path& to) {
     const auto found = entries_.find(from);
     if (found == entries_.end()) throw Error(ErrorCode::kFileNotFound, "No such file in memory");
     entries_[to] = found->second;
     entries_.erase(from);
 }
 
-void MemoryStorage::Put(const std::filesystem::path& path, Bytes bytes) {
+void MemoryStorage::Put(const Path& path, Bytes bytes) {
     *entries_[path].bytes = std::move(bytes);
 }
 

@@ -12,7 +12,7 @@ constexpr PageNo kHeaderPage = 0;
 
 } // namespace
 
-std::shared_ptr<Pager> Pager::Open(Storage& storage, const std::filesystem::path& path, const Options& options) {
+std::shared_ptr<Pager> Pager::Open(Storage& storage, const Path& path, const Options& options) {
     std::shared_ptr<Pager> pager(new Pager(storage, path, options));
     if (options.yields && options.writable) {
         pager->turn_.emplace(storage, path, pager->journal_);
@@ -28,12 +28,11 @@ std::shared_ptr<Pager> Pager::Open(Storage& storage, const std::filesystem::path
     return pager;
 }
 
-std::shared_ptr<Pager> Pager::Create(Storage& storage, const std::filesystem::path& path, ByteView pages,
-                                     const Options& options) {
+std::shared_ptr<Pager> Pager::Create(Storage& storage, const Path& path, ByteView pages, const Options& options) {
     auto file = storage.Open(path, OpenMode::kCreateNew);
     try {
         // A journal of an earlier file of this name may still be wanted for that file.
-        const std::filesystem::path journal = Journal::PathFor(path);
+        const Path journal = Journal::PathFor(path);
         if (storage.Exists(journal)) Journal::SetAside(storage, journal);
         file->WriteAt(0, pages);
         file->Flush();
@@ -48,7 +47,7 @@ std::shared_ptr<Pager> Pager::Create(Storage& storage, const std::filesystem::pa
     return pager;
 }
 
-Pager::Pager(Storage& storage, const std::filesystem::path& path, const Options& options)
+Pager::Pager(Storage& storage, const Path& path, const Options& options)
     : options_(options), journal_(storage, Journal::PathFor(path)) {
     spareImages_.reserve(kSpareImages);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "jet/path.h"
+
 #include "storage/sharing.h"
 
 #include <array>
@@ -87,10 +89,9 @@ class Pager {
     };
 
     /// Opens an existing file and undoes a half-written transaction found beside it.
-    static std::shared_ptr<Pager> Open(Storage& storage, const std::filesystem::path& path, const Options& options);
+    static std::shared_ptr<Pager> Open(Storage& storage, const Path& path, const Options& options);
     /// Makes a new file of the given pages (a multiple of the page size) and opens it for writing.
-    static std::shared_ptr<Pager> Create(Storage& storage, const std::filesystem::path& path, ByteView pages,
-                                         const Options& options);
+    static std::shared_ptr<Pager> Create(Storage& storage, const Path& path, ByteView pages, const Options& options);
     ~Pager();
     Pager(const Pager&) = delete;
     Pager& operator=(const Pager&) = delete;
@@ -127,7 +128,7 @@ class Pager {
   private:
     friend class Statement;
 
-    Pager(Storage& storage, const std::filesystem::path& path, const Options& options);
+    Pager(Storage& storage, const Path& path, const Options& options);
     void Attach(std::unique_ptr<File> file);
     void TakeBack();
     void CheckUsable();

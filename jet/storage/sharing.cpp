@@ -19,13 +19,13 @@ constexpr std::chrono::milliseconds kGateClosed{200};
 constexpr std::chrono::milliseconds kReadersTime{30};
 constexpr std::chrono::milliseconds kWriterPause{2};
 
-std::string NameOf(const std::filesystem::path& path) {
-    const auto name = path.filename().native();
-    if constexpr (sizeof(std::filesystem::path::value_type) == 1) return std::string(name.begin(), name.end());
+std::string NameOf(const Path& path) {
+    const auto name = path.filename();
+    if constexpr (sizeof(Path::Text::value_type) == 1) return std::string(name.begin(), name.end());
     return ToUtf8(std::u16string(name.begin(), name.end()));
 }
 
-[[noreturn]] void ThrowInUse(const std::filesystem::path& path) {
+[[noreturn]] void ThrowInUse(const Path& path) {
     throw Error(ErrorCode::kInUse, "The database \"" + NameOf(path) + "\" is in use by someone else");
 }
 
@@ -46,7 +46,7 @@ auto Try(const Action& action, bool sideFile = false) -> std::optional<decltype(
 /// One opening of the file, from the first try to the last.
 class Opening {
   public:
-    Opening(Storage& storage, const std::filesystem::path& path, bool writable, std::chrono::milliseconds wait)
+    Opening(Storage& storage, const Path& path, bool writable, std::chrono::milliseconds wait)
         : storage_(storage), path_(path), journalPath_(Journal::PathFor(path)), writable_(writable),
           start_(Clock::now()), deadline_(start_ + wait) {}
 
@@ -141,8 +141,8 @@ class Opening {
     }
 
     Storage& storage_;
-    const std::filesystem::path& path_;
-    std::filesystem::path journalPath_;
+    const Path& path_;
+    Path journalPath_;
     bool writable_;
     bool busy_ = false;
     Clock::time_point start_;
@@ -152,12 +152,12 @@ class Opening {
 
 } // namespace
 
-std::unique_ptr<File> OpenDatabaseFile(Storage& storage, const std::filesystem::path& path, bool writable,
+std::unique_ptr<File> OpenDatabaseFile(Storage& storage, const Path& path, bool writable,
                                        std::chrono::milliseconds wait) {
     return Opening(storage, path, writable, wait).Run(false);
 }
 
-WriterTurn::WriterTurn(Storage& storage, std::filesystem::path path, Journal& journal)
+WriterTurn::WriterTurn(Storage& storage, Path path, Journal& journal)
     : storage_(storage), path_(std::move(path)), journal_(journal) {
     journal_.OpenFile();
     Lock(LockByte::kSession);

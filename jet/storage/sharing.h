@@ -1,5 +1,7 @@
 #pragma once
 
+#include "jet/path.h"
+
 #include "storage/journal.h"
 
 #include <chrono>
@@ -14,7 +16,7 @@ inline constexpr std::chrono::milliseconds kOpenPause{25};
 /// Opens a database file. A change that was interrupted is rolled back first; a journal of another file or state is set
 /// aside, and the opening fails with kForeignJournal. While others hold the file it tries again for `wait`, and for
 /// kRepairWait while there is something to roll back; then it throws kInUse.
-std::unique_ptr<File> OpenDatabaseFile(Storage& storage, const std::filesystem::path& path, bool writable,
+std::unique_ptr<File> OpenDatabaseFile(Storage& storage, const Path& path, bool writable,
                                        std::chrono::milliseconds wait);
 
 /// A writer's turn at a file that it shares with readers. It lets go of the file between groups of changes; while it
@@ -22,7 +24,7 @@ std::unique_ptr<File> OpenDatabaseFile(Storage& storage, const std::filesystem::
 class WriterTurn {
   public:
     /// Throws kInUse if another writer has a turn at this file.
-    WriterTurn(Storage& storage, std::filesystem::path path, Journal& journal);
+    WriterTurn(Storage& storage, Path path, Journal& journal);
 
     /// Opens the file; see OpenDatabaseFile.
     std::unique_ptr<File> Take(std::chrono::milliseconds wait);
@@ -34,7 +36,7 @@ class WriterTurn {
     void Settle();
 
     Storage& storage_;
-    std::filesystem::path path_;
+    Path path_;
     Journal& journal_;
     bool settled_ = false; ///< the journal file is the one that others see
     bool metReaders_ = false;

@@ -88,7 +88,7 @@ CutStorage::CutStorage(const Image& image, const Habits& habits) : habits_(habit
     durableNames_ = names_;
 }
 
-std::unique_ptr<File> CutStorage::Open(const std::filesystem::path& path, OpenMode mode) {
+std::unique_ptr<File> CutStorage::Open(const Path& path, OpenMode mode) {
     std::shared_ptr<Node> node;
     const auto found = names_.find(path);
     if (found != names_.end()) node = found->second;
@@ -108,18 +108,18 @@ std::unique_ptr<File> CutStorage::Open(const std::filesystem::path& path, OpenMo
     return std::make_unique<CutFile>(*this, node, mode);
 }
 
-bool CutStorage::Exists(const std::filesystem::path& path) {
+bool CutStorage::Exists(const Path& path) {
     Call([] {});
     return names_.contains(path);
 }
 
-void CutStorage::Remove(const std::filesystem::path& path) {
+void CutStorage::Remove(const Path& path) {
     Call([&] {
         if (names_.contains(path)) SetName(path, nullptr);
     });
 }
 
-void CutStorage::Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+void CutStorage::Rename(const Path& from, const Path& to) {
     Call([&] {
         const auto node = names_.at(from);
         SetName(to, node);
@@ -127,14 +127,14 @@ void CutStorage::Rename(const std::filesystem::path& from, const std::filesystem
     });
 }
 
-void CutStorage::FlushNames(const std::filesystem::path&) {
+void CutStorage::FlushNames(const Path&) {
     Call([this] {
         durableNames_ = names_;
         pendingNames_.clear();
     });
 }
 
-void CutStorage::SetName(const std::filesystem::path& path, const std::shared_ptr<Node>& node) {
+void CutStorage::SetName(const Path& path, const std::shared_ptr<Node>& node) {
     const auto set = [&](Names& names) {
         if (node) {
             names[path] = node;

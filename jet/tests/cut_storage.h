@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jet/path.h"
 #include "jet/storage.h"
 
 #include <map>
@@ -12,7 +13,7 @@ namespace jet::testing {
 /// leave of it. One call can be made to fail, before or after its effect, or be the last one before the cut.
 class CutStorage final : public Storage {
   public:
-    using Image = std::map<std::filesystem::path, Bytes>;
+    using Image = std::map<Path, Bytes>;
     struct Habits {
         bool namesDurable = false; ///< names are on the medium at once, as on a journaling file system
         std::size_t tear = 512;    ///< a piece of this size is written whole or not at all
@@ -20,11 +21,11 @@ class CutStorage final : public Storage {
 
     CutStorage(const Image& image, const Habits& habits);
 
-    std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) override;
-    bool Exists(const std::filesystem::path& path) override;
-    void Remove(const std::filesystem::path& path) override;
-    void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
-    void FlushNames(const std::filesystem::path& path) override;
+    std::unique_ptr<File> Open(const Path& path, OpenMode mode) override;
+    bool Exists(const Path& path) override;
+    void Remove(const Path& path) override;
+    void Rename(const Path& from, const Path& to) override;
+    void FlushNames(const Path& path) override;
 
     enum class Fate { kNone, kCutBefore, kCutAfter, kErrorBefore, kErrorAfter };
     /// What becomes of the call with this number, counted from 0 over all calls, reading ones included.
@@ -52,15 +53,15 @@ class CutStorage final : public Storage {
         int writers = 0;
     };
     struct NameChange {
-        std::filesystem::path path;
+        Path path;
         std::shared_ptr<Node> node; ///< null: removed
     };
-    using Names = std::map<std::filesystem::path, std::shared_ptr<Node>>;
+    using Names = std::map<Path, std::shared_ptr<Node>>;
 
     /// Runs the effect of a call as its fate will have it.
     template <typename Effect>
     void Call(const Effect& effect);
-    void SetName(const std::filesystem::path& path, const std::shared_ptr<Node>& node);
+    void SetName(const Path& path, const std::shared_ptr<Node>& node);
     static void Apply(Bytes& bytes, const Change& change);
     Bytes Torn(const Node& node, std::mt19937& random) const;
 

@@ -51,7 +51,7 @@ bool FaultStorage::Step(bool grows) {
     throw Error(ErrorCode::kIo, "no more writing");
 }
 
-std::unique_ptr<File> FaultStorage::Open(const std::filesystem::path& path, OpenMode mode) {
+std::unique_ptr<File> FaultStorage::Open(const Path& path, OpenMode mode) {
     const bool writes = mode != OpenMode::kReadDenyWrite && mode != OpenMode::kSideFileRead;
     if (writes && readOnly) throw Error(ErrorCode::kAccessDenied, "read-only");
     if (!base_.Exists(path)) Step(true);
@@ -59,12 +59,12 @@ std::unique_ptr<File> FaultStorage::Open(const std::filesystem::path& path, Open
     return std::make_unique<FaultFile>(*this, std::move(file));
 }
 
-void FaultStorage::Remove(const std::filesystem::path& path) {
+void FaultStorage::Remove(const Path& path) {
     Step();
     base_.Remove(path);
 }
 
-void FaultStorage::Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+void FaultStorage::Rename(const Path& from, const Path& to) {
     if (readOnly) throw Error(ErrorCode::kAccessDenied, "read-only");
     Step();
     base_.Rename(from, to);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/memory_storage.h"
+#include "jet/path.h"
 
 namespace jet::testing {
 
@@ -9,11 +10,11 @@ class FaultStorage final : public Storage {
   public:
     explicit FaultStorage(MemoryStorage& base) : base_(base) {}
 
-    std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) override;
-    bool Exists(const std::filesystem::path& path) override { return base_.Exists(path); }
-    void Remove(const std::filesystem::path& path) override;
-    void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
-    void FlushNames(const std::filesystem::path&) override { Step(); }
+    std::unique_ptr<File> Open(const Path& path, OpenMode mode) override;
+    bool Exists(const Path& path) override { return base_.Exists(path); }
+    void Remove(const Path& path) override;
+    void Rename(const Path& from, const Path& to) override;
+    void FlushNames(const Path&) override { Step(); }
 
     /// What happens at a writing call of this number (from 0) and after it.
     enum class Fault {

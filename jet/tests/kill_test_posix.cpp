@@ -101,7 +101,7 @@ int CheckFile(const std::filesystem::path& path, int started, const Acknowledged
 }
 
 bool NeedsRepair(const std::filesystem::path& path) {
-    const std::filesystem::path journal = Journal::PathFor(path);
+    const Path journal = Journal::PathFor(path);
     const auto file = SystemStorage().Open(path, OpenMode::kReadDenyWrite);
     return Journal::Examine(SystemStorage(), journal, *file) == Journal::Finding::kHot;
 }

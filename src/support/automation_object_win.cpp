@@ -57,10 +57,11 @@ std::wstring DescriptionOf(HRESULT result) {
                                   static_cast<DWORD>(result), 0, text.data(), static_cast<DWORD>(text.size()), nullptr);
     while (length > 0 && text[length - 1] <= L' ') --length;
     if (length > 0) return std::wstring(text.data(), length);
-    std::array<char, 40> number{};
-    const int size =
-        std::snprintf(number.data(), number.size(), "Automation error %08lX", static_cast<unsigned long>(result));
-    return std::wstring(number.data(), number.data() + size);
+    std::wstring number = L"Automation error ";
+    for (int shift = 28; shift >= 0; shift -= 4) {
+        number += L"0123456789ABCDEF"[(static_cast<std::uint32_t>(result) >> shift) & 0xF];
+    }
+    return number;
 }
 
 AutomationObject::AutomationObject(IDispatch* object) noexcept : object_(object) {

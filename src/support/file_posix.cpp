@@ -10,7 +10,8 @@
 namespace quorvex::support {
 namespace {
 
-template <typename Call> ssize_t Uninterrupted(Call call) {
+template <typename Call>
+ssize_t Uninterrupted(Call call) {
     for (;;) {
         const ssize_t result = call();
         if (result >= 0 || errno != EINTR) return result;
@@ -20,9 +21,8 @@ template <typename Call> ssize_t Uninterrupted(Call call) {
 } // namespace
 
 File::File(const std::wstring& path, Mode mode)
-    : path_(path),
-      handle_(open(ToPath(path).c_str(), O_CLOEXEC | (mode == Mode::kRead ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC),
-                   0666)) {
+    : path_(path), handle_(open(ToPath(path).c_str(),
+                                O_CLOEXEC | (mode == Mode::kRead ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC), 0666)) {
     if (handle_ >= 0) return;
     if (mode == Mode::kRead) throw Error(kErrorFileNotFound, L"Cannot open file " + path);
     throw Error(kErrorPathAccess, L"Cannot create file " + path);

@@ -10,8 +10,15 @@ namespace quorvex::support {
 
 // Paths in texts are folder + "\" + name, used as they stand. Natively a backslash separates folders, too; on Windows a
 // path too long for the classic calls takes its long form.
-std::filesystem::path ToPath(std::wstring_view path);
-std::wstring FromPath(const std::filesystem::path& path);
+std::filesystem::path::string_type NativePath(std::wstring_view path);
+std::wstring FromNativePath(const std::filesystem::path::string_type& path);
+// The same as the standard library's paths. Intended: these are inline, since the DLLs do without that library's code.
+inline std::filesystem::path ToPath(std::wstring_view path) {
+    return NativePath(path);
+}
+inline std::wstring FromPath(const std::filesystem::path& path) {
+    return FromNativePath(path.native());
+}
 // Absolute; a path that cannot be completed is returned as it is.
 std::wstring FullPath(const std::wstring& path);
 // The part after the last backslash.

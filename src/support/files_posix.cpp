@@ -13,14 +13,14 @@
 
 namespace quorvex::support {
 
-std::filesystem::path ToPath(std::wstring_view path) {
+std::string NativePath(std::wstring_view path) {
     std::string narrow = ToUtf8(path);
     std::replace(narrow.begin(), narrow.end(), '\\', '/');
-    return std::filesystem::path(narrow);
+    return narrow;
 }
 
-std::wstring FromPath(const std::filesystem::path& path) {
-    return FromUtf8(path.string());
+std::wstring FromNativePath(const std::string& path) {
+    return FromUtf8(path);
 }
 
 std::wstring FullPath(const std::wstring& path) {
@@ -53,7 +53,7 @@ bool RenameFileQuietly(const std::wstring& from, const std::wstring& to) {
 std::wstring UserLogFolder() {
     const char* const state = std::getenv("XDG_STATE_HOME");
     const char* const home = std::getenv("HOME");
-    std::filesystem::path folder = state != nullptr ? std::filesystem::path(state)
+    std::filesystem::path folder = state != nullptr  ? std::filesystem::path(state)
                                    : home != nullptr ? std::filesystem::path(home) / ".local/state"
                                                      : std::filesystem::path("/tmp");
     folder /= "quorvex";

@@ -32,12 +32,12 @@ std::wstring SystemPath(std::wstring_view path) {
     return full[1] == L':' ? L"\\\\?\\" + full : full;
 }
 
-std::filesystem::path ToPath(std::wstring_view path) {
+std::wstring NativePath(std::wstring_view path) {
     return SystemPath(path);
 }
 
-std::wstring FromPath(const std::filesystem::path& path) {
-    return path.native();
+std::wstring FromNativePath(const std::wstring& path) {
+    return path;
 }
 
 std::wstring FullPath(const std::wstring& path) {

@@ -14,14 +14,17 @@ constexpr int kRetries = 30;
 constexpr int kRetryMilliseconds = 2;
 constexpr std::size_t kTitleWidth = 20;
 
+wchar_t Digit(int number) {
+    return static_cast<wchar_t>(L'0' + number % 10);
+}
+
 // "dd/mm/yyyy hh:nn:ss", a blank, the English three-letter day, whatever the user's locale.
 std::wstring TimeText(const LocalTime& time) {
-    static constexpr std::array<const char*, 7> kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    std::array<char, 64> text{};
-    const int length = std::snprintf(text.data(), text.size(), "%02d/%02d/%04d %02d:%02d:%02d %s", time.day, time.month,
-                                     time.year, time.hour, time.minute, time.second,
-                                     kDays[static_cast<std::size_t>(time.weekday) % kDays.size()]);
-    return std::wstring(text.data(), text.data() + length);
+    static constexpr std::array<const wchar_t*, 7> kDays = {L"Sun", L"Mon", L"Tue", L"Wed", L"Thu", L"Fri", L"Sat"};
+    const auto two = [](int number) { return std::wstring{Digit(number / 10), Digit(number)}; };
+    return two(time.day) + L"/" + two(time.month) + L"/" + two(time.year / 100) + two(time.year) + L" " +
+           two(time.hour) + L":" + two(time.minute) + L":" + two(time.second) + L" " +
+           kDays[static_cast<std::size_t>(time.weekday) % kDays.size()];
 }
 
 // An extra may come from outside; a tab or line end in it would break the layout of the line.
@@ -35,8 +38,9 @@ std::wstring Column(std::wstring_view text) {
 
 std::wstring LineStart(const Platform& platform) {
     const std::wstring user = platform.logUserName.empty() ? platform.machine.UserName() : platform.logUserName;
-    return TimeText(platform.machine.Now()) + L"\t" + PadRight(Column(Process().messageTitle.Get()), kTitleWidth, L' ') +
-           L"\t" + Column(platform.machine.ComputerName()) + L"\t" + Column(user);
+    return TimeText(platform.machine.Now()) + L"\t" +
+           PadRight(Column(Process().messageTitle.Get()), kTitleWidth, L' ') + L"\t" +
+           Column(platform.machine.ComputerName()) + L"\t" + Column(user);
 }
 
 std::wstring LogFolder() {

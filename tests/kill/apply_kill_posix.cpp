@@ -102,7 +102,7 @@ class ApplyKill : public ::testing::Test {
     // Whether whoever opens the file next has something to undo.
     bool IsHalfWritten() const {
         jet::Storage& storage = jet::SystemStorage();
-        const auto path = support::ToPath(target_);
+        const jet::Path path = support::NativePath(target_);
         const auto journal = jet::Journal::PathFor(path);
         const auto file = storage.Open(path, jet::OpenMode::kReadDenyWrite);
         return jet::Journal::Examine(storage, journal, *file) == jet::Journal::Finding::kHot;

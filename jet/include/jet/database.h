@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/error.h"
+#include "jet/path.h"
 #include "jet/storage.h"
 #include "jet/table.h"
 
@@ -25,18 +26,16 @@ class Database {
     /// Opens an existing file. An interrupted change is rolled back first. Throws kInUse when others held the file all
     /// the time, kForeignJournal when the journal beside it was made from another file or state: the journal is then
     /// renamed and the file untouched, and the next opening succeeds.
-    static Database Open(const std::filesystem::path& path, std::u16string_view password,
-                         const OpenOptions& options = {});
+    static Database Open(const Path& path, std::u16string_view password, const OpenOptions& options = {});
     /// Makes a new, empty database and opens it for writing, whatever options.writable says. Throws kFileExists if the
     /// file exists.
-    static Database Create(const std::filesystem::path& path, std::u16string_view password,
-                           const OpenOptions& options = {});
+    static Database Create(const Path& path, std::u16string_view password, const OpenOptions& options = {});
     /// Rolls back an interrupted change, as Open does, for those who then open the file by other means. Does nothing if
     /// there is no journal.
-    static void Recover(const std::filesystem::path& path, const OpenOptions& options = {});
+    static void Recover(const Path& path, const OpenOptions& options = {});
     /// Whether somebody holds the file in a way that keeps readers out. False if the file cannot be opened for another
     /// reason.
-    static bool IsHeld(const std::filesystem::path& path, const OpenOptions& options = {});
+    static bool IsHeld(const Path& path, const OpenOptions& options = {});
     Database(Database&& other) noexcept;
     Database& operator=(Database&& other) noexcept;
     /// Closes the file.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jet/path.h"
 #include "jet/storage.h"
 
 #include <map>
@@ -10,15 +11,15 @@ namespace jet {
 /// Share modes are kept as the system keeps them; the storage must outlive the files opened from it.
 class MemoryStorage final : public Storage {
   public:
-    std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) override;
-    bool Exists(const std::filesystem::path& path) override { return entries_.contains(path); }
-    void Remove(const std::filesystem::path& path) override { entries_.erase(path); }
-    void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
-    void FlushNames(const std::filesystem::path&) override {}
+    std::unique_ptr<File> Open(const Path& path, OpenMode mode) override;
+    bool Exists(const Path& path) override { return entries_.contains(path); }
+    void Remove(const Path& path) override { entries_.erase(path); }
+    void Rename(const Path& from, const Path& to) override;
+    void FlushNames(const Path&) override {}
 
-    void Put(const std::filesystem::path& path, Bytes bytes);
+    void Put(const Path& path, Bytes bytes);
     /// The bytes of a file; it must exist.
-    const Bytes& Get(const std::filesystem::path& path) const { return *entries_.at(path).bytes; }
+    const Bytes& Get(const Path& path) const { return *entries_.at(path).bytes; }
 
     struct Lock {
         LockByte byte;
@@ -36,7 +37,7 @@ class MemoryStorage final : public Storage {
         std::shared_ptr<Bytes> bytes = std::make_shared<Bytes>();
         std::shared_ptr<Holders> holders = std::make_shared<Holders>();
     };
-    std::map<std::filesystem::path, Entry> entries_;
+    std::map<Path, Entry> entries_;
 };
 
 } // namespace jet

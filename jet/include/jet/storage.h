@@ -1,8 +1,8 @@
 #pragma once
 
 #include "jet/bytes.h"
+#include "jet/path.h"
 
-#include <filesystem>
 #include <memory>
 
 namespace jet {
@@ -46,15 +46,15 @@ class Storage {
   public:
     virtual ~Storage() = default;
     /// Opens a file. Throws kFileNotFound, kAccessDenied, kInUse, kFileExists, kDiskFull or kIo.
-    virtual std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) = 0;
+    virtual std::unique_ptr<File> Open(const Path& path, OpenMode mode) = 0;
     /// False only if there is certainly no such file; throws if that cannot be told.
-    virtual bool Exists(const std::filesystem::path& path) = 0;
+    virtual bool Exists(const Path& path) = 0;
     /// Removes a file. A missing file is not an error.
-    virtual void Remove(const std::filesystem::path& path) = 0;
+    virtual void Remove(const Path& path) = 0;
     /// Gives a file another name in the same folder. Throws kFileNotFound if it does not exist.
-    virtual void Rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+    virtual void Rename(const Path& from, const Path& to) = 0;
     /// Returns when the names in the folder of `path` are on the medium as they are now.
-    virtual void FlushNames(const std::filesystem::path& path) = 0;
+    virtual void FlushNames(const Path& path) = 0;
 };
 
 /// The operating system's files. Paths may be long and hold any character.

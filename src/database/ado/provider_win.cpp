@@ -31,7 +31,7 @@ class AdoConnection final : public Connection {
     void SetMode(int mode) override { object_.Put(L"Mode", mode); }
     void Open(const std::wstring& connectionString, const std::wstring& user, const std::wstring& password) override {
         const std::wstring file = DataSource(connectionString);
-        const std::filesystem::path path = support::ToPath(file);
+        const jet::Path path = support::NativePath(file);
         // This layer does not know of the journal that an interrupted update leaves.
         Translated(file, [&] { jet::Database::Recover(path); });
         const auto deadline = std::chrono::steady_clock::now() + jet::OpenOptions{}.wait;

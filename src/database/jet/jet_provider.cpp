@@ -123,8 +123,8 @@ class JetConnection final : public Connection {
         }
         if (!database_) {
             Translated(file_, [&] {
-                database_ =
-                    std::make_unique<jet::Database>(jet::Database::Open(support::ToPath(file_), password_, options));
+                database_ = std::make_unique<jet::Database>(
+                    jet::Database::Open(support::NativePath(file_), password_, options));
             });
         }
         writable_ = writable;
