@@ -1,5 +1,6 @@
 // The component is a guest in its host's process: it changes nothing there, leaks nothing, and bears being called back.
 #include "com/host.h"
+#include "support/text.h"
 #include "testing/after_win.h"
 #include "testing/socket_server_win.h"
 
@@ -86,6 +87,28 @@ TEST_F(GuestTest, TheHostsSurroundingsStayAsTheyWere) {
     EXPECT_FALSE(line.Str().empty());
 }
 
+// Kilometres from AB1 0DF to points 0.02, 0.05 and 0.1 degrees north of it, as texts of two decimals.
+std::vector<std::wstring> NearestDistances(_Quorvex* object) {
+    double within = 50, longitude = 0, latitude = 0, box = 0;
+    VARIANT_BOOL found = VARIANT_FALSE;
+    object->Nearest_StartList(Text(L"AB1 0DF").Ref(), &within, &longitude, &latitude, &box, &found);
+    for (const double degrees : {0.1, 0.02, 0.05}) {
+        double north = latitude + degrees;
+        object->Nearest_AddToList(&longitude, &north, Text(L"").Ref(), Text(L"").Ref(), Text(L"").Ref(), &found);
+    }
+    long count = 0;
+    object->Nearest_GetNumberOfRecordsReturned(&count);
+    std::vector<std::wstring> distances;
+    for (long x = 1; x <= count; ++x) {
+        double km = 0;
+        object->Nearest_GetRecord(&x, &km, &longitude, &latitude, Text(L"").Ref(), Text(L"").Ref(), Text(L"").Ref(),
+                                  &found);
+        distances.push_back(support::NumberText(km));
+    }
+    object->Nearest_EndList();
+    return distances;
+}
+
 TEST_F(GuestTest, NumbersAreTheSameUnderEveryFloatingPointSettingAndLocale) {
     UseSample(object_.get());
     const auto distance = [&] {
@@ -112,6 +135,12 @@ TEST_F(GuestTest, NumbersAreTheSameUnderEveryFloatingPointSettingAndLocale) {
     SetThreadLocale(MAKELCID(MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN), SORT_DEFAULT)); // decimal comma
     EXPECT_EQ(distance(), expected);
     EXPECT_EQ(point(), L"AB1 0DF");
+    // Host and component share the C library, and with it the locale.
+    ASSERT_NE(std::setlocale(LC_ALL, "German"), nullptr);
+    ASSERT_STREQ(std::localeconv()->decimal_point, ",");
+    EXPECT_EQ(point(), L"AB1 0DF");
+    EXPECT_EQ(NearestDistances(object_.get()), (std::vector<std::wstring>{L"2.22", L"5.56", L"11.11"}));
+    std::setlocale(LC_ALL, "C");
     SetThreadLocale(LOCALE_USER_DEFAULT);
 }
 
@@ -153,8 +182,8 @@ TEST_F(GuestTest, AHostWithFloatingPointExceptionsOnSurvivesExtremeValues) {
     _mm_setcsr(sseBefore);
     SysFreeString(postcode);
     EXPECT_EQ(results, S_OK);
-    EXPECT_TRUE(left == set) << std::hex << left.x87Control << " " << left.x87Status << " " << left.sse << " instead of "
-                             << set.x87Control << " " << set.x87Status << " " << set.sse;
+    EXPECT_TRUE(left == set) << std::hex << left.x87Control << " " << left.x87Status << " " << left.sse
+                             << " instead of " << set.x87Control << " " << set.x87Status << " " << set.sse;
 }
 
 // A web back end: many apartments, each with an object, all at work.
