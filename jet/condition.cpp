@@ -17,19 +17,19 @@ BoundCondition::BoundCondition(const TableDef& def, const Condition& condition) 
     }
     position_ = *found;
     column_ = &def.columns[position_];
-    isText_ = std::holds_alternative<std::u16string>(condition.literal);
+    const auto* const text = std::get_if<std::u16string>(&condition.literal);
     bool suits = false;
     switch (column_->type) {
     case ColumnType::kText:
     case ColumnType::kMemo:
-        suits = isText_;
+        suits = text != nullptr;
         break;
     case ColumnType::kByte:
     case ColumnType::kInteger:
     case ColumnType::kLong:
     case ColumnType::kSingle:
     case ColumnType::kDouble:
-        suits = !isText_;
+        suits = text == nullptr;
         break;
     default:
         break;
@@ -38,11 +38,11 @@ BoundCondition::BoundCondition(const TableDef& def, const Condition& condition) 
         throw Error(ErrorCode::kTypeMismatch,
                     "The column " + ToUtf8(column_->name) + " cannot be compared with this literal");
     }
-    if (isText_) {
-        text_ = std::get<std::u16string>(condition.literal);
-        key_ = CompareKey(text_);
+    if (text) {
+        literal_ = *text;
+        key_ = CompareKey(*text);
     } else {
-        number_ = std::get<double>(condition.literal);
+        literal_ = std::get<double>(condition.literal);
     }
 }
 
@@ -73,16 +73,19 @@ bool BoundCondition::Holds(Pager& pager, const RowView& row, PageNo page) const 
     const auto cell = row.Cell(*column_);
     if (!cell) return false; // a comparison with NULL is never true
     if (column_->type == ColumnType::kDouble && cell->size() >= 8) {
-        return Meets(op_, std::bit_cast<double>(Load64(cell->data())), number_);
+        return Meets(op_, std::bit_cast<double>(Load64(cell->data())), number());
     }
     if (column_->type == ColumnType::kMemo) {
         if (cell->empty()) return false;
         return Meets(op_, CompareKey(DecodeText(ReadLongValue(pager, *cell, page))), key_);
     }
     const Value value = DecodeCell(*column_, *cell, page);
-    if (isText_) return Meets(op_, CompareKey(std::get<std::u16string>(value)), key_);
-    if (const auto* whole = std::get_if<std::int32_t>(&value)) return Meets(op_, static_cast<double>(*whole), number_);
-    return Meets(op_, std::get<double>(value), number_);
+    if (isText()) {
+        const bool same = op_ == CompareOp::kEqual && value == literal_; // as most found rows are; needs no key
+        return same || Meets(op_, CompareKey(std::get<std::u16string>(value)), key_);
+    }
+    if (const auto* whole = std::get_if<std::int32_t>(&value)) return Meets(op_, static_cast<double>(*whole), number());
+    return Meets(op_, std::get<double>(value), number());
 }
 
 } // namespace jet

@@ -15,18 +15,17 @@ class BoundCondition {
     const Column& column() const { return *column_; }
     std::size_t position() const { return position_; }
     CompareOp op() const { return op_; }
-    bool isText() const { return isText_; }
-    const std::u16string& text() const { return text_; }
-    double number() const { return number_; }
+    bool isText() const { return std::holds_alternative<std::u16string>(literal_); }
+    /// A text or a number.
+    const Value& literal() const { return literal_; }
+    double number() const { return std::get<double>(literal_); }
 
   private:
     const Column* column_;
     std::size_t position_;
     CompareOp op_;
-    bool isText_;
-    std::u16string text_;
-    Bytes key_;
-    double number_ = 0;
+    Value literal_;
+    Bytes key_; ///< of a text
 };
 
 } // namespace jet

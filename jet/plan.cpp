@@ -39,30 +39,33 @@ std::vector<RowId> Collect(Pager& pager, const TableDef& def, const Stretch& str
     return rows;
 }
 
-std::optional<Value> EqualityValue(const BoundCondition& condition) {
+/// The key of the values that equal the condition's literal; nothing if an index cannot tell.
+std::optional<Bytes> EqualityKey(const BoundCondition& condition, bool ascending) {
+    const Column& column = condition.column();
+    Bytes key;
+    key.reserve(kUsualKey);
     if (condition.isText()) {
-        if (condition.column().type != ColumnType::kText || !HasKnownOrder(condition.column())) return std::nullopt;
-        if (!IsIndexableText(condition.text())) return std::nullopt;
-        return condition.text();
+        if (column.type != ColumnType::kText || !HasKnownOrder(column)) return std::nullopt;
+        if (!IsIndexableText(std::get<std::u16string>(condition.literal()))) return std::nullopt;
+        AppendKey(key, column, condition.literal(), ascending);
+    } else if (column.type == ColumnType::kDouble) {
+        AppendKey(key, column, condition.literal(), ascending);
+    } else {
+        // A whole-number column cannot equal what it cannot hold, but that is for the row comparison to say.
+        const double number = condition.number();
+        const bool fits = number == std::trunc(number) && std::abs(number) <= std::numeric_limits<std::int32_t>::max();
+        if (column.type != ColumnType::kLong || !fits) return std::nullopt;
+        AppendKey(key, column, static_cast<std::int32_t>(number), ascending);
     }
-    if (condition.column().type == ColumnType::kDouble) return condition.number();
-    // A whole-number column cannot equal what it cannot hold, but that is for the row comparison to say.
-    if (condition.column().type != ColumnType::kLong) return std::nullopt;
-    const double number = condition.number();
-    const bool fits = number == std::trunc(number) && std::abs(number) <= std::numeric_limits<std::int32_t>::max();
-    return fits ? std::optional<Value>(static_cast<std::int32_t>(number)) : std::nullopt;
+    return key;
 }
 
 std::optional<Stretch> EqualityStretch(const TableDef& def, const std::vector<BoundCondition>& conditions) {
     for (const BoundCondition& condition : conditions) {
         if (condition.op() != CompareOp::kEqual) continue;
         const Index* const index = SingleColumnIndex(def, condition.position());
-        const auto value = index ? EqualityValue(condition) : std::nullopt;
-        if (!value) continue;
-        Bytes key;
-        key.reserve(kUsualKey);
-        AppendKey(key, condition.column(), *value, index->columns[0].ascending);
-        return Stretch{index, key, true, key, true};
+        auto key = index ? EqualityKey(condition, index->columns[0].ascending) : std::nullopt;
+        if (key) return Stretch{index, *key, true, *std::move(key), true};
     }
     return std::nullopt;
 }
@@ -83,8 +86,8 @@ std::optional<Stretch> RangeStretch(const TableDef& def, const std::vector<Bound
     if (!low || !high) return std::nullopt;
     const bool ascending = index->columns[0].ascending;
     Stretch stretch{index, {}, low->op() == CompareOp::kGreaterEqual, {}, high->op() == CompareOp::kLessEqual};
-    AppendKey(stretch.low, low->column(), low->number(), ascending);
-    AppendKey(stretch.high, high->column(), high->number(), ascending);
+    AppendKey(stretch.low, low->column(), low->literal(), ascending);
+    AppendKey(stretch.high, high->column(), high->literal(), ascending);
     if (!ascending) {
         std::swap(stretch.low, stretch.high);
         std::swap(stretch.withLow, stretch.withHigh);

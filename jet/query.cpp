@@ -58,7 +58,8 @@ class Lexer {
             Text(token);
         } else if (IsNameStart(c)) {
             token.kind = Token::kName;
-            while (at_ < text_.size() && (IsNameStart(text_[at_]) || IsDigit(text_[at_]))) token.text += text_[at_++];
+            while (at_ < text_.size() && (IsNameStart(text_[at_]) || IsDigit(text_[at_]))) ++at_;
+            token.text = text_.substr(token.position, at_ - token.position);
         } else if (IsNumberStart()) {
             Number(token);
         } else {
@@ -88,17 +89,14 @@ class Lexer {
     /// Inside the text a quote is doubled; a single one ends it.
     void Text(Token& token) {
         token.kind = Token::kText;
-        for (++at_; at_ < text_.size(); ++at_) {
-            if (text_[at_] == u'\'') {
-                if (at_ + 1 >= text_.size() || text_[at_ + 1] != u'\'') {
-                    ++at_;
-                    return;
-                }
-                ++at_;
-            }
-            token.text += text_[at_];
+        for (;;) {
+            const std::size_t start = at_ + 1;
+            at_ = text_.find(u'\'', start);
+            if (at_ == std::u16string_view::npos) Fail("a text is not closed", token.position);
+            token.text += text_.substr(start, at_ - start);
+            if (!text_.substr(++at_).starts_with(u'\'')) return;
+            token.text += u'\'';
         }
-        Fail("a text is not closed", token.position);
     }
 
     void Number(Token& token) {

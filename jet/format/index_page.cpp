@@ -55,10 +55,12 @@ PageNo IndexPage::Child(std::size_t entry) const {
 }
 
 Bytes IndexPage::Key(std::size_t entry) const {
+    const ByteView stored(Area() + Start(entry), (*ends_)[entry] - Trailer() - Start(entry));
+    if (entry == 0 || prefix_ == 0) return Bytes(stored.begin(), stored.end());
     Bytes key;
-    const std::size_t start = Start(entry);
-    if (entry > 0) AppendBytes(key, ByteView(Area(), prefix_));
-    AppendBytes(key, ByteView(Area() + start, (*ends_)[entry] - Trailer() - start));
+    key.reserve(prefix_ + stored.size());
+    AppendBytes(key, ByteView(Area(), prefix_));
+    AppendBytes(key, stored);
     return key;
 }
 

@@ -24,12 +24,11 @@ std::u16string_view TrimEnd(std::u16string_view text) {
     return text;
 }
 
-/// The three sections of a text key: weights, accents, and the places of characters without weight.
-Bytes TextKey(std::u16string_view text) {
-    Bytes weights;
+/// Appends the three sections of a text key: weights, accents, and the places of characters without weight.
+void AppendTextKey(Bytes& weights, std::u16string_view text) {
     Bytes accents;
     Bytes tail;
-    weights.reserve(text.size() + 2);
+    weights.reserve(weights.size() + text.size() + 2);
     std::size_t position = 0; // characters with weight so far
     std::size_t covered = 0;  // of these, how many the accents reach over
     for (const char16_t c : text) {
@@ -67,7 +66,6 @@ Bytes TextKey(std::u16string_view text) {
         weights.insert(weights.end(), 3, kEndOfWeights);
         AppendBytes(weights, tail);
     }
-    return weights;
 }
 
 void AppendBig(Bytes& key, std::uint64_t value, std::size_t size) {
@@ -132,7 +130,7 @@ void AppendText(Bytes& key, std::u16string_view text, bool ascending) {
         throw Error(ErrorCode::kUnsupported, "A text holds characters that cannot be indexed here");
     }
     const std::size_t start = key.size();
-    AppendBytes(key, TextKey(TrimEnd(text.substr(0, kIndexedUnits))));
+    AppendTextKey(key, TrimEnd(text.substr(0, kIndexedUnits)));
     key.push_back(0);
     if (ascending) return;
     InvertFrom(key, start);
@@ -198,7 +196,9 @@ bool HasKnownOrder(const Column& column) {
 }
 
 Bytes CompareKey(std::u16string_view text) {
-    return TextKey(TrimEnd(text));
+    Bytes key;
+    AppendTextKey(key, TrimEnd(text));
+    return key;
 }
 
 } // namespace jet

@@ -10,8 +10,11 @@ constexpr Byte kMark1 = 0xFE;
 constexpr char16_t kByteOrderMark = 0xFEFF;
 
 std::u16string DecodeCompressed(ByteView stored) {
-    const Byte* const zero = std::find(stored.data() + 2, stored.data() + stored.size(), Byte{0});
-    std::u16string text(stored.data() + 2, zero); // most texts end here
+    const Byte* const end = stored.data() + stored.size();
+    const Byte* const zero = std::find(stored.data() + 2, end, Byte{0});
+    std::u16string text(static_cast<std::size_t>(zero - stored.data()) - 2, u'\0');
+    std::copy(stored.data() + 2, zero, text.begin());
+    if (zero == end) return text; // as most texts do
     text.reserve(stored.size());
     bool narrow = true;
     for (auto i = static_cast<std::size_t>(zero - stored.data()); i < stored.size();) {
@@ -30,6 +33,13 @@ std::u16string DecodeCompressed(ByteView stored) {
     return text;
 }
 
+/// Whether all characters are 1 to 255. Without a way out of the loop it works on many characters at a time.
+bool FitsBytes(std::u16string_view text) {
+    unsigned all = 0;
+    for (const char16_t c : text) all |= c | (c - 1U); // 0 sets every bit
+    return all <= 0xFF;
+}
+
 } // namespace
 
 std::u16string DecodeText(ByteView stored) {
@@ -43,10 +53,8 @@ Bytes EncodeText(std::u16string_view text, bool compress) {
     constexpr std::size_t kShortest = 3;
     constexpr std::size_t kLongest = 1024;
     if (text.starts_with(kByteOrderMark)) text.remove_prefix(1);
-    const auto fitsByte = [](char16_t c) { return c >= 1 && c <= 0xFF; };
     Bytes stored;
-    if (compress && text.size() >= kShortest && text.size() <= kLongest &&
-        std::all_of(text.begin(), text.end(), fitsByte)) {
+    if (compress && text.size() >= kShortest && text.size() <= kLongest && FitsBytes(text)) {
         stored.resize(2 + text.size());
         stored[0] = kMark0;
         stored[1] = kMark1;

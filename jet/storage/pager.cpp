@@ -146,9 +146,14 @@ Page* Pager::NewFrame(PageNo number) {
 
 Page* Pager::Load(PageNo number) {
     CheckUsable();
-    if (const auto found = index_.find(number); found != index_.end()) {
-        found->second->recent = true;
-        return found->second;
+    Page*& latest = latest_[number % latest_.size()];
+    if (!latest || latest->number != number) {
+        const auto found = index_.find(number);
+        latest = found == index_.end() ? nullptr : found->second;
+    }
+    if (latest) {
+        latest->recent = true;
+        return latest;
     }
     if (number >= pageCount_) ThrowCorrupt("a page past the end of the file is referred to", number);
     Page* const page = NewFrame(number);

@@ -158,6 +158,7 @@ class Pager {
     bool partialPage_ = false;
     std::vector<std::unique_ptr<Page>> frames_;
     std::unordered_map<PageNo, Page*> index_;
+    std::array<Page*, 256> latest_{}; ///< by the page number's last byte: found without the index, and perhaps dropped
     std::size_t hand_ = 0;
     std::uint64_t pagesRead_ = 0;
     std::uint64_t rollbacks_ = 0;

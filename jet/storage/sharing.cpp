@@ -18,6 +18,9 @@ constexpr std::chrono::milliseconds kGateClosed{200};
 /// Longer than the pause between a reader's tries, so that every waiting reader gets in.
 constexpr std::chrono::milliseconds kReadersTime{30};
 constexpr std::chrono::milliseconds kWriterPause{2};
+/// On a busy machine a process may stand still for seconds between two tries. That counts as no more than this, or it
+/// would give up having hardly tried.
+constexpr std::chrono::milliseconds kMostBetweenTries{100};
 
 std::string NameOf(const Path& path) {
     const auto name = path.filename();
@@ -48,7 +51,7 @@ class Opening {
   public:
     Opening(Storage& storage, const Path& path, bool writable, std::chrono::milliseconds wait)
         : storage_(storage), path_(path), journalPath_(Journal::PathFor(path)), writable_(writable),
-          start_(Clock::now()), deadline_(start_ + wait) {}
+          patience_(wait) {}
 
     std::unique_ptr<File> Run(bool ownTurn) {
         for (;;) {
@@ -83,7 +86,7 @@ class Opening {
 
     /// Rolls back the interrupted change; the file is not open here. False: somebody else has it.
     bool Repair(bool ownTurn) {
-        deadline_ = std::max<Clock::time_point>(deadline_, start_ + kRepairWait);
+        patience_ = std::max<Clock::duration>(patience_, kRepairWait);
         try {
             const auto file = Try([&] { return storage_.Open(path_, OpenMode::kWriteDenyWrite); });
             if (!file) return false;
@@ -128,16 +131,19 @@ class Opening {
             if (!announced_ && storage_.Exists(journalPath_)) {
                 announced_ = storage_.Open(journalPath_, OpenMode::kSideFileRead);
                 if (!writable_) announced_->TryLock(LockByte::kWaiting, false);
-                // A valid journal beside a busy file: somebody is rolling back, or writing.
-                if (Journal::LooksValid(*announced_)) {
-                    deadline_ = std::max<Clock::time_point>(deadline_, start_ + kRepairWait);
-                }
+            }
+            // A valid journal beside a busy file: somebody is rolling back, or writing.
+            if (announced_ && Journal::LooksValid(*announced_)) {
+                patience_ = std::max<Clock::duration>(patience_, kRepairWait);
             }
         } catch (const Error&) {
             announced_.reset(); // the writer need not know
         }
-        if (Clock::now() >= deadline_) ThrowInUse(path_);
+        if (waited_ >= patience_) ThrowInUse(path_);
         std::this_thread::sleep_for(writable_ ? kWriterPause : kOpenPause);
+        const Clock::time_point now = Clock::now();
+        waited_ += std::min<Clock::duration>(now - lastTry_, kMostBetweenTries);
+        lastTry_ = now;
     }
 
     Storage& storage_;
@@ -145,8 +151,9 @@ class Opening {
     Path journalPath_;
     bool writable_;
     bool busy_ = false;
-    Clock::time_point start_;
-    Clock::time_point deadline_;
+    Clock::duration patience_;
+    Clock::duration waited_{};
+    Clock::time_point lastTry_ = Clock::now();
     std::unique_ptr<File> announced_;
 };
 
@@ -165,7 +172,7 @@ WriterTurn::WriterTurn(Storage& storage, Path path, Journal& journal)
 
 void WriterTurn::Lock(LockByte byte) {
     // Others look at a lock by taking it for a moment.
-    constexpr int kTries = 50;
+    constexpr int kTries = 500; // a second
     for (int tries = 0; !journal_.OpenFile().TryLock(byte, true); ++tries) {
         if (tries == kTries) ThrowInUse(path_);
         std::this_thread::sleep_for(kWriterPause);

@@ -30,17 +30,21 @@ void AppendRow(Bytes& out, RowId row) {
     out.back() = row.slot;
 }
 
-void StoreEnds(Byte* page, const EntryEnds& ends) {
-    std::fill(page + kIndexBitmap, page + kIndexEntries, Byte{0});
-    for (const std::size_t end : ends) {
-        Byte& byte = page[kIndexBitmap + end / 8];
-        byte = static_cast<Byte>(byte | 1U << (end % 8));
+/// Writes the ends from the entry `from` on; those of the entries before it are stored as they are.
+void StoreEnds(Byte* page, const EntryEnds& ends, std::size_t from = 0) {
+    Byte* const bitmap = page + kIndexBitmap;
+    const std::size_t kept = from == 0 ? 0 : ends[from - 1];
+    if (from > 0) bitmap[kept / 8] = static_cast<Byte>(bitmap[kept / 8] & ((2U << (kept % 8)) - 1));
+    std::fill(bitmap + (from == 0 ? 0 : kept / 8 + 1), page + kIndexEntries, Byte{0});
+    for (std::size_t i = from; i < ends.size(); ++i) {
+        Byte& byte = bitmap[ends[i] / 8];
+        byte = static_cast<Byte>(byte | 1U << (ends[i] % 8));
     }
     Store16(page + kIndexFree, static_cast<std::uint32_t>(kIndexArea - (ends.empty() ? 0 : ends.back())));
 }
 
-void KeepEnds(const PageEdit& page, EntryEnds ends) {
-    StoreEnds(page.edit(), ends);
+void KeepEnds(const PageEdit& page, EntryEnds ends, std::size_t from) {
+    StoreEnds(page.edit(), ends, from);
     page.KeepEnds(std::make_shared<const EntryEnds>(std::move(ends)));
 }
 
@@ -130,7 +134,7 @@ bool InsertInPlace(Pager& pager, const IndexPage& leaf, std::size_t at, ByteView
     std::copy(entry.begin(), entry.end(), area + start);
     ends.insert(ends.begin() + static_cast<std::ptrdiff_t>(at), static_cast<std::uint16_t>(start));
     for (std::size_t i = at; i < ends.size(); ++i) ends[i] = static_cast<std::uint16_t>(ends[i] + entry.size());
-    KeepEnds(edit, std::move(ends));
+    KeepEnds(edit, std::move(ends), at);
     return true;
 }
 
@@ -145,7 +149,7 @@ bool RemoveInPlace(Pager& pager, const IndexPage& leaf, std::size_t at) {
     std::fill_n(area + ends.back() - size, size, Byte{0});
     ends.erase(ends.begin() + static_cast<std::ptrdiff_t>(at));
     for (std::size_t i = at; i < ends.size(); ++i) ends[i] = static_cast<std::uint16_t>(ends[i] - size);
-    KeepEnds(edit, std::move(ends));
+    KeepEnds(edit, std::move(ends), at);
     return true;
 }
 

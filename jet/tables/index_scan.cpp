@@ -49,7 +49,10 @@ bool IndexScan::Next() {
 
 void IndexScan::Collect(const IndexPosition& to, std::vector<RowId>& rows, std::size_t limit) {
     while (rows.size() < limit) {
-        const std::size_t stop = page_->LowerBound(to);
+        // Most stretches are one entry long; the others end far away.
+        std::size_t stop = entry_;
+        while (stop < page_->size() && stop - entry_ < 2 && page_->Compare(stop, to) < 0) ++stop;
+        if (stop - entry_ == 2) stop = page_->LowerBound(to);
         page_->AppendRows(entry_, stop, rows);
         if (stop < page_->size() || !NextPage()) return;
     }

@@ -29,66 +29,81 @@ Bytes LongBytes(const Column& column, const Value& value) {
 } // namespace
 
 /// A row's values in the columns that some index uses; the others are NULL.
-std::vector<Value> TableWriter::IndexedValues(const Row& row) const {
-    std::vector<Value> values(def_->columns.size());
+TableWriter::RowValues TableWriter::IndexedValues(const Row& row) const {
+    RowValues values(def_->columns.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (IsIndexed(*def_, i)) values[i] = row.Get(i);
+        if (IsIndexed(*def_, i)) values.Set(i, row.Get(i));
     }
     return values;
 }
 
-/// The given values and, of an old row, those that an index needs.
-std::vector<Value> TableWriter::NewValues(std::span<const Assignment> values, const Row* old,
-                                          std::vector<bool>& changed) {
-    std::vector<Value> all = old ? IndexedValues(*old) : std::vector<Value>(def_->columns.size());
-    for (const Assignment& assignment : values) {
-        if (assignment.column >= all.size())
+/// The given values and, of an old row, those that an index needs. It refers to both.
+TableWriter::RowValues TableWriter::NewValues(std::span<const Assignment> values, const RowValues* old,
+                                              Flags& changed) {
+    RowValues all(def_->columns.size());
+    for (std::size_t i = 0; old && i < all.size(); ++i) all.Refer(i, (*old)[i]);
+    for (const auto& [i, value] : values) {
+        if (i >= all.size())
             throw Error(ErrorCode::kNoSuchColumn, "A value is assigned to a column that does not exist");
-        all[assignment.column] = Coerce(def_->columns[assignment.column], assignment.value);
-        changed[assignment.column] = true;
+        const Column& column = def_->columns[i];
+        if (column.IsTextual() && std::holds_alternative<std::u16string>(value)) {
+            all.Refer(i, value);
+        } else {
+            all.Set(i, Coerce(column, value));
+        }
+        changed[i] = true;
     }
     return all;
 }
 
-void TableWriter::AssignAutoNumbers(std::vector<Value>& values, std::vector<bool>& changed) {
+void TableWriter::AssignAutoNumbers(RowValues& values, Flags& changed) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         const Column& column = def_->columns[i];
         if ((column.flags & kColumnAutoNumber) == 0 || column.type != ColumnType::kLong) continue;
         const PageEdit page = pager_->Edit(def_->page);
         const auto last = static_cast<std::int32_t>(Load32(page.data() + kDefAutoNumber));
-        if (IsNull(values[i])) values[i] = static_cast<std::int32_t>(static_cast<std::uint32_t>(last) + 1);
+        if (IsNull(values[i])) values.Set(i, static_cast<std::int32_t>(static_cast<std::uint32_t>(last) + 1));
         changed[i] = true;
         const std::int32_t number = std::max(last, std::get<std::int32_t>(values[i]));
         Store32(page.edit() + kDefAutoNumber, static_cast<std::uint32_t>(number));
     }
 }
 
-TableWriter::Keys TableWriter::MakeKeys(const std::vector<Value>& values) const {
-    Keys keys;
-    for (const Index& index : def_->indexes) {
-        Bytes key;
-        key.reserve(kUsualKey);
-        std::size_t nulls = 0;
-        for (const IndexColumn& part : index.columns) {
-            const Value& value = values[part.column];
-            if (IsNull(value)) ++nulls;
-            if (IsNull(value) && index.IsRequired()) {
-                throw Error(ErrorCode::kNullKey,
-                            "The column " + ToUtf8(def_->columns[part.column].name) + " must not be NULL");
-            }
-            AppendKey(key, def_->columns[part.column], value, part.ascending);
+std::optional<Bytes> TableWriter::MakeKey(const Index& index, const RowValues& values) const {
+    Bytes key;
+    key.reserve(kUsualKey);
+    std::size_t nulls = 0;
+    for (const IndexColumn& part : index.columns) {
+        const Value& value = values[part.column];
+        if (IsNull(value)) ++nulls;
+        if (IsNull(value) && index.IsRequired()) {
+            throw Error(ErrorCode::kNullKey,
+                        "The column " + ToUtf8(def_->columns[part.column].name) + " must not be NULL");
         }
-        if (key.size() > kMaxKey) throw Error(ErrorCode::kValueTooLong, "A value is too long for its index");
-        const bool none = index.IgnoresNulls() && nulls == index.columns.size();
-        keys.push_back(none ? std::nullopt : std::optional<Bytes>(std::move(key)));
+        AppendKey(key, def_->columns[part.column], value, part.ascending);
+    }
+    if (key.size() > kMaxKey) throw Error(ErrorCode::kValueTooLong, "A value is too long for its index");
+    if (index.IgnoresNulls() && nulls == index.columns.size()) return std::nullopt;
+    return key;
+}
+
+/// The keys of a row's entries; nothing for an index whose columns hold the same in the row's other values.
+TableWriter::Keys TableWriter::MakeKeys(const RowValues& values, const RowValues* other) const {
+    Keys keys;
+    keys.reserve(def_->indexes.size());
+    for (const Index& index : def_->indexes) {
+        const bool same = other && std::all_of(index.columns.begin(), index.columns.end(), [&](const auto& part) {
+                              return values[part.column] == (*other)[part.column];
+                          });
+        keys.push_back(same ? std::nullopt : MakeKey(index, values));
     }
     return keys;
 }
 
-void TableWriter::CheckUnique(const Keys& keys, const Keys& oldKeys, RowId except) const {
+void TableWriter::CheckUnique(const Keys& keys, RowId except) const {
     for (std::size_t i = 0; i < keys.size(); ++i) {
         const Index& index = def_->indexes[i];
-        if (!index.IsUnique() || !keys[i] || (!oldKeys.empty() && keys[i] == oldKeys[i])) continue;
+        if (!index.IsUnique() || !keys[i]) continue;
         // Several rows may have only NULLs in the indexed columns; such a key is one flag byte per column.
         if (keys[i]->size() == index.columns.size()) continue;
         if (IndexTree(*pager_, *allocator_, *def_, index).HasOther(*keys[i], except)) {
@@ -99,8 +114,7 @@ void TableWriter::CheckUnique(const Keys& keys, const Keys& oldKeys, RowId excep
 
 /// The stored cells: new ones where `changed`, otherwise those of the old row. Writes long values and frees replaced
 /// ones.
-TableWriter::Cells TableWriter::MakeCells(std::vector<Value>& values, const std::vector<bool>& changed,
-                                          const Row* old) {
+TableWriter::Cells TableWriter::MakeCells(const RowValues& values, const Flags& changed, const Row* old) {
     const std::size_t count = def_->columns.size();
     Cells cells(count);
     std::vector<Bytes> longBytes(count);
@@ -140,11 +154,11 @@ TableWriter::Cells TableWriter::MakeCells(std::vector<Value>& values, const std:
 }
 
 RowId TableWriter::Insert(std::span<const Assignment> given) {
-    std::vector<bool> changed(def_->columns.size());
-    std::vector<Value> values = NewValues(given, nullptr, changed);
+    Flags changed(def_->columns.size());
+    RowValues values = NewValues(given, nullptr, changed);
     AssignAutoNumbers(values, changed);
     const Keys keys = MakeKeys(values);
-    CheckUnique(keys, {}, kAfterAllRows);
+    CheckUnique(keys, kAfterAllRows);
     const Bytes row = EncodeRow(*def_, MakeCells(values, changed, nullptr));
     const RowId id = RowSpace(*pager_, *allocator_, def_->page, def_->ownedMap, def_->freeMap).Place(row, 0);
     for (std::size_t i = 0; i < keys.size(); ++i) {
@@ -157,17 +171,20 @@ RowId TableWriter::Insert(std::span<const Assignment> given) {
 void TableWriter::Update(RowId id, std::span<const Assignment> given) {
     const RowBody body = FollowRow(*pager_, def_->page, id);
     const Row old(pager_, def_, id, body.bytes, body.id.page);
-    std::vector<bool> changed(def_->columns.size());
-    std::vector<Value> values = NewValues(given, &old, changed);
-    const Keys keys = MakeKeys(values);
-    const Keys oldKeys = MakeKeys(IndexedValues(old));
-    CheckUnique(keys, oldKeys, id);
+    Flags changed(def_->columns.size());
+    const RowValues oldValues = IndexedValues(old);
+    const RowValues values = NewValues(given, &oldValues, changed);
+    Keys keys = MakeKeys(values, &oldValues);
+    Keys oldKeys = MakeKeys(oldValues, &values);
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        if (keys[i] == oldKeys[i]) keys[i] = oldKeys[i] = std::nullopt; // another spelling of the same key
+    }
+    CheckUnique(keys, id);
     const Bytes row = EncodeRow(*def_, MakeCells(values, changed, &old));
 
     RowSpace space(*pager_, *allocator_, def_->page, def_->ownedMap, def_->freeMap);
     if (!space.Replace(body.id, row, body.flags)) Relocate(id, body, row);
     for (std::size_t i = 0; i < keys.size(); ++i) {
-        if (keys[i] == oldKeys[i]) continue;
         if (oldKeys[i]) IndexTree(*pager_, *allocator_, *def_, def_->indexes[i]).Remove(*oldKeys[i], id);
         if (keys[i]) AddEntry(i, *keys[i], id);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "format/table_def.h"
 #include "jet/table.h"
 #include "tables/allocator.h"
 
@@ -21,14 +22,33 @@ class TableWriter {
   private:
     using Keys = std::vector<std::optional<Bytes>>; ///< per index; nothing if the row has no entry in it
     using Cells = std::vector<std::optional<Bytes>>;
+    using Flags = std::vector<bool>;
 
-    std::vector<Value> IndexedValues(const Row& row) const;
-    Keys MakeKeys(const std::vector<Value>& values) const;
-    void CheckUnique(const Keys& keys, const Keys& oldKeys, RowId except) const;
-    Cells MakeCells(std::vector<Value>& values, const std::vector<bool>& changed, const Row* old);
-    std::vector<Value> NewValues(std::span<const Assignment> values, const Row* old, std::vector<bool>& changed);
+    /// A row's values by column, NULL until set. Those that a caller gave are not copied.
+    class RowValues {
+      public:
+        explicit RowValues(std::size_t columns) : own_(columns), values_(columns) {}
+        const Value& operator[](std::size_t i) const { return values_[i] ? *values_[i] : own_[i]; }
+        void Set(std::size_t i, Value value) {
+            own_[i] = std::move(value);
+            values_[i] = nullptr;
+        }
+        void Refer(std::size_t i, const Value& value) { values_[i] = &value; }
+        std::size_t size() const { return own_.size(); }
+
+      private:
+        std::vector<Value> own_;
+        std::vector<const Value*> values_; ///< null: an own one
+    };
+
+    RowValues IndexedValues(const Row& row) const;
+    Keys MakeKeys(const RowValues& values, const RowValues* other = nullptr) const;
+    std::optional<Bytes> MakeKey(const Index& index, const RowValues& values) const;
+    void CheckUnique(const Keys& keys, RowId except) const;
+    Cells MakeCells(const RowValues& values, const Flags& changed, const Row* old);
+    RowValues NewValues(std::span<const Assignment> values, const RowValues* old, Flags& changed);
     void Relocate(RowId id, const RowBody& old, ByteView row);
-    void AssignAutoNumbers(std::vector<Value>& values, std::vector<bool>& changed);
+    void AssignAutoNumbers(RowValues& values, Flags& changed);
     void AddEntry(std::size_t index, const Bytes& key, RowId id);
     void CountRow(int change);
     void FreeLongCell(const Row& row, std::size_t column);

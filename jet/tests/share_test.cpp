@@ -1,13 +1,17 @@
 #include "jet_support.h"
 
+#include "jet/memory_storage.h"
+
 #include <gtest/gtest.h>
+
+#include <thread>
 
 namespace jet {
 namespace {
 
 using namespace testing;
 
-std::optional<ErrorCode> TryOpen(const std::filesystem::path& path, bool writable) {
+std::optional<ErrorCode> TryOpen(const Path& path, bool writable) {
     OpenOptions options;
     options.writable = writable;
     options.wait = std::chrono::milliseconds(0);
@@ -37,6 +41,48 @@ TEST(ShareTest, ReadersShareAndAWriterStandsAlone) {
     Cursor cursor = reader.Select(u"SELECT * FROM Version WHERE ID=3");
     ASSERT_TRUE(cursor.Next());
     EXPECT_EQ(Show(cursor.Current().Get(1)), "three");
+}
+
+/// Files on a share: every opening takes its time, the first ones are refused, and then the share may be gone.
+class FarStorage final : public Storage {
+  public:
+    FarStorage() { base_.Put("db", ReadBytes(Sample("PAF_FULL.dat"))); }
+    std::unique_ptr<File> Open(const Path& path, OpenMode mode) override {
+        std::this_thread::sleep_for(std::chrono::milliseconds(60));
+        if (refusals_ > 0 && refusals_--) throw Error(ErrorCode::kInUse, "in use");
+        Answer();
+        return base_.Open(path, mode);
+    }
+    bool Exists(const Path& path) override {
+        Answer();
+        return base_.Exists(path);
+    }
+    void Remove(const Path& path) override { base_.Remove(path); }
+    void Rename(const Path& from, const Path& to) override { base_.Rename(from, to); }
+    void FlushNames(const Path&) override {}
+
+    int refusals_ = 0;
+    bool gone_ = false;
+
+  private:
+    void Answer() const {
+        if (gone_) throw Error(ErrorCode::kIo, "the share does not answer");
+    }
+    MemoryStorage base_;
+};
+
+TEST(ShareTest, AShareThatAnswersLateIsWaitedForAndOneThatIsGoneIsAnError) {
+    FarStorage storage;
+    OpenOptions options;
+    options.storage = &storage;
+    options.wait = std::chrono::milliseconds(50);
+    storage.refusals_ = 1; // it takes longer than the whole wait
+    EXPECT_EQ(Database::Open("db", kPassword, options).OpenTable(u"Version").CountRows(), 2U);
+    storage.refusals_ = 1000;
+    EXPECT_EQ(CodeOf([&] { Database::Open("db", kPassword, options); }), ErrorCode::kInUse);
+    storage.refusals_ = 0;
+    storage.gone_ = true;
+    EXPECT_EQ(CodeOf([&] { Database::Open("db", kPassword, options); }), ErrorCode::kIo);
 }
 
 TEST(ShareTest, LongPathsAndForeignLettersWork) {

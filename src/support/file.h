@@ -11,8 +11,9 @@ namespace quorvex::support {
 class File {
   public:
     enum class Mode {
-        kRead,  // an existing file, shared with everybody
-        kCreate // a new or emptied file for writing
+        kRead,         // an existing file, shared with everybody
+        kReadFinished, // an existing file, refused while somebody writes it (which only Windows can tell)
+        kCreate        // a new or emptied file for writing
     };
 
     // Throws Error if the file cannot be opened or created.

@@ -22,9 +22,9 @@ ssize_t Uninterrupted(Call call) {
 
 File::File(const std::wstring& path, Mode mode)
     : path_(path), handle_(open(ToPath(path).c_str(),
-                                O_CLOEXEC | (mode == Mode::kRead ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC), 0666)) {
+                                O_CLOEXEC | (mode == Mode::kCreate ? O_WRONLY | O_CREAT | O_TRUNC : O_RDONLY), 0666)) {
     if (handle_ >= 0) return;
-    if (mode == Mode::kRead) throw Error(kErrorFileNotFound, L"Cannot open file " + path);
+    if (mode != Mode::kCreate) throw Error(kErrorFileNotFound, L"Cannot open file " + path);
     throw Error(kErrorPathAccess, L"Cannot create file " + path);
 }
 

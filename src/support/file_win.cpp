@@ -16,12 +16,13 @@ HANDLE HandleOf(std::intptr_t handle) {
 
 HANDLE OpenFor(const std::wstring& path, File::Mode mode) {
     const std::wstring name = SystemPath(path);
+    const bool creates = mode == File::Mode::kCreate;
+    DWORD share = FILE_SHARE_READ;
+    if (!creates) share |= FILE_SHARE_DELETE;
+    if (mode == File::Mode::kRead) share |= FILE_SHARE_WRITE;
     return RetryWhileHeld([&] {
-        return mode == File::Mode::kRead
-                   ? CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                 nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)
-                   : CreateFileW(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
-                                 FILE_ATTRIBUTE_NORMAL, nullptr);
+        return CreateFileW(name.c_str(), creates ? GENERIC_WRITE : GENERIC_READ, share, nullptr,
+                           creates ? CREATE_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     });
 }
 
@@ -30,7 +31,7 @@ HANDLE OpenFor(const std::wstring& path, File::Mode mode) {
 File::File(const std::wstring& path, Mode mode)
     : path_(path), handle_(reinterpret_cast<std::intptr_t>(OpenFor(path, mode))) {
     if (HandleOf(handle_) != INVALID_HANDLE_VALUE) return;
-    if (mode == Mode::kRead) throw Error(kErrorFileNotFound, L"Cannot open file " + path);
+    if (mode != Mode::kCreate) throw Error(kErrorFileNotFound, L"Cannot open file " + path);
     throw Error(kErrorPathAccess, L"Cannot create file " + path);
 }
 

@@ -39,7 +39,10 @@ const Columns& PostZonColumns() {
 // The stage's name in parts: it is set for every step of every record.
 template <typename... Parts>
 void SetDataStage(const Parts&... parts) {
-    std::wstring operation = L"Update:UpdateData:";
+    constexpr std::wstring_view kProcedure = L"Update:UpdateData:";
+    std::wstring operation;
+    operation.reserve((kProcedure.size() + ... + std::wstring_view(parts).size()));
+    operation = kProcedure;
     (operation.append(parts), ...);
     support::Process().currentOperation = std::move(operation);
 }
@@ -58,7 +61,9 @@ bool FindRecord(database::Recordset& records, const std::wstring& column, const 
     SetDataStage(operation, L":Stage 2");
     records.MoveFirst();
     SetDataStage(operation, L":Stage 3");
-    records.Find(L"[" + column + L"]='" + key + L"'");
+    std::wstring criterion;
+    criterion.reserve(column.size() + key.size() + 5);
+    records.Find(criterion.append(L"[").append(column).append(L"]='").append(key).append(L"'"));
     return !records.AtEnd();
 }
 

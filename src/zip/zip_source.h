@@ -23,9 +23,10 @@ class ZipSource {
     ZipSource& operator=(const ZipSource&) = delete;
 };
 
+// An archive that is still being copied to its place cannot be opened; it would look damaged.
 class ZipFileSource final : public ZipSource {
   public:
-    explicit ZipFileSource(const std::wstring& path) : file_(path, support::File::Mode::kRead) {}
+    explicit ZipFileSource(const std::wstring& path) : file_(path, support::File::Mode::kReadFinished) {}
 
     std::uint64_t Size() const override { return file_.Size(); }
     std::size_t ReadAt(std::uint64_t offset, char* bytes, std::size_t count) const override {

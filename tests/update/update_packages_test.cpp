@@ -1,6 +1,7 @@
 #include "database/connection_string.h"
 #include "database/jet/jet_provider.h"
 #include "localdata/status.h"
+#include "support/file.h"
 #include "support/files.h"
 #include "support/process_state.h"
 #include "support/text.h"
@@ -14,6 +15,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#ifndef _WIN32
+#include <csignal>
+#include <sys/resource.h>
+#endif
 
 namespace quorvex::testing {
 namespace {
@@ -106,6 +111,51 @@ TEST_F(SamplePackages, NoBadPackageChangesAnything) {
     }
     EXPECT_EQ(Date(L"F"), L"20260131");
 }
+
+#ifdef _WIN32
+TEST_F(SamplePackages, APackageThatIsStillBeingCopiedWaitsForTheNextRun) {
+    CopyPackage(L"UPDATE_F_20260228.zip", data_);
+    const std::wstring package = InData(L"UPDATE_F_20260228.zip");
+    const std::string bytes = support::ReadFileBytes(package);
+    {
+        support::File copy(package, support::File::Mode::kCreate);
+        copy.Write(std::string_view(bytes).substr(0, bytes.size() / 2));
+        EXPECT_FALSE(Run());
+        copy.Write(std::string_view(bytes).substr(bytes.size() / 2));
+    }
+    EXPECT_NE(ErrorLog().find("Cannot open file"), std::string::npos) << ErrorLog();
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(FullRows(), TruthRows(L"updated_rows_full_20260228.tsv"));
+}
+#else
+// No file may grow beyond a size, as on a full disk, whichever write that meets.
+TEST_F(SamplePackages, AFullDiskLosesNothing) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const std::string before = support::ReadFileBytes(InData(L"PAF_FULL.dat"));
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &usual), 0);
+    int failures = 0;
+    for (rlim_t size = 5000; size < before.size() + 100000; size += 5000) {
+        support::WriteFileBytes(InData(L"PAF_FULL.dat"), before);
+        CopyPackage(L"UPDATE_F_20260331.zip", data_);
+        const rlimit limit{size, usual.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        const bool applied = Run();
+        setrlimit(RLIMIT_FSIZE, &usual);
+        EXPECT_EQ(IntegrityErrors(InData(L"PAF_FULL.dat")), "") << size;
+        EXPECT_EQ(Date(L"F"), applied ? L"20260331" : L"20260131") << size;
+        if (!applied) {
+            ++failures;
+            EXPECT_NE(ErrorLog().find("Failed to apply:1"), std::string::npos) << size;
+            EXPECT_TRUE(Run()) << size << ": the package is still there";
+        }
+        EXPECT_EQ(Date(L"F"), L"20260331") << size;
+        if (HasFailure()) return;
+        for (const wchar_t* log : {L"Error1.log", L"Activity1.log"}) support::DeleteFileQuietly(InData(log));
+    }
+    EXPECT_GT(failures, 10);
+}
+#endif
 
 TEST_F(SamplePackages, DataThatIsBeingReadFailsThePackageAndIsUpdatedLater) {
     CopyPackage(L"UPDATE_F_20260228.zip", data_);

@@ -1,10 +1,8 @@
 #include "database/jet/jet_provider.h"
 
-#include "database/connection_string.h"
+#include "database/jet/jet_connection.h"
 #include "database/jet/jet_translation.h"
 #include "database/row_reader.h"
-#include "jet/change_group.h"
-#include "support/files.h"
 #include "support/text.h"
 
 #include <cmath>
@@ -20,126 +18,13 @@ namespace {
 
 // ADO's numbers for calls out of order.
 constexpr long kErrorNoCurrentRecord = 3021;
-constexpr long kErrorObjectClosed = 3704;
-constexpr long kErrorObjectOpen = 3705;
-constexpr long kErrorFeatureNotAvailable = 3251;
 constexpr long kErrorWrongType = 3421;
-
-constexpr std::chrono::seconds kWriterWait{30};
-
-[[noreturn]] void ThrowClosed() {
-    throw support::Error(kErrorObjectClosed, L"Operation is not allowed when the object is closed.");
-}
-
-[[noreturn]] void ThrowOpen() {
-    throw support::Error(kErrorObjectOpen, L"Operation is not allowed when the object is open.");
-}
 
 [[noreturn]] void ThrowNoRow() {
     throw support::Error(kErrorNoCurrentRecord,
                          L"Either BOF or EOF is True, or the current record has been deleted. Requested operation "
                          L"requires a current record.");
 }
-
-class JetConnection final : public Connection {
-  public:
-    JetConnection(jet::GroupLimits limits, DatabaseKeeper* keeper) : limits_(limits), keeper_(keeper) {}
-    // After a failure nobody calls Close, but the records merged before it are to stay, also where they cannot be
-    // written as a group.
-    ~JetConnection() override {
-        try {
-            CommitChanges();
-        } catch (const std::exception&) {
-            return; // the failure before this one is reported already
-        }
-    }
-
-    void SetMode(int mode) override {
-        if (database_) ThrowOpen();
-        mode_ = mode;
-    }
-
-    void Open(const std::wstring& connectionString, const std::wstring&, const std::wstring&) override {
-        if (database_) ThrowOpen();
-        file_ = DataSource(connectionString);
-        password_ = ToUtf16(DatabasePassword(connectionString));
-        OpenDatabase(false);
-    }
-
-    void Close() override {
-        if (!database_) ThrowClosed();
-        // Closed in any case.
-        std::unique_ptr<jet::Database> closing = std::move(database_);
-        Translated(file_, [&] {
-            const std::unique_ptr<jet::ChangeGroup> changes = std::move(changes_);
-            if (changes) changes->Commit();
-            if (keeper_ != nullptr && !writable_) return keeper_->Keep(file_, std::move(closing));
-            closing->Close();
-        });
-    }
-
-    jet::Database& ForReading() {
-        if (!database_) ThrowClosed();
-        return *database_;
-    }
-
-    jet::Database& ForWriting() {
-        if (!database_) ThrowClosed();
-        if (mode_ == kModeShareDenyWrite) {
-            throw support::Error(kErrorFeatureNotAvailable, L"The connection was opened for reading only.");
-        }
-        if (!writable_) {
-            database_->Close();
-            database_.reset();
-            OpenDatabase(true);
-        }
-        return *database_;
-    }
-
-    jet::ChangeGroup& Changes() {
-        ForWriting();
-        return *changes_;
-    }
-
-    // What was changed is in the file from here on.
-    void CommitChanges() {
-        if (changes_) changes_->Commit();
-    }
-
-    const std::wstring& File() const { return file_; }
-
-  private:
-    void OpenDatabase(bool writable) {
-        jet::OpenOptions options;
-        options.writable = writable;
-        if (writable) {
-            // Lookups go on during an update: it lets them in between its groups, and waits for them.
-            options.yields = true;
-            options.wait = kWriterWait;
-        }
-        if (keeper_ != nullptr && !writable) {
-            database_ = keeper_->Take(file_);
-            options.storage = &keeper_->Files();
-        }
-        if (!database_) {
-            Translated(file_, [&] {
-                database_ = std::make_unique<jet::Database>(
-                    jet::Database::Open(support::NativePath(file_), password_, options));
-            });
-        }
-        writable_ = writable;
-        if (writable) changes_ = std::make_unique<jet::ChangeGroup>(*database_, limits_);
-    }
-
-    int mode_ = 0;
-    bool writable_ = false;
-    std::wstring file_;
-    std::u16string password_;
-    std::unique_ptr<jet::Database> database_; // null: closed
-    jet::GroupLimits limits_;
-    DatabaseKeeper* keeper_;
-    std::unique_ptr<jet::ChangeGroup> changes_; // of a database open for writing
-};
 
 // A value as the column's type wants it: data access converts numbers and their texts into one another.
 jet::Value ForColumn(const jet::ColumnInfo& column, const Value& value) {

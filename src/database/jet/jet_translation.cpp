@@ -59,10 +59,13 @@ struct Converter {
 
 } // namespace
 
-// Most texts have no characters beyond the 16-bit ones; those are converted in one go.
+// Most texts have no characters beyond the 16-bit ones. Those are converted in one go, and looked for without a way out
+// of the loop, which then works on many characters at a time.
 std::u16string ToUtf16(std::wstring_view text) {
     const auto isLong = [](char32_t code) { return code > 0xFFFF; };
-    if (std::none_of(text.begin(), text.end(), isLong)) {
+    char32_t all = 0;
+    for (const wchar_t c : text) all |= static_cast<char32_t>(c);
+    if (!isLong(all)) {
         std::u16string units(text.size(), u'\0');
         std::transform(text.begin(), text.end(), units.begin(), [](wchar_t c) { return static_cast<char16_t>(c); });
         return units;
@@ -81,9 +84,12 @@ std::u16string ToUtf16(std::wstring_view text) {
 }
 
 std::wstring FromUtf16(std::u16string_view units) {
-    const auto isHalf = [](char16_t unit) { return (unit & 0xF800) == 0xD800; };
-    if (sizeof(wchar_t) == 2 || std::none_of(units.begin(), units.end(), isHalf)) {
-        return std::wstring(units.begin(), units.end());
+    unsigned all = 0;
+    for (const char16_t unit : units) all |= unit;
+    if (sizeof(wchar_t) == sizeof(char16_t) || all < 0xD800) { // no halves of pairs
+        std::wstring text(units.size(), L'\0');
+        std::transform(units.begin(), units.end(), text.begin(), [](char16_t c) { return static_cast<wchar_t>(c); });
+        return text;
     }
     std::wstring text;
     for (std::size_t i = 0; i < units.size(); ++i) {
