@@ -50,8 +50,7 @@ auto Try(const Action& action, bool sideFile = false) -> std::optional<decltype(
 class Opening {
   public:
     Opening(Storage& storage, const Path& path, bool writable, std::chrono::milliseconds wait)
-        : storage_(storage), path_(path), journalPath_(Journal::PathFor(path)), writable_(writable),
-          patience_(wait) {}
+        : storage_(storage), path_(path), journalPath_(Journal::PathFor(path)), writable_(writable), patience_(wait) {}
 
     std::unique_ptr<File> Run(bool ownTurn) {
         for (;;) {

@@ -39,8 +39,9 @@ const CutStorage::Image& StartImage() {
                                        {.name = u"V", .type = ColumnType::kLong}},
                                       {{.name = u"K", .columns = {u"K"}}}});
         for (int i = 0; i < 24; i += 2) {
-            table.Insert({{Assignment{0, std::u16string(150, u'K') + Wide(std::to_string(100 + i))},
-                           Assignment{1, std::u16string(static_cast<std::size_t>(i) * 150 + 1, u'z')}, Assignment{2, 0}}});
+            table.Insert(
+                {{Assignment{0, std::u16string(150, u'K') + Wide(std::to_string(100 + i))},
+                  Assignment{1, std::u16string(static_cast<std::size_t>(i) * 150 + 1, u'z')}, Assignment{2, 0}}});
         }
         db.Close();
         return CutStorage::Image{{"db", storage.Get("db")}};

@@ -1,5 +1,6 @@
 #include "jet_support.h"
 
+#include "jet/change_group.h"
 #include "jet/memory_storage.h"
 
 #include <gtest/gtest.h>
@@ -41,6 +42,24 @@ TEST(ShareTest, ReadersShareAndAWriterStandsAlone) {
     Cursor cursor = reader.Select(u"SELECT * FROM Version WHERE ID=3");
     ASSERT_TRUE(cursor.Next());
     EXPECT_EQ(Show(cursor.Current().Get(1)), "three");
+}
+
+TEST(ShareTest, AGroupThatHadItsTimeLetsReadersIn) {
+    Folder folder;
+    const auto path = folder / "PAF_FULL.dat";
+    WriteBytes(path, ReadBytes(Sample("PAF_FULL.dat")));
+    OpenOptions options;
+    options.writable = true;
+    options.yields = true;
+    Database writer = Database::Open(path, kPassword, options);
+    const Table table = writer.OpenTable(u"Version");
+    ChangeGroup group(writer, {.time = std::chrono::milliseconds(0)});
+    for (std::int32_t id = 3; id < 5; ++id) {
+        group.Insert(table, {{0, id}, {1, u"new"}});
+        EXPECT_EQ(TryOpen(path, false), std::nullopt);
+        EXPECT_EQ(Database::Open(path, kPassword).OpenTable(u"Version").CountRows(), static_cast<std::uint64_t>(id));
+    }
+    EXPECT_EQ(TryOpen(path, true), ErrorCode::kInUse) << "its turn is not over";
 }
 
 /// Files on a share: every opening takes its time, the first ones are refused, and then the share may be gone.
