@@ -6,7 +6,7 @@ import zipfile
 
 def write_zip(target, entries, epoch):
     """entries: pairs of a name in the archive and the bytes or the path of the file."""
-    date = time.gmtime(max(epoch, 315532800))[:6]  # zip knows no date before 1980
+    date = time.gmtime(max(epoch, 315532800))[:6]  # the format has no dates before 1980
     with zipfile.ZipFile(target, "w") as archive:
         for name, content in sorted(entries, key=lambda entry: entry[0]):
             info = zipfile.ZipInfo(name, date)

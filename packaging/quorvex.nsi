@@ -43,7 +43,7 @@ Function .onInit
   ${EndIf}
   Call FindMachineInstallation
   ${If} $0 != ""
-    MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "An installation for all users exists:$\r$\n$0$\r$\n$\r$\nYours will hide it from your programs, except from those that run elevated. Install all the same?" /SD IDOK IDOK go
+    MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "An installation for all users exists:$\r$\n$0$\r$\n$\r$\nYours will hide it from your programs, except from those that run elevated. Install it anyway?" /SD IDOK IDOK go
       SetErrorLevel 1
       Quit
     go:

@@ -67,7 +67,6 @@ class CommandLine(unittest.TestCase):
         self.data = self.folder / "data"
         shutil.copytree(ROOT / "examples/data", self.data)
 
-
     def run_here(self, *arguments, **options):
         return program(*arguments, cwd=self.folder, **options)
 
@@ -187,6 +186,13 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(process.wait(60), 3)
         self.assertIn(b"closed", errors)
         process.stderr.close()
+
+    def test_a_list_is_written_without_a_console(self):
+        self.write_list(50)
+        arguments = ["clean", "in.csv", "out.csv", "--postcode", "postcode", "--house", "house", "--data", "data"]
+        result = subprocess.run(["bash", "-c", '"$@" <&- >&- 2>&-', "bash", *PROGRAM, *arguments], cwd=self.folder, timeout=120)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual((self.folder / "out.csv").read_bytes(), self.whole())
 
     def test_an_update_gets_its_turn(self):
         self.write_list(100000)

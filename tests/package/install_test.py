@@ -36,8 +36,8 @@ class Installed(unittest.TestCase):
         self.prefix = Prefix(name)
         self.addCleanup(self.prefix.remove)
 
-    def install(self, version):
-        return self.prefix.wine("msiexec", "/i", windows(DIST / f"quorvex-{version}-x64.msi"), "/qn")[0]
+    def install(self, version, *properties):
+        return self.prefix.wine("msiexec", "/i", windows(DIST / f"quorvex-{version}-x64.msi"), *properties, "/qn")[0]
 
     def doctor(self, *arguments, program=MSI64 + r"\quorvex.exe"):
         code, output = self.prefix.wine(program, "doctor", "--json", "--data", windows(SAMPLE), "--service",
@@ -68,15 +68,15 @@ class Msi(Installed):
         self.assert_hosts_answer()
         self.assert_well()
         self.assert_well(program=r"C:\Program Files (x86)\Quorvex\quorvex.exe")
-        self.assertEqual([name for name in self.versions() if name], ["2.4.0"])
+        self.assertEqual(self.versions(), ["2.4.0"])
 
         self.assertNotEqual(self.install("2.3.0"), 0, "a downgrade must be refused")
         self.assertEqual(self.versions(), ["2.4.0"])
 
         (self.prefix.drive / "Program Files/Quorvex/QuorvexLookup.dll").unlink()
         self.prefix.reg("delete", "HKLM\\" + CLASS + "\\InprocServer32", "/f")
-        code, _ = self.prefix.wine("msiexec", "/fa", windows(DIST / "quorvex-2.4.0-x64.msi"), "/qn")
-        self.assertEqual(code, 0)
+        # What /fa asks for; Wine's msiexec has no /f.
+        self.assertEqual(self.install("2.4.0", "REINSTALL=ALL", "REINSTALLMODE=amus"), 0)
         self.assert_well()
 
         code, _ = self.prefix.wine("msiexec", "/x", windows(DIST / "quorvex-2.4.0-x64.msi"), "/qn")
@@ -88,8 +88,7 @@ class Msi(Installed):
     def versions(self):
         """The versions that the list of installed programs shows."""
         _, output = self.prefix.wine("reg", "query", r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall", "/s", "/reg:64")
-        programs = output.split("\n\n")
-        return [block.split("DisplayVersion")[1].split()[1] for block in programs
+        return [block.split("DisplayVersion")[1].split()[1] for block in output.split("\n\n")
                 if "Quorvex address lookup" in block and "DisplayVersion" in block]
 
 
@@ -160,7 +159,8 @@ class Doctor(Installed):
 
 
 class UserSetup(Installed):
-    """Wine 8 does not run classes of a user: lookups are not tested here, the registration is read back instead."""
+    """Wine 8 does not create a user's classes: lookups are not tested here, the registration is read back instead. It
+    registers a user's type library for the machine, where the DLL rightly does not look for it when it is removed."""
 
     def test_install_upgrade_remove(self):
         self.open_prefix("setup")
@@ -183,7 +183,8 @@ class UserSetup(Installed):
         self.assertEqual({name.split("/Local/")[1] for name in left},
                          {"Programs/Quorvex", "Programs/Quorvex/mine.txt", "Programs/Quorvex/uninstall.exe"} |
                          ({"Programs"} if "Programs" in {name.split("/Local/")[1] for name in left} else set()))
-        self.assertEqual({line for line in self.prefix.registry() - registry if "uorvex" in line or "1D6679CA" in line}, set())
+        self.assertEqual({line for line in self.prefix.registry() - registry if ("uorvex" in line or "1D6679CA" in line) and
+                          not line.startswith(r"system.reg:Software\Classes\Typelib")}, set())
 
 
 if __name__ == "__main__":

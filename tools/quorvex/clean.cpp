@@ -93,7 +93,7 @@ bool CleanRun::MayWrite() {
         report_.End(Outcome::WrongCall, L"input and output are the same file");
     } else if (!request_.resume && !request_.overwrite && FileLength(request_.output)) {
         report_.End(Outcome::WrongCall,
-                    support::FromPath(request_.output) + L" exists: --resume goes on with it, --overwrite begins anew");
+                    support::FromPath(request_.output) + L" exists: --resume continues it, --overwrite replaces it");
     } else {
         return true;
     }
@@ -156,7 +156,7 @@ void CleanRun::Finish(std::wstring failure) {
     if (!failure.empty()) {
         if (!IsStandardStream(request_.output)) {
             failure += L"; " + std::to_wstring(before_ + total_.rows) +
-                       L" rows are written, the same call with --resume goes on after them";
+                       L" rows are written; repeat the call with --resume to continue after them";
         }
         report_.End(Outcome::Failed, failure);
     } else if (total_.rows + before_ == 0) {

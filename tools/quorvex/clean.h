@@ -24,7 +24,7 @@ struct CleanRequest {
     AddressSourceFactory makeSource;
 };
 
-// Completes a list. Stopped or failed, the output holds whole rows and a resumed run goes on after them. The report
+// Completes a list. Stopped or failed, the output holds whole rows and a resumed run continues after them. The report
 // has one row: rows written by this run, and how many of each verdict.
 Report Clean(Console& console, const CleanRequest& request);
 

@@ -136,8 +136,8 @@ void Grammar::AddClean() {
         ->option_text("COLUMN");
     clean.add_option("--house", texts_.houseColumn, "Column with house number, name or first line")
         ->option_text("COLUMN");
-    clean.add_flag("--resume", texts_.resume, "Go on after the rows that the output holds");
-    clean.add_flag("--overwrite", texts_.overwrite, "Begin anew where the output exists");
+    clean.add_flag("--resume", texts_.resume, "Continue after the rows that the output holds");
+    clean.add_flag("--overwrite", texts_.overwrite, "Replace an output that exists");
     clean.add_option("--separator", texts_.separator, "Character or \"tab\"; else as the header has it")
         ->check([](const std::string& text) {
             return text.size() == 1 || text == "tab" || text == "\\t" ? "" : "one character or \"tab\"";

@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace quorvex::cli {
@@ -15,7 +16,15 @@ void OnStop(int) {
 
 } // namespace
 
-Console::Console() : errorIsTerminal_(isatty(STDERR_FILENO) == 1) {}
+// A file that is opened must not get the number of a standard stream that the caller closed.
+Console::Console() {
+    int opened = 0;
+    do {
+        opened = open("/dev/null", O_RDWR);
+    } while (opened >= 0 && opened <= STDERR_FILENO);
+    if (opened >= 0) close(opened);
+    errorIsTerminal_ = isatty(STDERR_FILENO) == 1;
+}
 
 bool Console::Out(std::string_view text) {
     if (!outputFailed_) outputFailed_ = std::fwrite(text.data(), 1, text.size(), stdout) != text.size();

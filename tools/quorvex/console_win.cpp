@@ -49,7 +49,7 @@ bool WriteCharacters(HANDLE handle, std::wstring_view text) {
     return true;
 }
 
-// Without a console (a service, the Task Scheduler) the handle is null and there is nobody to read.
+// Without a console (a service, the Task Scheduler) the handle is null, and no one would read it.
 bool Write(DWORD stream, std::string_view text) {
     const HANDLE handle = GetStdHandle(stream);
     if (handle == nullptr || handle == INVALID_HANDLE_VALUE) return true;
@@ -74,8 +74,10 @@ bool Console::Finish() {
 }
 
 void Console::UseBinaryStreams() {
-    _setmode(_fileno(stdin), _O_BINARY);
-    _setmode(_fileno(stdout), _O_BINARY);
+    for (FILE* const stream : {stdin, stdout}) {
+        const int number = _fileno(stream);
+        if (number >= 0) _setmode(number, _O_BINARY); // negative without a console
+    }
 }
 
 void WatchForStop() {

@@ -10,7 +10,7 @@
 namespace quorvex::cli {
 
 // Columns: item, kind, date, bytes, rows, state. One row for each data file, and one for each journal, package, partial
-// download or log that lies beside them. Nothing without any data file; a failure if one cannot be read.
+// download or log that is in their folder. Nothing without any data file; a failure if one cannot be read.
 Report Status(object::Quorvex& object);
 
 // The integrity checker over each data file; columns: file, fault. Harmless remarks are no faults and are not listed.

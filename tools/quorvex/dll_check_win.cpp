@@ -26,7 +26,7 @@ std::wstring SystemFolder(bool is64Bit) {
     return windows + (is64Bit ? L"\\Sysnative\\" : on64 ? L"\\SysWOW64\\" : L"\\System32\\");
 }
 
-// API sets are names that the loader maps to other DLLs; there is no file of them.
+// API sets are names that the loader maps to other DLLs; no file has such a name.
 bool IsApiSet(const std::wstring& upperName) {
     return upperName.starts_with(L"API-MS-WIN-") || upperName.starts_with(L"EXT-MS-WIN-");
 }

@@ -86,7 +86,7 @@ void ExamineLeftovers(const std::wstring& folder, Findings& findings) {
     for (const std::wstring& name : support::FileNames(folder)) {
         const std::wstring upper = support::UpperCase(name);
         if (upper.ends_with(L"-JOURNAL")) {
-            Add(findings, Grade::Warning, name + L" lies beside the data",
+            Add(findings, Grade::Warning, name + L" is in the folder",
                 L"an update was interrupted or is running; never delete it, the next opening puts it right");
         } else if (upper.starts_with(L"UPDATE_") && upper.ends_with(L".ZIP")) {
             Add(findings, Grade::Warning, name + L" waits to be applied", L"run quorvex update");

@@ -34,7 +34,7 @@ void ExamineService(object::Quorvex& object, Findings& findings) {
     const std::wstring url = web::SearchForAddressUrl(object, kTestPostcode);
     const Probe probe = ProbeUrl(url, kProbeSeconds);
     const std::wstring place = object.ServerURL + L": ";
-    // Whoever works from local data alone does not need the service.
+    // With local data the service is not needed.
     const Grade grade = object.LocalMode() ? Grade::Warning : Grade::Problem;
     if (!probe.cause.empty()) {
         findings.push_back({grade, L"service", place + probe.cause, probe.advice});

@@ -94,7 +94,7 @@ std::wstring PostcodeKey(std::wstring_view text) {
     for (const wchar_t c : support::UpperCase(text)) {
         if (c != L' ' && c != L'\t' && c != kNoBreakSpace) code.push_back(c);
     }
-    // The test postcode has the shape as well but is no address of anyone.
+    // The test postcode has the right shape, but nobody lives there.
     if (code.size() < kInwardLength + 2 || !lookups::HasPostcodeShape(code)) return {};
     const std::size_t outward = code.size() - kInwardLength;
     return support::PadRight(std::wstring_view(code).substr(0, outward), kOutwardLength, L' ') + code.substr(outward);

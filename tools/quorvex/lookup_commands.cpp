@@ -76,7 +76,7 @@ Report FieldsReport(const Quorvex& object, const char* command, const std::vecto
     return report;
 }
 
-// An unconfirmed reply: without a message, or with the service's "not found", there is no such thing.
+// An unconfirmed reply without a message, or with the service's "not found", means that nothing was found.
 Report Unconfirmed(const Quorvex& object, const char* command, const std::wstring& asked) {
     Report report(command);
     const std::wstring& message = object.General_errormessage;

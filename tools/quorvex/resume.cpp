@@ -12,7 +12,7 @@ namespace {
 
 [[noreturn]] void ThrowForeign(const wchar_t* what) {
     throw support::Error(support::kErrorBadFile,
-                         std::wstring(L"the output cannot be resumed: ") + what + L"; --overwrite begins anew");
+                         std::wstring(L"the output cannot be resumed: ") + what + L"; --overwrite replaces it");
 }
 
 } // namespace

@@ -11,7 +11,7 @@ namespace quorvex::cli {
 // An output file that always ends with a whole row: what fails to be written in full is cut off again.
 class RowWriter {
   public:
-    // Goes on at the file's byte offset; 0 makes it anew. Throws support::Error.
+    // Continues the file at that byte offset; 0 replaces the file. Throws support::Error.
     RowWriter(const std::filesystem::path& file, std::uint64_t offset);
     // Standard output; there nothing can be cut off.
     RowWriter();

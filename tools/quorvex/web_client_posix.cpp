@@ -61,7 +61,7 @@ class CurlClient final : public WebClient {
         if (complete) {
             curl_easy_setopt(handle_, CURLOPT_LOW_SPEED_LIMIT, 1L);
             curl_easy_setopt(handle_, CURLOPT_LOW_SPEED_TIME, kSilenceSeconds);
-            curl_easy_setopt(handle_, CURLOPT_FAILONERROR, 1L); // an error page is no package
+            curl_easy_setopt(handle_, CURLOPT_FAILONERROR, 1L); // an error page must not pass for a package
             complete = curl_easy_perform(handle_) == CURLE_OK;
         }
         caption_.clear();
