@@ -19,13 +19,11 @@ import subprocess
 import sys
 import tempfile
 import time
-import urllib.request
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 sys.path.insert(0, os.path.join(ROOT, "tests/service"))
-from cluster import Node, Postgres, accounts, free_port, status_of, wait_for  # noqa: E402
+from cluster import RECORD, RUNNING, Node, Postgres, accounts, body_of, free_port, status_of, wait_for, work_folder  # noqa: E402
 
-RECORD = "/xmlservice/GetAddressRecord.aspx?datakey={}&id=PE13%204PZ_1_F&COM=1"
 LIST = "/xmlservice/SearchForAddress.aspx?datakey={}&postcode=PE13%204PZ&COM=1"
 TICK = os.sysconf("SC_CLK_TCK")
 
@@ -40,8 +38,8 @@ def processor_seconds(pids):
 
 
 def milliseconds(text):
-    value, unit = re.fullmatch(r"([0-9.]+)(us|ms|s)", text).groups()
-    return float(value) * {"us": 0.001, "ms": 1, "s": 1000}[unit]
+    value, unit = re.fullmatch(r"([0-9.]+)(us|ms|s|m)", text).groups()
+    return float(value) * {"us": 0.001, "ms": 1, "s": 1000, "m": 60000}[unit]
 
 
 def wrk(url, connections, seconds, pids):
@@ -52,13 +50,12 @@ def wrk(url, connections, seconds, pids):
     requests = int(re.search(r"(\d+) requests in", out)[1])
     errors = re.findall(r"(Socket errors.*|Non-2xx.*)", out)
     return {"rate": float(re.search(r"Requests/sec:\s+([0-9.]+)", out)[1]),
-            "p50": milliseconds(re.search(r"50%\s+(\S+)", out)[1]), "p99": milliseconds(re.search(r"99%\s+(\S+)", out)[1]),
+            "p50": milliseconds(re.search(r"\n +50% +(\S+)", out)[1]), "p99": milliseconds(re.search(r"\n +99% +(\S+)", out)[1]),
             "cpu": used / max(1, requests) * 1e6, "errors": " ".join(errors)}
 
 
 class Nginx:
     """nginx with static files of these sizes; certificate: the two files for TLS."""
-    started = []
 
     def __init__(self, folder, sizes, certificate=None):
         folder = tempfile.mkdtemp(dir=folder)
@@ -76,7 +73,7 @@ class Nginx:
                        f"server {{ listen 127.0.0.1:{self.port} backlog=4096 {'ssl' if secure else ''}; {secure}"
                        f" root {folder}; }} }}\n")
         self.process = subprocess.Popen(["nginx", "-c", path, "-p", folder], stderr=subprocess.DEVNULL)
-        Nginx.started.append(self)
+        RUNNING.append(self)
         self.url = f"{'https' if secure else 'http'}://127.0.0.1:{self.port}"
         wait_for("nginx", lambda: subprocess.run(["curl", "-skf", "-o", folder + "/got", self.url + "/record"]).returncode == 0)
         children = subprocess.run(["pgrep", "-P", str(self.process.pid)], capture_output=True, text=True).stdout.split()
@@ -97,8 +94,7 @@ def beside_nginx(node, folder, seconds):
     pages = {"record": RECORD.format("K"), "list": LIST.format("K")}
     sizes = {}
     for name, target in pages.items():
-        with urllib.request.urlopen(node.url + target) as reply:
-            sizes[name] = len(reply.read())
+        sizes[name] = len(body_of(node.url + target))
     nginx = Nginx(folder, sizes)
     for name, target in pages.items():
         for connections in (1, 8, 64, 512):
@@ -123,8 +119,7 @@ def commit_rate(postgres, seconds):
 
 
 def transactions(node):
-    with urllib.request.urlopen(node.url + "/metrics") as reply:
-        return int(re.search(r"^quorvex_accounts_transactions_total (\d+)", reply.read().decode(), re.M)[1])
+    return int(re.search(r"^quorvex_accounts_transactions_total (\d+)", body_of(node.url + "/metrics"), re.M)[1])
 
 
 def with_accounts(program, data, folder, free, seconds):
@@ -266,10 +261,8 @@ def main():
     parser.add_argument("--memory", type=int, default=1000000, help="requests for the look at memory")
     parser.add_argument("--only", nargs="*", default=["start", "nginx", "patient", "memory", "tls", "accounts", "slow", "point"])
     given = parser.parse_args()
-    os.makedirs(os.path.join(ROOT, "build"), exist_ok=True)
-    folder = tempfile.mkdtemp(dir=os.path.join(ROOT, "build"), prefix="service-bench.")
-    os.chmod(folder, 0o755)
-    try:
+    with work_folder(os.path.join(ROOT, "build"), "service-bench") as folder:
+        os.chmod(folder, 0o755)
         data = shutil.copytree(given.data, os.path.join(folder, "data"))
         subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj", "/CN=localhost",
                         "-keyout", f"{folder}/key.pem", "-out", f"{folder}/certificate.pem"], check=True, capture_output=True)
@@ -285,14 +278,6 @@ def main():
                  "point": lambda: given.large and point_search(given.program, given.large, given.seconds)}
         for name in given.only:
             parts[name]()
-    finally:
-        for node in Node.started:
-            node.end()
-        for nginx in Nginx.started:
-            nginx.end()
-        for postgres in list(Postgres.started):
-            postgres.stop()
-        shutil.rmtree(folder, ignore_errors=True)
 
 
 main()

@@ -263,12 +263,14 @@ PageAnswer Service::MetricsPage() const {
     gauge("quorvex_data_found", "1 if the data folder holds data files.", state.found);
     counter("quorvex_data_readings_total", "How often the lists were made.", state.readings);
     gauge("quorvex_data_reading_failed", "1 if the latest reading failed.", !state.problem.empty());
-    const auto date = [](const std::string& text8) { return text8.empty() ? 0L : std::stol(text8); };
     text +=
         "# HELP quorvex_data_date Date of the last update package, year month day.\n# TYPE quorvex_data_date gauge\n";
-    text += "quorvex_data_date{kind=\"full\"} " + std::to_string(date(state.full)) + "\n";
-    text += "quorvex_data_date{kind=\"street\"} " + std::to_string(date(state.street)) + "\n";
-    text += "quorvex_data_date{kind=\"postzon\"} " + std::to_string(date(state.postZon)) + "\n";
+    const auto date = [&text](const char* kind, const std::string& day) {
+        text += std::string("quorvex_data_date{kind=\"") + kind + "\"} " + (day.empty() ? "0" : day) + "\n";
+    };
+    date("full", state.full);
+    date("street", state.street);
+    date("postzon", state.postZon);
     gauge("quorvex_connections", "Open connections.", static_cast<double>(counts.open));
     counter("quorvex_connections_total", "Connections taken.", counts.accepted);
     counter("quorvex_connections_refused_total", "Connections over a limit.", counts.refused);

@@ -1,4 +1,4 @@
-"""Parts of a fleet on this machine: PostgreSQL, nodes of the service, HAProxy. For tests and the demo."""
+"""Parts of a fleet on this machine: PostgreSQL, nodes of the service, HAProxy. For tests, benchmark and demo."""
 import contextlib
 import glob
 import os
@@ -9,15 +9,47 @@ import signal
 import socket
 import subprocess
 import sys
+import tempfile
 import time
 import urllib.request
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
 
+RECORD = "/xmlservice/GetAddressRecord.aspx?datakey={}&id=PE13%204PZ_1_F&COM=1"
+RUNNING = []  # what work_folder ends
+
+
+@contextlib.contextmanager
+def work_folder(parent, name):
+    """A new folder; afterwards everything that was started ends, and the folder goes."""
+    os.makedirs(parent, exist_ok=True)
+    folder = tempfile.mkdtemp(dir=os.path.abspath(parent), prefix=name + ".")
+    try:
+        yield folder
+    finally:
+        for running in reversed(RUNNING):
+            running.end()
+        RUNNING.clear()
+        shutil.rmtree(folder, ignore_errors=True)
+
+
+def run(work, *tests):
+    for test in tests:
+        with work_folder(work, test.__name__) as folder:
+            began = time.monotonic()
+            test(folder)
+            print(f"{test.__name__}: {time.monotonic() - began:.1f} s", flush=True)
+
+
 def skip(reason):
     print("SKIPPED:", reason)
     sys.exit(77)
+
+
+def body_of(url):
+    with urllib.request.urlopen(url, timeout=20) as reply:
+        return reply.read().decode()
 
 
 def free_port():
@@ -46,7 +78,6 @@ def status_of(url):
 
 class Postgres:
     """A private instance; it refuses to run as root, so root lends it a user."""
-    started = []
 
     def __init__(self, folder):
         found = sorted(glob.glob("/usr/lib/postgresql/*/bin"))
@@ -60,6 +91,7 @@ class Postgres:
             os.chmod(folder, 0o755)
             shutil.chown(self.data, pwd.getpwnam(self.user).pw_uid)
         self.run("initdb", "-A", "trust", "-U", "quorvex", "-E", "UTF8", "--no-locale", "-D", self.data)
+        RUNNING.append(self)
         self.start()
         self.run("createdb", "-h", "127.0.0.1", "-p", str(self.port), "-U", "quorvex", "quorvex")
         self.url = f"postgresql://quorvex@127.0.0.1:{self.port}/quorvex"
@@ -73,13 +105,10 @@ class Postgres:
     def start(self):
         options = f"-p {self.port} -c listen_addresses=127.0.0.1 -c unix_socket_directories='' -c max_connections=50"
         self.run("pg_ctl", "-D", self.data, "-l", os.path.join(self.data, "log"), "-w", "-o", options, "start")
-        Postgres.started.append(self)
 
-    def stop(self):
-        if self not in Postgres.started:
-            return
-        Postgres.started.remove(self)
-        self.run("pg_ctl", "-D", self.data, "-m", "fast", "-w", "stop")
+    def end(self):
+        if os.path.exists(os.path.join(self.data, "postmaster.pid")):
+            self.run("pg_ctl", "-D", self.data, "-m", "fast", "-w", "stop")
 
     def scalar(self, statement):
         return subprocess.run([os.path.join(self.bin, "psql"), "-At", self.url, "-c", statement], check=True,
@@ -87,13 +116,11 @@ class Postgres:
 
 
 class Node:
-    started = []
-
     def __init__(self, program, data, *options, port=0):
         self.log = open(os.path.join(os.path.dirname(data), f"node-{id(self)}.log"), "w+")
         self.process = subprocess.Popen([program, "--data", data, "--port", str(port), *options],
                                         stdout=subprocess.PIPE, stderr=self.log, text=True)
-        Node.started.append(self)
+        RUNNING.append(self)
         line = self.process.stdout.readline()
         if not line.startswith("listening on "):
             self.log.seek(0)
@@ -133,6 +160,7 @@ class Haproxy:
             file.write(text)
         self.process = subprocess.Popen(["haproxy", "-db", "-f", path], stdout=subprocess.DEVNULL,
                                         stderr=subprocess.DEVNULL)
+        RUNNING.append(self)
         self.url = f"http://127.0.0.1:{self.port}"
         wait_for("HAProxy's answer", lambda: status_of(self.url + "/health") == 200)
 

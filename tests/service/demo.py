@@ -9,7 +9,7 @@ import signal
 import subprocess
 import sys
 
-from cluster import ROOT, Haproxy, Node, Postgres, accounts
+from cluster import ROOT, Haproxy, Node, Postgres, accounts, work_folder
 
 
 def look_up(url, key, postcode, bits):
@@ -20,14 +20,13 @@ def look_up(url, key, postcode, bits):
 
 def main():
     program, data, work, postcode, *bitnesses = sys.argv[1:]
-    balancer = None
-    try:
+    with work_folder(work, "demo") as folder:
         print("demo: starting PostgreSQL, two nodes and HAProxy", flush=True)
-        postgres = Postgres(work)
+        postgres = Postgres(folder)
         key = accounts(program, postgres.url, "add", "demo", "--credits", "100").split()[1]
         nodes = [Node(program, data, "--accounts", postgres.url, "--node", name, "--trusted-proxy", "127.0.0.1").ready()
                  for name in ("node1", "node2")]
-        balancer = Haproxy(work, nodes)
+        balancer = Haproxy(folder, nodes)
         look_up(balancer.url, key, postcode, bitnesses[0])
         print("\ndemo: killing node1", flush=True)
         nodes[0].signal(signal.SIGKILL)
@@ -35,13 +34,6 @@ def main():
         print("\ndemo: what the ledger says", flush=True)
         print(subprocess.run([program, "accounts", "--accounts", postgres.url, "ledger"], capture_output=True, text=True,
                              check=True).stdout, end="")
-    finally:
-        if balancer:
-            balancer.end()
-        for node in Node.started:
-            node.end()
-        for running in list(Postgres.started):
-            running.stop()
 
 
 os.chdir(ROOT)

@@ -4,6 +4,9 @@
 #include "support/files.h"
 #include "support/text.h"
 
+#include <array>
+#include <cstdio>
+
 namespace quorvex::service {
 
 ServiceTest::ServiceTest() {
@@ -19,13 +22,18 @@ void ServiceTest::Begin(bool waitForLists) {
     }
 }
 
-httplib::Result ServiceTest::Request(std::string target) {
-    for (std::size_t at = target.find(' '); at != std::string::npos; at = target.find(' '))
-        target.replace(at, 1, "%20");
+httplib::Result ServiceTest::Request(const std::string& target) {
+    std::string escaped;
+    for (const char c : target) {
+        const auto code = static_cast<unsigned char>(c);
+        std::array<char, 4> hex{};
+        std::snprintf(hex.data(), hex.size(), "%%%02X", static_cast<unsigned>(code));
+        escaped += code > 32 && code < 127 ? std::string(1, c) : std::string(hex.data());
+    }
     httplib::Client client(service_->Address());
     client.set_url_encode(false);
     client.set_read_timeout(20);
-    return client.Get(target);
+    return client.Get(escaped);
 }
 
 std::string ServiceTest::Body(const std::string& target) {
@@ -38,6 +46,10 @@ std::string ServiceTest::Body(const std::string& target) {
 
 std::wstring ServiceTest::Text(const std::string& target) {
     return support::FromUtf8(Body(target));
+}
+
+std::wstring ServiceTest::AsHost(const std::wstring& url) {
+    return support::ReplaceAll(Text(support::ToUtf8(url.substr(service_->Address().size()))), L"&amp;", L"&");
 }
 
 std::wstring ServiceTest::ElementOf(const std::string& page, const std::wstring& element) {

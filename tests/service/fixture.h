@@ -20,10 +20,12 @@ class ServiceTest : public ::testing::Test {
     void Begin(bool waitForLists = true);
     Service& Running() { return *service_; }
 
-    // Target as it goes over the wire, blanks made %20; a failed request fails the test and gives an empty reply.
-    httplib::Result Request(std::string target);
+    // What HTTP forbids in a target is escaped; a failed request fails the test and gives an empty reply.
+    httplib::Result Request(const std::string& target);
     std::string Body(const std::string& target);
     std::wstring Text(const std::string& target);
+    // The reply as a lookup object sees it: fetched by its whole address, "&amp;" made "&".
+    std::wstring AsHost(const std::wstring& url);
     // The element of a page below "/xmlservice/".
     std::wstring ElementOf(const std::string& page, const std::wstring& element);
 

@@ -9,11 +9,10 @@ import os
 import shutil
 import signal
 import sys
-import tempfile
 import threading
 import time
 
-from cluster import Haproxy, Node, Postgres, accounts, status_of, wait_for
+from cluster import RUNNING, Haproxy, Node, Postgres, accounts, status_of, wait_for, work_folder
 
 CREDITS = 1000000
 PREMISES = {f"PE13%204PZ_{number}_F" for number in range(1, 45)}
@@ -64,7 +63,7 @@ class Load:
         goal = self.right + answers
         wait_for(f"{answers} more answers", lambda: self.right >= goal, 60)
 
-    def stop(self):
+    def end(self):
         self.stopping = True
         for thread in self.threads:
             thread.join()
@@ -72,10 +71,7 @@ class Load:
 
 def main():
     program, data, work = sys.argv[1:]
-    os.makedirs(work, exist_ok=True)
-    folder = tempfile.mkdtemp(dir=os.path.abspath(work), prefix="nodes.")
-    ending = []
-    try:
+    with work_folder(work, "nodes") as folder:
         postgres = Postgres(folder)
         # Accounts begin in SQLite and move.
         sqlite = os.path.join(folder, "accounts.db")
@@ -87,15 +83,14 @@ def main():
         for node in nodes:
             node.ready()
         balancer = Haproxy(folder, nodes)
-        ending.append(balancer.end)
 
         load = Load(balancer.port, key)
-        ending.append(load.stop)
+        RUNNING.append(load)
         load.go_on(500)
         nodes[0].signal(signal.SIGKILL)
         load.go_on(500)
         began = time.monotonic()
-        postgres.stop()
+        postgres.end()
         postgres.start()
         print(f"database away for {time.monotonic() - began:.1f} s")
         load.go_on(500)
@@ -103,7 +98,7 @@ def main():
         wait_for("the end of the drained node", lambda: nodes[1].process.poll() is not None)
         assert nodes[1].process.returncode == 0, "draining must end with 0"
         load.go_on(300)
-        load.stop()
+        load.end()
 
         entries = int(postgres.scalar("SELECT count(*) FROM ledger WHERE change = -1"))
         left = int(postgres.scalar("SELECT credits FROM accounts"))
@@ -118,14 +113,6 @@ def main():
             with open(os.path.join(folder, f"access{number}.log")) as log:
                 assert key not in log.read(), "the key is in the access log"
         assert status_of(balancer.url + "/metrics") == 403
-    finally:
-        for end in reversed(ending):
-            end()
-        for node in Node.started:
-            node.end()
-        for running in list(Postgres.started):
-            running.stop()
-        shutil.rmtree(folder, ignore_errors=True)
 
 
 main()

@@ -12,38 +12,33 @@ import signal
 import socket
 import subprocess
 import sys
-import tempfile
 import threading
 import time
 import urllib.request
 
-from cluster import ROOT, Node, accounts, status_of, wait_for
+from cluster import RECORD, ROOT, Node, accounts, body_of, run, status_of, wait_for
 
 PROGRAM, DATA, WORK = sys.argv[1:]
-RECORD = "/xmlservice/GetAddressRecord.aspx?datakey={}&id=PE13%204PZ_1_F&COM=1"
 REDOCLY = "@redocly/cli@1.25.11"  # checks OpenAPI
 
 
-def body_of(url):
-    with urllib.request.urlopen(url, timeout=20) as reply:
-        return reply.read().decode()
-
-
 def options(folder):
-    def refusal(*arguments, environment=None):
-        result = subprocess.run([PROGRAM, *arguments], capture_output=True, text=True, timeout=20,
-                                env={**os.environ, **(environment or {})})
-        assert result.returncode == 1, arguments
-        return result.stderr.splitlines()[0]
+    taken = Node(PROGRAM, DATA, "--node", "first").ready()
     base = ["--data", DATA, "--port=0"]
-    assert "come together" in refusal(*base, "--tls-key=x")
-    assert "--access-log" in refusal(*base, "--access-log-format=combined")
-    assert "unknown host" in refusal(*base, "--host=no.such.host.example")
-    assert "not an address" in refusal(*base, "--trusted-proxy=here")
-    assert "--port" in refusal("--data", DATA, environment={"QUORVEX_PORT": "70000"})
-    taken = Node(PROGRAM, DATA)
-    assert "address in use" in refusal("--data", DATA, f"--port={taken.port}")
-    taken.end()
+    for arguments, code, said in (
+            ([], 1, "--data is missing"), (["--data", folder, "--port=0"], 1, "no data files in "), (["--help"], 0, "Answers"),
+            (["--version"], 0, "quorvex-service 2"), ([*base, "--keys=" + folder + "/none"], 1, "quorvex-service: "),
+            ([*base, "--tls-key=x"], 1, "come together"), ([*base, "--access-log-format=combined"], 1, "--access-log"),
+            ([*base, "--host=no.such.host.example"], 1, "unknown host"), ([*base, "--trusted-proxy=here"], 1, "not an address"),
+            ([*base, "--credits=5"], 1, "--key"), ([*base, "--workers=x"], 1, "--workers"), ([*base, "--nonsense"], 1, "--nonsense"),
+            (["--data", DATA, f"--port={taken.port}"], 1, "address in use"), (["--data", DATA], 1, "--port")):
+        environment = {"QUORVEX_PORT": "70000"} if arguments == ["--data", DATA] else {}
+        result = subprocess.run([PROGRAM, *arguments], capture_output=True, text=True, timeout=20,
+                                env={**os.environ, **environment})
+        first = (result.stderr + result.stdout).splitlines()[0]
+        assert result.returncode == code and said in first, (arguments, result.returncode, first)
+    taken.signal(signal.SIGINT)
+    assert taken.process.wait(15) == 0
     configuration = os.path.join(folder, "service.conf")
     with open(configuration, "w") as file:
         file.write(f'data="{DATA}"\nport=0\nmessage="1 < 2 & 3"\n')
@@ -110,7 +105,6 @@ def files(folder):
     assert fetch(Range="bytes=10-", If_Range='"other"')[:2] == (200, whole)
     status, nothing, headers = fetch(Range=f"bytes={len(whole)}-")
     assert status == 416 and headers["Content-Range"] == f"bytes */{len(whole)}"
-    node.end()
 
 
 def page(folder):
@@ -132,7 +126,6 @@ def page(folder):
     run("--window-size=900,1300", f"--screenshot={picture}")
     assert os.path.getsize(picture) > 20000, "an empty picture"
     print("picture of the page:", picture)
-    node.end()
 
 
 def description(folder):
@@ -175,18 +168,4 @@ def unit(folder):
     assert exposure and float(exposure[1]) < 2.5, result.stdout[-2000:] + result.stderr
 
 
-def main():
-    os.makedirs(WORK, exist_ok=True)
-    folder = tempfile.mkdtemp(dir=os.path.abspath(WORK), prefix="operation.")
-    try:
-        for test in (options, signals_and_logs, files, page, description, unit):
-            began = time.monotonic()
-            test(folder)
-            print(f"{test.__name__}: {time.monotonic() - began:.1f} s", flush=True)
-    finally:
-        for node in Node.started:
-            node.end()
-        shutil.rmtree(folder, ignore_errors=True)
-
-
-main()
+run(WORK, options, signals_and_logs, files, page, description, unit)

@@ -5,35 +5,9 @@
 #include "testing/temp_folder.h"
 
 #include <fstream>
-#include <iterator>
-#include <sstream>
 
 namespace quorvex::service {
 namespace {
-
-Options Parsed(const std::string& arguments) {
-    std::istringstream words(arguments);
-    return ParseOptions({std::istream_iterator<std::string>(words), {}});
-}
-
-TEST(Options, EveryOption) {
-    const Options options = Parsed("--data d --port 0 --host ::1 --key A --key B --keys k.txt --credits 5 --message m "
-                                   "--account-page a --map-url u --directory-url v --test");
-    EXPECT_EQ(options.data, "d");
-    EXPECT_EQ(options.host, "::1");
-    EXPECT_EQ(options.keys, (std::vector<std::wstring>{L"A", L"B"}));
-    EXPECT_EQ(options.keysFile, "k.txt");
-    EXPECT_EQ(options.credits, 5);
-    EXPECT_EQ(options.pages.popMessage + options.pages.accountPage + options.pages.mapUrl + options.pages.directoryUrl,
-              L"mauv");
-    EXPECT_TRUE(options.test);
-    EXPECT_TRUE(Parsed("--help").text.find("--trusted-proxy") != std::string::npos);
-    for (const char* wrong : {"", "--data d", "--port 1", "--data d --port", "--data d --port x",
-                              "--data d --port 65536", "--data d --port 1.5", "--data d --port -1",
-                              "--data d --port 1 --nonsense", "--data d --port 1 --credits 5"}) {
-        EXPECT_THROW(Parsed(wrong), support::Error) << wrong;
-    }
-}
 
 TEST(Options, KeysFile) {
     quorvex::testing::TempFolder folder;
