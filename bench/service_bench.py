@@ -85,7 +85,7 @@ class Nginx:
 
 
 def show(title, result, peer=None):
-    share = f"{result['rate'] / peer['rate']:6.2f}" if peer else "      "
+    share = f"{result['rate'] / max(peer['rate'], 0.1):6.2f}" if peer else "      "
     print(f"{title:34}{result['rate']:10.0f}{result['p50']:9.2f}{result['p99']:9.2f}{result['cpu']:9.1f} {share} "
           f"{result['errors']}", flush=True)
 

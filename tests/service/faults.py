@@ -94,7 +94,7 @@ def bad_requests(folder):
 
 
 def limits(folder):
-    node = Node(PROGRAM, DATA, "--max-connections-per-client", "5", "--idle-seconds", "0.5", "--write-seconds", "0.5",
+    node = Node(PROGRAM, DATA, "--max-connections-per-client", "5", "--idle-seconds", "2", "--write-seconds", "0.5",
                 "--queue", "1", "--workers", "1").ready()
     clients = [socket.create_connection(("127.0.0.1", node.port), timeout=5) for _ in range(5)]
     for client in clients:
