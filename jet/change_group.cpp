@@ -49,7 +49,7 @@ RowId ChangeGroup::Write(Change change) {
     }
     const RowId id = change.id;
     open_.push_back(std::move(change));
-    if (IsFull()) Finish(false);
+    if (IsFull()) Commit(false);
     return id;
 }
 
@@ -57,11 +57,7 @@ bool ChangeGroup::IsFull() const {
     return open_.size() >= limits_.records || Clock::now() - begun_ + commitTime_ >= limits_.time;
 }
 
-void ChangeGroup::Commit() {
-    Finish(true);
-}
-
-void ChangeGroup::Finish(bool lasting) {
+void ChangeGroup::Commit(bool lasting) {
     const Clock::time_point start = Clock::now();
     try {
         pager_->Commit(lasting);

@@ -201,6 +201,9 @@ void Journal::Append(File& database, const FileState& before, PageNo oldPageCoun
 
 void Journal::WriteRecords(File& database, ByteView header, std::span<const PageNo> pages) {
     Bytes buffer(kHeaderSize + std::min(kRecordsPerWrite, pages.size()) * kRecordSize);
+    Bytes run(std::min(kRecordsPerWrite, pages.size()) * kPageSize); // neighbours are read together
+    std::size_t runStart = 0;
+    std::size_t runEnd = 0;
     std::copy(header.begin(), header.end(), buffer.begin());
     std::uint64_t offset = end_;
     std::size_t start = kHeaderSize;
@@ -209,10 +212,15 @@ void Journal::WriteRecords(File& database, ByteView header, std::span<const Page
         for (std::size_t i = 0; i < count; ++i) {
             Byte* record = buffer.data() + start + i * kRecordSize;
             Store64(record, pages[done + i]);
-            const ByteSpan bytes(record + 8, kPageSize);
-            if (database.ReadAt(std::uint64_t{pages[done + i]} * kPageSize, bytes) != kPageSize) {
-                throw Error(ErrorCode::kIo, "A page to be saved could not be read");
+            if (done + i >= runEnd) {
+                runStart = runEnd++;
+                while (runEnd < done + count && pages[runEnd] == pages[runEnd - 1] + 1) ++runEnd;
+                const ByteSpan bytes(run.data(), (runEnd - runStart) * kPageSize);
+                if (database.ReadAt(std::uint64_t{pages[runStart]} * kPageSize, bytes) != bytes.size()) {
+                    throw Error(ErrorCode::kIo, "A page to be saved could not be read");
+                }
             }
+            std::copy_n(run.data() + (done + i - runStart) * kPageSize, kPageSize, record + 8);
             Store64(record + kRecordSize - 8, Checksum(salt_, ByteView(record, kRecordSize - 8)));
         }
         const ByteView written = ByteView(buffer).first(start + count * kRecordSize);

@@ -30,8 +30,9 @@ class ChangeGroup {
 
     RowId Insert(const Table& table, std::vector<Assignment> values);
     void Update(const Table& table, RowId id, std::vector<Assignment> values);
-    /// On failure the records before the failed one are in the file; those after it are lost.
-    void Commit();
+    /// On failure the records before the failed one are in the file; those after it are lost. If it need not last, a
+    /// power cut may take the group back as a whole until something is committed that lasts; that saves a flush.
+    void Commit(bool lasting = true);
 
   private:
     using Clock = std::chrono::steady_clock;
@@ -43,7 +44,6 @@ class ChangeGroup {
     };
 
     RowId Write(Change change);
-    void Finish(bool lasting);
     bool IsFull() const;
     void Redo();
 

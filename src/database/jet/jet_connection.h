@@ -34,9 +34,9 @@ class JetConnection final : public Connection {
     jet::Database& ForReading();
     jet::Database& ForWriting();
     jet::ChangeGroup& Changes();
-    // What was changed is in the file from here on.
+    // What was changed is in the file from here on; a power cut may take it back until the connection is closed.
     void CommitChanges() {
-        if (changes_) changes_->Commit();
+        if (changes_) changes_->Commit(false);
     }
 
     const std::wstring& File() const { return file_; }
