@@ -1,5 +1,6 @@
 #include "service/reply.h"
 
+#include "object/tag_writer.h"
 #include "support/text.h"
 
 namespace quorvex::service {
@@ -29,9 +30,9 @@ Reply Refused(std::wstring_view errorMessage) {
 }
 
 std::wstring ItemElement(std::wstring_view name, std::wstring_view value) {
-    std::wstring text = L"<";
-    text.append(name).append(1, L'>').append(value);
-    return text.append(L"</").append(name).append(1, L'>');
+    std::wstring text;
+    object::AppendItem(text, name, value);
+    return text;
 }
 
 std::wstring Element(std::wstring_view name, std::wstring_view value) {

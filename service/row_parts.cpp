@@ -23,7 +23,7 @@ std::wstring BarsMade(std::wstring_view text, std::wstring_view separator) {
 }
 
 // The common part less its last ten fields; a short common part is all street as far as an address line shows it.
-std::wstring StreetOf(const std::wstring& common) {
+std::wstring StreetOf(std::wstring_view common) {
     const std::ptrdiff_t fields = std::count(common.begin(), common.end(), L'|') + 1;
     if (fields <= kFieldsBehindStreet) return std::wstring(support::Trim(localdata::StreetPart(common)));
     std::size_t end = common.size();
@@ -36,8 +36,8 @@ std::wstring StreetOf(const std::wstring& common) {
 RowParts PartsOf(const std::wstring& plain) {
     const localdata::PackedAddress packed = localdata::SplitPackedAddress(plain);
     RowParts parts;
-    for (const std::wstring& premise : packed.premises) {
-        std::wstring house = premise;
+    for (const std::wstring_view premise : packed.premises) {
+        std::wstring house(premise);
         const std::wstring organisation(support::Trim(support::NextField(house, L"|", true)));
         parts.premises.push_back({organisation, BarsMade(house, L" "), BarsMade(premise, L" ")});
     }

@@ -24,9 +24,10 @@ using RecordFields = std::array<std::wstring, kRecordFields>;
 // line1, line2, line3, town, county, postcode, country, unused, mailsort code.
 using ThoroughfareFields = std::array<std::wstring, kThoroughfareFields>;
 
+// Parts of the text that was split.
 struct PackedAddress {
-    std::vector<std::wstring> premises; // in stored order; empty ones keep their places
-    std::wstring common;                // what all premises share
+    std::vector<std::wstring_view> premises; // in stored order; empty ones keep their places
+    std::wstring_view common;                // what all premises share
 };
 
 // Text without an opening brace, or with one that is never closed, has no premises and is all common part.

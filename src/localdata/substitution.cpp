@@ -6,6 +6,7 @@
 #include "support/text.h"
 
 #include <cstdint>
+#include <mutex>
 
 namespace quorvex::localdata {
 namespace {
@@ -85,6 +86,24 @@ SubstitutionTable LoadSubstitution(const std::wstring& dataFolder) {
     const std::wstring path = dataFolder + L"\\" + kSubstitutionFile;
     if (!support::FileExists(path)) return {};
     return SubstitutionTable::Parse(support::ReadFileBytes(path));
+}
+
+std::shared_ptr<const SubstitutionTable> SharedSubstitution(const std::wstring& dataFolder) {
+    static std::mutex mutex;
+    static std::wstring folder;
+    static support::FileStamp stamp;
+    static std::shared_ptr<const SubstitutionTable> table; // null: not to be relied on
+    const support::FileStamp now = support::FileStampOf(dataFolder + L"\\" + kSubstitutionFile);
+    {
+        const std::lock_guard locked(mutex);
+        if (table && stamp == now && folder == dataFolder) return table;
+    }
+    auto fresh = std::make_shared<const SubstitutionTable>(LoadSubstitution(dataFolder));
+    const std::lock_guard locked(mutex);
+    folder = dataFolder;
+    stamp = now;
+    table = now.Settled() ? fresh : nullptr;
+    return fresh;
 }
 
 } // namespace quorvex::localdata

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -40,5 +41,7 @@ class SubstitutionTable {
 // The table of a data folder; the identity when the folder has none. Throws support::Error for an unreadable
 // or malformed file.
 SubstitutionTable LoadSubstitution(const std::wstring& dataFolder);
+// The same, read once for all lookups of the process until the file or the folder changes. Any thread may call it.
+std::shared_ptr<const SubstitutionTable> SharedSubstitution(const std::wstring& dataFolder);
 
 } // namespace quorvex::localdata

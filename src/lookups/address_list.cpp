@@ -56,9 +56,8 @@ bool SearchLocal(object::Quorvex& object, const PostcodeAndHouse& search) {
 bool GetFullAddressToList(object::Quorvex& object, const std::wstring& postcode) {
     ClearList(object);
     return RunLookup(object, [&] {
-        if (!DataFileUsable(object, localdata::FindDataFile(L'F')->fileName, true)) return false;
         const PostcodeAndHouse search = SplitCommaForm(postcode);
-        if (object.LocalMode()) return SearchLocal(object, search);
+        if (object.LocalMode()) return WithDataFile(object, L'F', false, [&] { return SearchLocal(object, search); });
         return SearchWeb(object, web::SearchForAddressUrl(object, search.postcode), L"<addressdata>",
                          L"</addressdata>");
     });

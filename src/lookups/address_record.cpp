@@ -29,13 +29,14 @@ bool GetFullAddressRecord(object::Quorvex& object, std::int32_t selectedListInde
 
 bool GetFullAddressRecordByAddressID(object::Quorvex& object, const std::wstring& addressId) {
     return RunLookup(object, [&] {
-        if (!DataFileUsable(object, localdata::FindDataFile(L'F')->fileName, true)) return false;
-        const std::wstring reply =
-            object.LocalMode() ? LocalAddressRecord(object, addressId)
-                               : web::GetDataFromHTTPRequest(object, web::GetAddressRecordUrl(object, addressId));
-        object::ReadReplyHeader(object, reply, true);
-        if (object.General_confirm && object.Address_Id.empty()) object.Address_Id = addressId;
-        return object.General_confirm;
+        return WithDataFile(object, L'F', false, [&] {
+            const std::wstring reply =
+                object.LocalMode() ? LocalAddressRecord(object, addressId)
+                                   : web::GetDataFromHTTPRequest(object, web::GetAddressRecordUrl(object, addressId));
+            object::ReadReplyHeader(object, reply, true);
+            if (object.General_confirm && object.Address_Id.empty()) object.Address_Id = addressId;
+            return object.General_confirm;
+        });
     });
 }
 
@@ -46,13 +47,14 @@ bool GetThoroughfareAddressRecord(object::Quorvex& object, const std::wstring& t
             object.General_errormessage = L"Please specify Postcode";
             return false;
         }
-        if (!DataFileUsable(object, localdata::FindDataFile(L'T')->fileName, true)) return false;
-        const std::wstring reply =
-            object.LocalMode()
-                ? LocalThoroughfareRecord(object, postcode)
-                : web::GetDataFromHTTPRequest(object, web::SearchForThoroughfareAddressUrl(object, postcode));
-        object::ReadReplyHeader(object, reply, true);
-        return object.General_confirm;
+        return WithDataFile(object, L'T', false, [&] {
+            const std::wstring reply =
+                object.LocalMode()
+                    ? LocalThoroughfareRecord(object, postcode)
+                    : web::GetDataFromHTTPRequest(object, web::SearchForThoroughfareAddressUrl(object, postcode));
+            object::ReadReplyHeader(object, reply, true);
+            return object.General_confirm;
+        });
     });
 }
 

@@ -1,6 +1,7 @@
 #include "lookups/data_file.h"
 
 #include "database/database.h"
+#include "support/error.h"
 #include "support/files.h"
 
 namespace quorvex::lookups {
@@ -17,6 +18,11 @@ bool DataFileUsable(object::Quorvex& object, const std::wstring& fileName, bool 
     }
     object.databases.CreateConnection(); // proves that database access is there
     return true;
+}
+
+void RequireDataFile(const object::Quorvex& object, wchar_t kind) {
+    const std::wstring file = localdata::DataFilePath(object.DataPath(), *localdata::FindDataFile(kind));
+    if (!support::FileExists(file)) throw support::Error(support::kErrorFileNotFound, L"File not found");
 }
 
 } // namespace quorvex::lookups

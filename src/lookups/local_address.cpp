@@ -2,8 +2,10 @@
 #include "localdata/data_file_names.h"
 #include "localdata/packed_address.h"
 #include "localdata/substitution.h"
+#include "lookups/data_file.h"
 #include "lookups/local_replies.h"
 #include "lookups/postcode.h"
+#include "object/tag_writer.h"
 #include "support/error.h"
 #include "support/files.h"
 #include "support/log.h"
@@ -12,24 +14,28 @@
 #include <array>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 // Replies from the two address files.
 
 namespace quorvex::lookups {
 namespace {
 
-constexpr wchar_t kConfirmed[] = L"<confirm>Yes</confirm>";
+constexpr std::size_t kUsualReply = 1000; // characters
+constexpr std::size_t kUsualRecord = 150;
 
-std::wstring Line(std::wstring_view name, std::wstring_view value) {
-    std::wstring line;
-    line.reserve(2 * name.size() + value.size() + 7);
-    line.append(L"<").append(name).append(L">").append(value).append(L"</").append(name).append(L">\r\n");
-    return line;
+void AppendRecord(LocalList& list, std::wstring_view postcode, int number, std::wstring_view line) {
+    std::wstring& text = list.records;
+    text.append(L"  <record>\r\n    <id>").append(postcode).append(1, L'_');
+    support::AppendNumber(text, number);
+    text.append(L"_F</id>\r\n    <line>").append(line).append(L"    </line>\r\n  </record>\r\n");
 }
 
-void AppendRecord(LocalList& list, const std::wstring& postcode, int number, const std::wstring& line) {
-    list.records += L"  <record>\r\n    <id>" + postcode + L"_" + std::to_wstring(number) + L"_F</id>\r\n    <line>" +
-                    line + L"    </line>\r\n  </record>\r\n";
+std::wstring Confirmed() {
+    std::wstring reply;
+    reply.reserve(kUsualReply);
+    object::AppendElement(reply, L"confirm", L"Yes");
+    return reply;
 }
 
 LocalList TestList() {
@@ -41,21 +47,28 @@ LocalList TestList() {
                      std::to_wstring(house) + L" Victoria Road The East Side Demo Data Wisbech");
     }
     list.recordCount = 40;
-    list.reply =
-        std::wstring(kConfirmed) + L"\r\n" + Line(L"recordcount", L"40") + Line(L"credits_display_text", L"Demo data");
+    list.reply = Confirmed();
+    object::AppendElement(list.reply, L"recordcount", L"40");
+    object::AppendElement(list.reply, L"credits_display_text", L"Demo data");
     return list;
 }
 
 std::wstring TestRecord(const std::wstring& line1, const std::wstring& organisation) {
-    return std::wstring(kConfirmed) + L"\r\n" + Line(L"organisation", organisation) + Line(L"line1", line1) +
-           Line(L"line2", L"The east side") + Line(L"line3", L"") + Line(L"town", L"Wisbech") +
-           Line(L"county", L"Cambridgeshire") + Line(L"postcode", kTestPostcode) + Line(L"country", L"Country") +
-           Line(L"pz_mailsort", L"51252") + Line(L"credits_display_text", L"Test data") + Line(L"errormessage", L"");
+    const std::pair<const wchar_t*, std::wstring_view> elements[] = {
+        {L"organisation", organisation}, {L"line1", line1},
+        {L"line2", L"The east side"},    {L"line3", L""},
+        {L"town", L"Wisbech"},           {L"county", L"Cambridgeshire"},
+        {L"postcode", kTestPostcode},    {L"country", L"Country"},
+        {L"pz_mailsort", L"51252"},      {L"credits_display_text", L"Test data"},
+        {L"errormessage", L""}};
+    std::wstring reply = Confirmed();
+    for (const auto& [name, value] : elements) object::AppendElement(reply, name, value);
+    return reply;
 }
 
-std::wstring DisplayAndErrorText(const object::Quorvex& object) {
-    return Line(L"credits_display_text", object.General_credits_display_text) +
-           Line(L"errormessage", object.General_errormessage);
+void AppendDisplayAndErrorText(std::wstring& reply, const object::Quorvex& object) {
+    object::AppendElement(reply, L"credits_display_text", object.General_credits_display_text);
+    object::AppendElement(reply, L"errormessage", object.General_errormessage);
 }
 
 // The packed field of a postcode's first row, unscrambled; nothing without a row.
@@ -68,7 +81,7 @@ std::optional<std::wstring> PackedField(object::Quorvex& object, wchar_t kind, c
     const std::wstring stored = rows.Text(L"FT_Address");
     rows.Close();
     return known != nullptr ? known->Unscramble(stored)
-                            : localdata::LoadSubstitution(object.DataPath()).Unscramble(stored);
+                            : localdata::SharedSubstitution(object.DataPath())->Unscramble(stored);
 }
 
 // A row without premises is not empty but unreadable, most often for lack of the substitution table: the log says so,
@@ -100,15 +113,19 @@ bool HouseFilter::Keeps(const std::wstring& line) const {
 LocalList LocalAddressList(object::Quorvex& object, const std::wstring& postcode, const std::wstring& house,
                            const localdata::SubstitutionTable* table) {
     const std::wstring key = LocalPostcode(postcode);
-    if (key == kTestPostcode) return TestList();
+    if (key == kTestPostcode) {
+        RequireDataFile(object, L'F');
+        return TestList();
+    }
     LocalList list;
-    list.reply = std::wstring(kConfirmed) + L"\r\n";
+    list.reply = Confirmed();
     const auto plain = PackedField(object, L'F', L"PAF_FULLAddress", key, table);
     if (!plain) return list;
     const localdata::PackedAddress address = Split(object, *plain, key);
     const std::wstring street = localdata::StreetPart(address.common);
     const HouseFilter filter(house);
-    for (const std::wstring& premise : address.premises) {
+    list.records.reserve(address.premises.size() * kUsualRecord);
+    for (const std::wstring_view premise : address.premises) {
         const std::wstring line = localdata::DisplayLine(premise, street);
         // Numbers count the kept lines, not the premises: intended.
         if (filter.Keeps(line)) AppendRecord(list, postcode, ++list.recordCount, line);
@@ -122,23 +139,29 @@ std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& add
     const std::wstring postcode = support::NextField(rest, L"_", true);
     const std::wstring number = support::NextField(rest, L"_", true);
     const std::wstring key = LocalPostcode(postcode);
-    if (key == kTestPostcode) return TestRecord(number + L" Victoria Rd", L"Demo Data Company");
+    if (key == kTestPostcode) {
+        RequireDataFile(object, L'F');
+        return TestRecord(number + L" Victoria Rd", L"Demo Data Company");
+    }
     const auto plain = PackedField(object, L'F', L"PAF_FullAddress", key, table);
     if (!plain) return {};
     const localdata::PackedAddress address = Split(object, *plain, key);
     // All premises are counted here, also those that a house filter kept out of the list: intended.
     for (std::size_t i = 0; i < address.premises.size(); ++i) {
-        if (postcode + L"_" + std::to_wstring(i + 1) + L"_F" != addressId) continue;
+        std::wstring identifier = postcode + L"_";
+        support::AppendNumber(identifier, static_cast<std::int32_t>(i + 1));
+        if (identifier.append(L"_F") != addressId) continue;
         const localdata::RecordFields field = localdata::AddressRecord(address.premises[i], address.common);
         static constexpr std::array<const wchar_t*, localdata::kRecordFields> kNames = {
             L"organisation", L"line1",    L"line2",       L"line3",   L"town",
             L"county",       L"postcode", nullptr,        L"country", L"deliverypointsuffix",
             L"nohouseholds", L"smallorg", L"pz_mailsort", L"spare"};
-        std::wstring reply = std::wstring(kConfirmed) + L"\r\n";
+        std::wstring reply = Confirmed();
         for (std::size_t k = 0; k < kNames.size(); ++k) {
-            if (kNames[k] != nullptr) reply += Line(kNames[k], field[k]);
+            if (kNames[k] != nullptr) object::AppendElement(reply, kNames[k], field[k]);
         }
-        return reply + DisplayAndErrorText(object);
+        AppendDisplayAndErrorText(reply, object);
+        return reply;
     }
     return {};
 }
@@ -146,17 +169,22 @@ std::wstring LocalAddressRecord(object::Quorvex& object, const std::wstring& add
 std::wstring LocalThoroughfareRecord(object::Quorvex& object, const std::wstring& postcode,
                                      const localdata::SubstitutionTable* table) {
     const std::wstring key = LocalPostcode(postcode);
-    if (key == kTestPostcode) return TestRecord(L"Victoria Rd", L"");
+    if (key == kTestPostcode) {
+        RequireDataFile(object, L'T');
+        return TestRecord(L"Victoria Rd", L"");
+    }
     const auto plain = PackedField(object, L'T', L"PAF_StreetAddress", key, table);
     if (!plain) return {};
     const localdata::ThoroughfareFields field = localdata::ThoroughfareRecord(*plain);
     static constexpr std::array<const wchar_t*, localdata::kThoroughfareFields> kNames = {
         L"line1", L"line2", L"line3", L"town", L"county", L"postcode", L"country", nullptr, L"pz_mailsort"};
-    std::wstring reply = std::wstring(kConfirmed) + L"\r\n" + Line(L"organisation", L"");
+    std::wstring reply = Confirmed();
+    object::AppendElement(reply, L"organisation", L"");
     for (std::size_t k = 0; k < kNames.size(); ++k) {
-        if (kNames[k] != nullptr) reply += Line(kNames[k], field[k]);
+        if (kNames[k] != nullptr) object::AppendElement(reply, kNames[k], field[k]);
     }
-    return reply + DisplayAndErrorText(object);
+    AppendDisplayAndErrorText(reply, object);
+    return reply;
 }
 
 } // namespace quorvex::lookups

@@ -3,6 +3,7 @@
 #include "lookups/distance.h"
 #include "lookups/local_replies.h"
 #include "lookups/postcode.h"
+#include "object/tag_writer.h"
 #include "support/text.h"
 
 #include <array>
@@ -18,24 +19,32 @@ constexpr double kSearchHalfWidth = 0.091; // degrees, about 10 km of latitude
 constexpr double kFarthest = 1000;         // kilometres
 constexpr std::size_t kGridReferenceLength = 9;
 
-constexpr std::array<std::pair<const wchar_t*, const wchar_t*>, 16> kTagsAndColumns = {{
-    {L"pz_introductiondate", L"PZ_IntroductionDate"},
-    {L"pz_gridrefeast", L"PZ_GridRefEast"},
-    {L"pz_gridrefnorth", L"PZ_GridRefNorth"},
-    {L"pz_county", L"PZ_County"},
-    {L"pz_district", L"PZ_District"},
-    {L"pz_ward", L"PZ_Ward"},
-    {L"pz_usertype", L"PZ_UserType"},
-    {L"pz_gridstatus", L"PZ_GridStatus"},
-    {L"pz_country", L"PZ_Country"},
-    {L"pz_wardstatus", L"PZ_WardStatus"},
-    {L"pz_nhs_code", L"PZ_NHS_Code"},
-    {L"pz_nhs_region", L"PZ_NHS_Region"},
-    {L"pz_latitude_wgs84", L"PZ_Lat"},
-    {L"pz_longitude_wgs84", L"PZ_Long"},
-    {L"pz_osreference", L"PZ_OSRef"},
-    {L"pz_postcode", L"PZ_Postcode"},
-}};
+struct TagAndColumn {
+    std::wstring_view tag;
+    std::wstring column;
+};
+
+const std::array<TagAndColumn, 16>& TagsAndColumns() {
+    static const std::array<TagAndColumn, 16> both = {{
+        {L"pz_introductiondate", L"PZ_IntroductionDate"},
+        {L"pz_gridrefeast", L"PZ_GridRefEast"},
+        {L"pz_gridrefnorth", L"PZ_GridRefNorth"},
+        {L"pz_county", L"PZ_County"},
+        {L"pz_district", L"PZ_District"},
+        {L"pz_ward", L"PZ_Ward"},
+        {L"pz_usertype", L"PZ_UserType"},
+        {L"pz_gridstatus", L"PZ_GridStatus"},
+        {L"pz_country", L"PZ_Country"},
+        {L"pz_wardstatus", L"PZ_WardStatus"},
+        {L"pz_nhs_code", L"PZ_NHS_Code"},
+        {L"pz_nhs_region", L"PZ_NHS_Region"},
+        {L"pz_latitude_wgs84", L"PZ_Lat"},
+        {L"pz_longitude_wgs84", L"PZ_Long"},
+        {L"pz_osreference", L"PZ_OSRef"},
+        {L"pz_postcode", L"PZ_Postcode"},
+    }};
+    return both;
+}
 
 struct Point {
     double latitude = 0;
@@ -97,10 +106,6 @@ std::optional<Point> HomePoint(object::Quorvex& object) {
     return row.AtEnd() ? std::nullopt : PointOf(row);
 }
 
-std::wstring Line(const wchar_t* name, const std::wstring& value) {
-    return std::wstring(L"<") + name + L">" + value + L"</" + name + L">\r\n";
-}
-
 } // namespace
 
 std::wstring LocalNearestPostcode(object::Quorvex& object, double longitude, double latitude) {
@@ -129,17 +134,17 @@ std::wstring LocalPostZonRecord(object::Quorvex& object, const std::wstring& key
         database::RowReader row(object.databases, File(object), *query);
         if (row.AtEnd()) return {};
         reply = L"<confirm>Yes</confirm>\r\n";
-        for (const auto& [tag, column] : kTagsAndColumns) reply += Line(tag, row.Text(column));
+        for (const auto& [tag, column] : TagsAndColumns()) object::AppendElement(reply, tag, row.Text(column));
         point = PointOf(row);
         row.Close();
     }
-    reply += Line(L"credits_display_text", object.General_credits_display_text) +
-             Line(L"errormessage", object.General_errormessage);
+    object::AppendElement(reply, L"credits_display_text", object.General_credits_display_text);
+    object::AppendElement(reply, L"errormessage", object.General_errormessage);
     const auto home = HomePoint(object);
     if (home && point) {
-        reply += Line(L"pz_geodistancetohomepostcode",
-                      support::NumberText(GetDistance(object.platform, point->latitude, point->longitude,
-                                                      home->latitude, home->longitude)));
+        const double kilometres =
+            GetDistance(object.platform, point->latitude, point->longitude, home->latitude, home->longitude);
+        object::AppendElement(reply, L"pz_geodistancetohomepostcode", support::NumberText(kilometres));
     }
     return reply;
 }

@@ -23,20 +23,21 @@ bool GetPostZonAddressRecord(object::Quorvex& object, const std::wstring& typed)
             object.General_errormessage = L"Please specify Postcode";
             return false;
         }
-        if (!DataFileUsable(object, localdata::FindDataFile(L'Z')->fileName, true)) return false;
-        const std::wstring reply = object.LocalMode()
-                                       ? LocalPostZonRecord(object, key)
-                                       : web::GetDataFromHTTPRequest(object, web::SearchForPostZonDataUrl(object, key));
-        object::ReadReplyHeader(object, reply, false);
-        return object.General_confirm;
+        return WithDataFile(object, L'Z', false, [&] {
+            const std::wstring reply =
+                object.LocalMode() ? LocalPostZonRecord(object, key)
+                                   : web::GetDataFromHTTPRequest(object, web::SearchForPostZonDataUrl(object, key));
+            object::ReadReplyHeader(object, reply, false);
+            return object.General_confirm;
+        });
     });
 }
 
 std::wstring GetPostZonAddressLongLat(object::Quorvex& object, double longitude, double latitude) {
     if (!object.LocalMode()) return {};
     return Guarded(object, std::wstring(), [&]() -> std::wstring {
-        if (!DataFileUsable(object, localdata::FindDataFile(L'Z')->fileName, true)) return {};
-        return LocalNearestPostcode(object, longitude, latitude);
+        return WithDataFile(object, L'Z', std::wstring(),
+                            [&] { return LocalNearestPostcode(object, longitude, latitude); });
     });
 }
 

@@ -3,6 +3,7 @@
 #include "object/tag_reader.h"
 #include "support/text.h"
 
+#include <algorithm>
 #include <array>
 
 namespace quorvex::object {
@@ -12,7 +13,7 @@ using object::Quorvex;
 using object::ReadElement;
 
 struct Element {
-    const wchar_t* name;
+    std::wstring_view name;
     std::wstring Quorvex::*property;
 };
 
@@ -57,12 +58,43 @@ constexpr std::array<Element, 17> kPostZonElements = {{
     {L"pz_geodistancetohomepostcode", &Quorvex::PostZon_DistanceToHomePostcode},
 }};
 
+constexpr std::array<std::wstring_view, 7> kGeneralElements = {
+    L"confirm",           L"credits_display_showbutton", L"pop_message",
+    L"lookuplistversion", L"credits_display_text",       L"accountadminpage",
+    L"errormessage"};
+
+constexpr std::size_t kElements = kAddressElements.size() + kPostZonElements.size() + kGeneralElements.size();
+
+constexpr std::array<std::wstring_view, kElements> kSortedNames = [] {
+    std::array<std::wstring_view, kElements> names;
+    auto next = std::ranges::copy(kGeneralElements, names.begin()).out;
+    for (const Element& element : kAddressElements) *next++ = element.name;
+    for (const Element& element : kPostZonElements) *next++ = element.name;
+    std::ranges::sort(names);
+    return names;
+}();
+
+constexpr std::size_t PlaceOf(std::wstring_view name) {
+    return static_cast<std::size_t>(std::ranges::lower_bound(kSortedNames, name) - kSortedNames.begin());
+}
+
+template <std::size_t Size>
+constexpr std::array<std::size_t, Size> PlacesOf(const std::array<Element, Size>& elements) {
+    std::array<std::size_t, Size> places{};
+    for (std::size_t i = 0; i < Size; ++i) places[i] = PlaceOf(elements[i].name);
+    return places;
+}
+
+constexpr auto kAddressPlaces = PlacesOf(kAddressElements);
+constexpr auto kPostZonPlaces = PlacesOf(kPostZonElements);
+
+using Values = std::array<std::wstring_view, kElements>;
+
 // An element that is not there becomes an empty property: nothing of the previous reply stays.
-template <typename Elements>
-void ReadElements(Quorvex& object, const std::wstring& reply, const Elements& elements) {
-    for (const Element& element : elements) {
-        object.*element.property = support::Trim(ReadElement(reply, element.name));
-    }
+template <std::size_t Size>
+void PutElements(Quorvex& object, const Values& values, const std::array<Element, Size>& elements,
+                 const std::array<std::size_t, Size>& places) {
+    for (std::size_t i = 0; i < Size; ++i) object.*elements[i].property = support::Trim(values[places[i]]);
 }
 
 } // namespace
@@ -77,15 +109,17 @@ void ReadReplyHeader(Quorvex& object, const std::wstring& reply, bool requireRec
         object.General_errormessage = object.LocalMode() ? ReadElement(reply, L"errormessage") : reply;
         return;
     }
-    object.General_confirm = support::UpperCase(ReadElement(reply, L"confirm")) == L"YES";
-    object.General_credits_display_showbutton = ReadElement(reply, L"credits_display_showbutton") == L"1";
-    object.General_Pop_Message = ReadElement(reply, L"pop_message");
-    object.General_LookupListVersion = ReadElement(reply, L"lookuplistversion");
-    object.General_credits_display_text = ReadElement(reply, L"credits_display_text");
-    object.General_accountadminpage = ReadElement(reply, L"accountadminpage");
-    object.General_errormessage = ReadElement(reply, L"errormessage");
-    ReadElements(object, reply, kAddressElements);
-    ReadElements(object, reply, kPostZonElements);
+    Values values;
+    FindElements(reply, kSortedNames, values);
+    object.General_confirm = support::UpperCase(values[PlaceOf(L"confirm")]) == L"YES";
+    object.General_credits_display_showbutton = values[PlaceOf(L"credits_display_showbutton")] == L"1";
+    object.General_Pop_Message = values[PlaceOf(L"pop_message")];
+    object.General_LookupListVersion = values[PlaceOf(L"lookuplistversion")];
+    object.General_credits_display_text = values[PlaceOf(L"credits_display_text")];
+    object.General_accountadminpage = values[PlaceOf(L"accountadminpage")];
+    object.General_errormessage = values[PlaceOf(L"errormessage")];
+    PutElements(object, values, kAddressElements, kAddressPlaces);
+    PutElements(object, values, kPostZonElements, kPostZonPlaces);
     if (requireRecord && object.Address_Postcode.empty()) object.General_confirm = false;
     if (object.Address_Postcode.empty()) object.Address_Postcode = object.PostZon_postcode;
     if (object.PostZon_DistanceToHomePostcode.empty()) object.PostZon_DistanceToHomePostcode = L"0";

@@ -44,6 +44,29 @@ std::wstring ReadBetweenTags(std::wstring_view html, std::wstring_view startTag,
     return std::wstring(match.value.empty() ? defaultValue : match.value);
 }
 
+void FindElements(std::wstring_view html, std::span<const std::wstring_view> names,
+                  std::span<std::wstring_view> values) {
+    std::ranges::fill(values, std::wstring_view());
+    std::size_t missing = names.size();
+    for (std::size_t at = html.find(L'<'); at != std::wstring_view::npos && missing > 0; at = html.find(L'<', at + 1)) {
+        const std::wstring_view begun = html.substr(at + 1, kLongestName + 1);
+        if (begun.starts_with(L'/')) continue;
+        const std::wstring_view name = begun.substr(0, begun.find(L'>'));
+        const auto found = std::ranges::lower_bound(names, name);
+        if (name.size() == begun.size() || found == names.end() || *found != name) continue;
+        std::wstring_view& value = values[static_cast<std::size_t>(found - names.begin())];
+        if (value.data() != nullptr) continue; // the first one counts
+        value = html.substr(at + name.size() + 2);
+        std::size_t end = value.find(L"</");
+        while (end != std::wstring_view::npos &&
+               !(value.substr(end + 2).starts_with(name) && value.substr(end + 2 + name.size()).starts_with(L'>'))) {
+            end = value.find(L"</", end + 2);
+        }
+        value = value.substr(0, end);
+        --missing;
+    }
+}
+
 std::wstring ReadElement(std::wstring_view html, std::wstring_view name) {
     // Built in place: a record has a dozen elements, a reply thousands of records.
     std::array<wchar_t, kLongestName + 3> tag; // "</name>"

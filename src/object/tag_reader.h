@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -27,6 +28,10 @@ std::wstring GetBetweenTags(std::wstring_view attributeName, std::wstring& html,
 // The same without consumption.
 std::wstring ReadBetweenTags(std::wstring_view html, std::wstring_view startTag, std::wstring_view endTag,
                              std::wstring_view defaultValue = {});
+// The elements of several names in one pass: what ReadElement gives for each, as a part of html. names are in ascending
+// order; values has a place for each, null data where an element is not there.
+void FindElements(std::wstring_view html, std::span<const std::wstring_view> names,
+                  std::span<std::wstring_view> values);
 // The element <name>...</name>.
 std::wstring ReadElement(std::wstring_view html, std::wstring_view name);
 

@@ -4,9 +4,17 @@
 #include "support/file.h"
 #include "support/text.h"
 
+#include <chrono>
 #include <limits>
 
 namespace quorvex::support {
+
+bool FileStamp::Settled() const {
+    constexpr std::int64_t kCoarsestStep = 2; // seconds; that of FAT
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const std::int64_t seconds = std::chrono::duration_cast<std::chrono::seconds>(now).count() + kSecondsFrom1601;
+    return size < 0 || seconds - written / kStepsPerSecond > kCoarsestStep;
+}
 
 std::wstring FileNameOf(std::wstring_view path) {
     const std::size_t at = path.rfind(L'\\');

@@ -26,6 +26,17 @@ std::wstring FileNameOf(std::wstring_view path);
 
 // Size in bytes, -1 when the file cannot be opened (or is larger than 2 GiB - 1).
 std::int32_t FileSize(const std::wstring& path);
+// What changes with a file's contents. A stamp younger than FileStamp::kSettled may not: file systems count time in
+// steps.
+inline constexpr std::int64_t kSecondsFrom1601 = 11644473600; // to 1970
+inline constexpr std::int64_t kStepsPerSecond = 10000000;
+struct FileStamp {
+    std::int64_t size = -1;   // bytes; -1: no such file
+    std::int64_t written = 0; // time of the last change, 100 ns steps since 1601
+    bool operator==(const FileStamp&) const = default;
+    bool Settled() const;
+};
+FileStamp FileStampOf(const std::wstring& path);
 // True only for a file of more than 0 bytes. Intended: an empty file counts as absent.
 bool FileExists(const std::wstring& path);
 // True for anything of that name, an empty file or a folder included. Also true if the system cannot tell.

@@ -37,6 +37,13 @@ std::int32_t FileSize(const std::wstring& path) {
     return static_cast<std::int32_t>(status.st_size);
 }
 
+FileStamp FileStampOf(const std::wstring& path) {
+    struct stat status {};
+    if (stat(NativePath(path).c_str(), &status) != 0) return {};
+    return {status.st_size,
+            (status.st_mtim.tv_sec + kSecondsFrom1601) * kStepsPerSecond + status.st_mtim.tv_nsec / 100};
+}
+
 bool PathExists(const std::wstring& path) {
     struct stat status {};
     return lstat(ToPath(path).c_str(), &status) == 0 || (errno != ENOENT && errno != ENOTDIR);

@@ -60,6 +60,16 @@ std::int32_t FileSize(const std::wstring& path) {
     return sized ? static_cast<std::int32_t>(size.QuadPart) : -1;
 }
 
+FileStamp FileStampOf(const std::wstring& path) {
+    WIN32_FILE_ATTRIBUTE_DATA found{};
+    if (!GetFileAttributesExW(SystemPath(path).c_str(), GetFileExInfoStandard, &found)) return {};
+    const auto whole = [](DWORD high, DWORD low) {
+        return static_cast<std::int64_t>((std::uint64_t{high} << 32) | low);
+    };
+    return {whole(found.nFileSizeHigh, found.nFileSizeLow),
+            whole(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime)};
+}
+
 bool PathExists(const std::wstring& path) {
     if (GetFileAttributesW(SystemPath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return true;
     const DWORD error = GetLastError();

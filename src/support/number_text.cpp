@@ -38,6 +38,12 @@ Scan ScanNumber(std::wstring_view text) {
 
 } // namespace
 
+void AppendNumber(std::wstring& text, std::int64_t number) {
+    std::array<char, 24> buffer{};
+    const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
+    text.append(buffer.data(), written.ptr);
+}
+
 std::wstring NumberText(double number) {
     // Figures of everyday size never take an exponent: hosts show these texts to people.
     const double size = std::fabs(number);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -46,6 +47,8 @@ std::wstring NextField(std::wstring& list, std::wstring_view separator, bool rem
 std::wstring CleanLogText(std::wstring_view text);
 
 // --- Numbers ---------------------------------------------------------------------------------------------------------
+// Adds a whole number in decimal.
+void AppendNumber(std::wstring& text, std::int64_t number);
 // Shortest decimal text that reads back to the same double, with a point, whatever the locale; an exponent only below
 // 1e-7 and from 1e21.
 std::wstring NumberText(double number);

@@ -110,14 +110,15 @@ class LocalSource final : public AddressSource {
     }
 
     PostcodeAddresses Unpack(const std::wstring& key, const std::wstring& stored) const {
-        localdata::PackedAddress packed = localdata::SplitPackedAddress(table_.Unscramble(stored));
+        const std::wstring plain = table_.Unscramble(stored);
+        const localdata::PackedAddress packed = localdata::SplitPackedAddress(plain);
         PostcodeAddresses addresses;
         addresses.postcode = WrittenPostcode(key);
         const std::wstring street = WordsOf(localdata::StreetPart(packed.common));
         addresses.premises.reserve(packed.premises.size());
-        for (const std::wstring& premise : packed.premises) addresses.premises.emplace_back(premise, street);
-        addresses.sources = std::move(packed.premises);
-        addresses.common = std::move(packed.common);
+        for (const std::wstring_view premise : packed.premises) addresses.premises.emplace_back(premise, street);
+        addresses.sources.assign(packed.premises.begin(), packed.premises.end());
+        addresses.common = packed.common;
         return addresses;
     }
 

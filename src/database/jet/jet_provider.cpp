@@ -5,9 +5,9 @@
 #include "database/row_reader.h"
 #include "support/text.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
-#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -273,14 +273,14 @@ class JetRecordset final : public Recordset {
 
     // A few names are asked for over and over again.
     std::size_t Position(const std::wstring& column) {
-        const auto known = positions_.find(column);
+        const auto known = std::ranges::find(positions_, column, &std::pair<std::wstring, std::size_t>::first);
         if (known != positions_.end()) return known->second;
         const auto position = cursor_->FindColumn(ToUtf16(column));
         if (!position) {
             throw jet::Error(jet::ErrorCode::kNoSuchColumn,
                              "Item cannot be found in the collection corresponding to the requested name or ordinal.");
         }
-        positions_.emplace(column, *position);
+        positions_.emplace_back(column, *position);
         return *position;
     }
 
@@ -294,7 +294,7 @@ class JetRecordset final : public Recordset {
     bool first_ = false; // on the first row of the set
     Place place_ = Place::End;
     jet::RowId found_;
-    std::map<std::wstring, std::size_t> positions_; // of columns, by the names they were asked by
+    std::vector<std::pair<std::wstring, std::size_t>> positions_; // of columns, by the names they were asked by
     std::vector<jet::Assignment> changes_;
     bool adding_ = false;
 };
