@@ -36,6 +36,7 @@ struct AddressControls {
     HWND InpCountiesComb = nullptr;
     HWND InpPostcodeComb = nullptr;
     HWND BottomWarning = nullptr;
+    HWND SummaryLabel = nullptr;
     HWND CriteriaLabel = nullptr;
     HWND ADVSearchLoadNewLists = nullptr;
     HWND Label10 = nullptr; // Help?
@@ -81,7 +82,8 @@ enum AddressControlId : int {
     kAdvResultsTree,
 };
 
-enum AddressTimer : UINT_PTR { kTimer1 = 1, kClearError = 2, kLoadCombos = 3 };
+enum AddressTimer : UINT_PTR { kTimer1 = 1, kClearError = 2, kLoadCombos = 3, kTreeClick = 4 };
+inline constexpr UINT kNodePicked = WM_APP + 3; // posted to the dialog; lParam: the item that was picked
 inline constexpr UINT kTimer1Milliseconds = 100;
 inline constexpr UINT kLoadCombosMilliseconds = 250;
 

@@ -1,9 +1,6 @@
 #include "dialogs/address_form_win.h"
 
 #include "dialogs/auto_complete_win.h"
-#include "dialogs/guard_win.h"
-
-#include <windowsx.h>
 
 namespace quorvex::dialogs {
 namespace {
@@ -11,28 +8,18 @@ namespace {
 // Posted to the dialog itself: what a control reports is acted on when the control is done with it.
 constexpr UINT kPlaceChosen = WM_APP + 1; // wParam: field
 constexpr UINT kPlaceLeft = WM_APP + 2;   // wParam: field
-constexpr UINT kNodePicked = WM_APP + 3;  // the selected node was clicked
-
-constexpr wchar_t kFormProperty[] = L"QuorvexForm";
-constexpr wchar_t kProcedureProperty[] = L"QuorvexProcedure";
 constexpr wchar_t kHelpTitle[] = L"Help on Advanced Search";
-
-HWND EditOf(HWND combo) {
-    COMBOBOXINFO info{};
-    info.cbSize = sizeof info;
-    return GetComboBoxInfo(combo, &info) ? info.hwndItem : nullptr;
-}
-
-WNDPROC FormerProcedure(HWND edit) {
-    return reinterpret_cast<WNDPROC>(GetPropW(edit, kProcedureProperty));
-}
 
 } // namespace
 
 // --- The view ----------------------------------------------------------------------------------------------
 
 void frmAddress::AdvSearchShow() {
-    if (Searching() || advSearch_.Busy()) return;
+    if (Searching()) return;
+    if (advSearch_.Busy()) {
+        afterwards_ = kADVSearchButton;
+        return;
+    }
     if (AddressObj.LocalMode()) { // reached by "ADV" in the plain dialog
         AddressObj.platform.user.ShowMessage(L"The Advanced search is not available in Local Mode",
                                              support::kStyleCritical, kErrorTitle);
@@ -52,7 +39,8 @@ void frmAddress::ShowTree(const std::wstring& instruction) {
 
 void frmAddress::Command11_Click() {
     if (advSearch_.Busy()) AddressObj.platform.web.StopRequest();
-    SetInstruction(SendMessageW(c_.AddressList, LB_GETCOUNT, 0, 0) > 0 ? kPickAddress : kEnterPostcode);
+    const auto lines = static_cast<std::size_t>(SendMessageW(c_.AddressList, LB_GETCOUNT, 0, 0));
+    SetInstruction(lines > 0 ? PickInstruction(lines, listed_) : kEnterPostcode);
     ShowView(View::Postcode);
     SetFocus(c_.InpPostcode);
 }
@@ -123,12 +111,12 @@ LRESULT frmAddress::Notify(const NMHDR& header) {
 
 std::optional<LRESULT> frmAddress::Message(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
-    case WM_GETMINMAXINFO: {
-        const SIZE least = DocumentedSize();
-        reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {least.cx, least.cy};
-        return 0;
-    }
+    case WM_GETMINMAXINFO:
+    case WM_ENTERSIZEMOVE:
+    case WM_EXITSIZEMOVE:
+        return SizeMessage(message, lParam);
     case WM_SETCURSOR:
+        if (reinterpret_cast<HWND>(wParam) == c_.AddressList) TipForLine();
         // The STOP button works while all else waits.
         if (waits_ == 0 || reinterpret_cast<HWND>(wParam) == c_.Command2 || LOWORD(lParam) != HTCLIENT)
             return std::nullopt;
@@ -139,9 +127,6 @@ std::optional<LRESULT> frmAddress::Message(UINT message, WPARAM wParam, LPARAM l
     case WM_HELP:
         if (view_ != View::Postcode && !closed_) Label10_Click();
         return TRUE;
-    case WM_SYSCOLORCHANGE:
-        MetricsChanged();
-        return std::nullopt;
     case kPlaceChosen:
         if (InCriteria()) advSearch_.Inp_Click(static_cast<int>(wParam));
         return 0;
@@ -149,36 +134,11 @@ std::optional<LRESULT> frmAddress::Message(UINT message, WPARAM wParam, LPARAM l
         if (InCriteria()) CheckPlaceLeft(static_cast<int>(wParam));
         return 0;
     case kNodePicked:
-        if (InResults()) advSearch_.SelectFromTree();
+        if (InResults() && TreeView_GetSelection(c_.AdvResultsTree) == reinterpret_cast<HTREEITEM>(lParam))
+            advSearch_.SelectFromTree();
         return 0;
     default:
         return std::nullopt;
-    }
-}
-
-// --- Results tree ------------------------------------------------------------------------------------------
-
-LRESULT frmAddress::TreeNotify(const NMHDR& header) {
-    switch (header.code) {
-    case static_cast<UINT>(NM_CLICK):
-    case static_cast<UINT>(NM_DBLCLK): {
-        const DWORD at = GetMessagePos();
-        TVHITTESTINFO hit{};
-        hit.pt = {GET_X_LPARAM(at), GET_Y_LPARAM(at)};
-        ScreenToClient(c_.AdvResultsTree, &hit.pt);
-        const HTREEITEM item = TreeView_HitTest(c_.AdvResultsTree, &hit);
-        if (item == nullptr || (hit.flags & TVHT_ONITEM) == 0) return 0;
-        TreeView_SelectItem(c_.AdvResultsTree, item);
-        PostMessageW(Window(), kNodePicked, 0, 0);
-        return 0;
-    }
-    case static_cast<UINT>(TVN_KEYDOWN):
-        // Enter does nothing here; the space bar picks the node for those who work without a mouse.
-        if (reinterpret_cast<const NMTVKEYDOWN&>(header).wVKey != VK_SPACE) return 0;
-        PostMessageW(Window(), kNodePicked, 0, 0);
-        return 1;
-    default:
-        return 0;
     }
 }
 
@@ -203,48 +163,6 @@ void frmAddress::CheckPlaceLeft(int field) {
     } else {
         SetFocus(advSearch_.PlaceField(field));
     }
-}
-
-void frmAddress::WatchPlaceField(int field) {
-    const HWND combo = field == lookups::kTown     ? c_.InpTownComb
-                       : field == lookups::kCounty ? c_.InpCountiesComb
-                                                   : c_.InpPostcodeComb;
-    const HWND edit = EditOf(combo);
-    if (edit == nullptr) return;
-    SetPropW(edit, kFormProperty, this);
-    const LONG_PTR former =
-        SetWindowLongPtrW(edit, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&frmAddress::PlaceEditProcedure));
-    SetPropW(edit, kProcedureProperty, reinterpret_cast<HANDLE>(former));
-}
-
-LRESULT CALLBACK frmAddress::PlaceEditProcedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    const WNDPROC former = FormerProcedure(edit);
-    auto* const form = static_cast<frmAddress*>(GetPropW(edit, kFormProperty));
-    if (message == WM_NCDESTROY) {
-        RemovePropW(edit, kFormProperty);
-        RemovePropW(edit, kProcedureProperty);
-        SetWindowLongPtrW(edit, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(former));
-    } else if (form != nullptr && (message == WM_CHAR || message == WM_KEYDOWN)) {
-        bool usedUp = false;
-        Guarded(form->Host(), [&] { usedUp = form->PlaceKey(edit, message, wParam); });
-        if (usedUp) return 0;
-    }
-    return CallWindowProcW(former, edit, message, wParam, lParam);
-}
-
-// True when the key is used up here.
-bool frmAddress::PlaceKey(HWND edit, UINT message, WPARAM key) {
-    const int field = PlaceFieldOf(edit);
-    if (field == 0 || closed_) return false;
-    if (key == VK_RETURN) {
-        // Comes here only while the list is open; Enter then closes it and goes on to the default button.
-        if (message == WM_KEYDOWN) Command3_Click();
-        return true;
-    }
-    if (message != WM_CHAR) return false;
-    const int result = AutoCompleteComboBox(Host(), GetParent(edit), static_cast<int>(key));
-    advSearch_.Inp_KeyPress(field);
-    return result == 0;
 }
 
 void frmAddress::PlaceEnter(int field) {

@@ -4,10 +4,15 @@
 #include "lookups/address_record.h"
 #include "pages/pages.h"
 
+#include <algorithm>
+#include <atomic>
 #include <utility>
 
 namespace quorvex::dialogs {
 namespace {
+
+// Width and height of the window at 96 DPI, shared by all windows of the process: 16 bits each.
+std::atomic<std::uint32_t> g_userSize{0};
 
 constexpr wchar_t kFoundNothing[] = L" - Found nothing!";
 
@@ -46,6 +51,11 @@ class ButtonCaptionScope {
 };
 
 } // namespace
+
+SIZE RememberedSize() {
+    const std::uint32_t size = g_userSize;
+    return {static_cast<LONG>(size >> 16U), static_cast<LONG>(size & 0xFFFFU)};
+}
 
 frmAddress::frmAddress(object::Quorvex& addressObj, AddressFormSettings settings)
     : Form(addressObj.platform, settings.dpi), AddressObj(addressObj), settings_(std::move(settings)),
@@ -98,6 +108,7 @@ void frmAddress::Timer1_Timer() {
 void frmAddress::Hide() {
     if (closed_) return;
     closed_ = true;
+    FinishMouseClick();
     if (session_ != nullptr) session_->Release();
     ShowWindow(Window(), SW_HIDE);
     done_ = true;
@@ -136,14 +147,16 @@ void frmAddress::Command(int id, int code, HWND control) {
     }
     if (AdvancedCommand(id, code)) return;
     if (id == kInpPostcode && code == EN_CHANGE) InpPostcode_Change();
-    if (id == kAddressList && code == LBN_DBLCLK) selectaddress();
+    int line = 0;
+    if (id == kAddressList && code == LBN_DBLCLK && PointerIsOnLine(line)) selectaddress();
     if (code != BN_CLICKED) return;
     switch (id) {
     case kCommand1:
         Command1_Click();
         break;
     case kCommand2:
-        Command2_Click();
+        // A second Enter goes to the button that had the first one, and it reads STOP now.
+        if (!searching_ || GetKeyState(VK_RETURN) >= 0) Command2_Click();
         break;
     case kCommand3:
         Command3_Click();
@@ -167,6 +180,28 @@ void frmAddress::TimerTick(UINT_PTR timer) {
     if (timer == kTimer1) Timer1_Timer();
     if (timer == kClearError) advSearch_.ClearErrorTimer_Tick();
     if (timer == kLoadCombos) advSearch_.LoadTimer_Tick();
+    if (timer == kTreeClick) TreeClicked(static_cast<UINT>(NM_DBLCLK));
+}
+
+std::optional<LRESULT> frmAddress::SizeMessage(UINT message, LPARAM lParam) {
+    constexpr int kLeastWidth = 260;
+    constexpr int kLeastHeight = 240;
+    if (message == WM_GETMINMAXINFO) {
+        reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {Units().Scale(kLeastWidth),
+                                                                 Units().Scale(kLeastHeight)};
+        return 0;
+    }
+    RECT box{};
+    GetWindowRect(Window(), &box);
+    const SIZE size = {box.right - box.left, box.bottom - box.top};
+    if (message == WM_ENTERSIZEMOVE) sizeBefore_ = size;
+    if (message == WM_EXITSIZEMOVE && (size.cx != sizeBefore_.cx || size.cy != sizeBefore_.cy)) {
+        const auto half = [this](LONG pixels) {
+            return static_cast<std::uint32_t>(MulDiv(static_cast<int>(pixels), USER_DEFAULT_SCREEN_DPI, Units().Dpi()));
+        };
+        g_userSize = half(size.cx) << 16U | (half(size.cy) & 0xFFFFU);
+    }
+    return std::nullopt;
 }
 
 void frmAddress::BeginWait() {
@@ -189,56 +224,75 @@ void frmAddress::Command2_Click() {
     if (view_ == View::Results) ShowView(View::Postcode);
     if (WindowText(c_.Command2) == kCaptionStop) {
         Stop();
-    } else if (!fetching_ && !advSearch_.Busy()) {
+    } else if (advSearch_.Busy()) {
+        afterwards_ = kCommand2; // its request was begun before and is ending
+    } else if (!fetching_) {
         Find();
     }
 }
 
+void frmAddress::OperationEnded() {
+    if (afterwards_ != 0 && !closed_) PostMessageW(Window(), WM_COMMAND, MAKEWPARAM(afterwards_, BN_CLICKED), 0);
+    afterwards_ = 0;
+}
+
 void frmAddress::Find() {
     SetCaption(WithoutFoundNothing(Caption()));
-    CaptionScope caption(*this, kCaptionSearching);
-    SendMessageW(c_.AddressList, LB_RESETCONTENT, 0, 0);
+    std::wstring caption = Caption();
+    ClearAddressList();
+    const std::int32_t found = Search();
+    if (closed_) return;
+    if (found != 0) FillAddressList();
+    caption = CaptionToRestore(caption, AddressObj.General_credits_display_text, settings_.showAccountDetails);
+    const bool lines = SendMessageW(c_.AddressList, LB_GETCOUNT, 0, 0) > 0;
+    SetCaption(lines ? caption : caption + kFoundNothing);
+    SetTextIfNew(c_.Command1, lines ? kCaptionSelect : kCaptionCancel);
+    if (lines) SendMessageW(c_.AddressList, LB_SETCURSEL, 0, 0);
+    ShowDefaultButton();
+    if (found == 0 && !stopped_) ReportFailure(kNothingFound);
+    if (closed_ || view_ != View::Postcode) return;
+    SetFocus(lines ? c_.AddressList : c_.InpPostcode);
+    if (!lines) SendMessageW(c_.InpPostcode, EM_SETSEL, 0, -1); // the next one is typed over it
+}
+
+// Waits for the list; the window says so meanwhile.
+std::int32_t frmAddress::Search() {
+    const CaptionScope caption(*this, kCaptionSearching);
     const FlagScope searching(searching_);
     const ButtonCaptionScope stop(c_.Command2, kCaptionStop, kCaptionFind);
-    std::int32_t found = 0;
-    {
-        const WaitScope waiting(*this);
-        if (lookups::GetFullAddressToList(AddressObj, WindowText(c_.InpPostcode))) found = AddressObj.RecordCount;
-    }
-    if (closed_) return;
-    if (found != 0) {
-        FillAddressList();
-    } else {
-        ReportFailure();
-    }
-    if (closed_) return;
-    caption.Restore(
-        CaptionToRestore(caption.Remembered(), AddressObj.General_credits_display_text, settings_.showAccountDetails));
-    if (SendMessageW(c_.AddressList, LB_GETCOUNT, 0, 0) > 0) {
-        SetTextIfNew(c_.Command1, kCaptionSelect);
-        SendMessageW(c_.AddressList, LB_SETCURSEL, 0, 0);
-        if (view_ == View::Postcode) SetFocus(c_.AddressList);
-    } else {
-        caption.Restore(caption.Remembered() + kFoundNothing);
-        SetTextIfNew(c_.Command1, kCaptionCancel);
-    }
-    ShowDefaultButton();
+    const WaitScope waiting(*this);
+    stopped_ = false;
+    return lookups::GetFullAddressToList(AddressObj, WindowText(c_.InpPostcode)) ? AddressObj.RecordCount : 0;
+}
+
+void frmAddress::ClearAddressList() {
+    SendMessageW(c_.AddressList, LB_RESETCONTENT, 0, 0);
+    SetTextIfNew(c_.AddressList, kAddressListName);
+    SetInstruction(kEnterPostcode);
+    typed_.clear();
+    tippedLine_ = -1;
 }
 
 void frmAddress::FillAddressList() {
     if (!settings_.path.empty()) advSearch_.CheckForAddressUpdates(AddressObj.General_LookupListVersion);
     SendMessageW(c_.AddressList, WM_SETREDRAW, FALSE, 0);
     int widest = 0;
+    std::size_t lines = 0;
     for (std::wstring line = lookups::GetFullAddressLineForSelection(AddressObj); !line.empty();
          line = lookups::GetFullAddressLineForSelection(AddressObj)) {
         SendMessageW(c_.AddressList, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str()));
         widest = std::max(widest, static_cast<int>(Units().TextSize(line).cx));
+        ++lines;
     }
     SendMessageW(c_.AddressList, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest + Units().Scale(8)), 0);
     SendMessageW(c_.AddressList, WM_SETREDRAW, TRUE, 0);
-    InvalidateRect(c_.AddressList, nullptr, TRUE);
+    if (lines == 0) return;
+    SetTextIfNew(c_.AddressList, kAddressListName + (L": " + std::to_wstring(lines)));
+    NotifyWinEvent(EVENT_OBJECT_NAMECHANGE, c_.AddressList, OBJID_CLIENT, CHILDID_SELF);
     ShowBuyMoreButton();
-    SetInstruction(kPickAddress);
+    listed_ = static_cast<std::size_t>(std::max(AddressObj.RecordCount, 0));
+    SetInstruction(PickInstruction(lines, listed_));
+    LayoutNow(); // a scroll bar may have taken part of a row
 }
 
 void frmAddress::ShowBuyMoreButton() {
@@ -248,14 +302,16 @@ void frmAddress::ShowBuyMoreButton() {
     LayoutNow();
 }
 
-void frmAddress::ReportFailure() {
+void frmAddress::ReportFailure(const std::wstring& otherwise) {
     if (!settings_.displayErrors) return;
     AddressObj.platform.user.ShowMessage(
-        FailureText(AddressObj.General_credits_display_text, AddressObj.General_errormessage), support::kStyleCritical,
-        kErrorTitle);
+        FailureText(AddressObj.General_credits_display_text, AddressObj.General_errormessage, otherwise),
+        support::kStyleCritical, kErrorTitle);
 }
 
 void frmAddress::Stop() {
+    if (stopped_) return;
+    stopped_ = true;
     AddressObj.platform.web.StopRequest();
     SetCursor(LoadCursorW(nullptr, IDC_ARROW));
     SetCaption(kCaptionStopped);
@@ -268,23 +324,22 @@ void frmAddress::selectaddress() {
     if (Searching()) return;
     const LRESULT index = SendMessageW(c_.AddressList, LB_GETCURSEL, 0, 0);
     if (index == LB_ERR) return;
+    const std::wstring caption = Caption();
     const FlagScope fetching(fetching_);
     bool fetched = false;
     {
-        CaptionScope caption(*this, kCaptionFetching);
-        {
-            const WaitScope waiting(*this);
-            fetched = lookups::GetFullAddressRecord(AddressObj, static_cast<std::int32_t>(index));
-        }
-        if (closed_) return; // the user gave up: no address
-        ret_ = fetched;
-        if (fetched) {
-            ShowBuyMoreButton();
-        } else {
-            ReportFailure();
-        }
-        caption.Restore(CaptionToRestore(caption.Remembered(), AddressObj.General_credits_display_text,
-                                         settings_.showAccountDetails));
+        const CaptionScope during(*this, kCaptionFetching);
+        const WaitScope waiting(*this);
+        fetched = lookups::GetFullAddressRecord(AddressObj, static_cast<std::int32_t>(index));
+    }
+    if (closed_) return; // the user gave up: no address
+    ret_ = fetched;
+    SetCaption(
+        CaptionToRestore(caption, AddressObj.General_credits_display_text, settings_.showAccountDetails));
+    if (fetched) {
+        ShowBuyMoreButton();
+    } else {
+        ReportFailure(FetchFailure(static_cast<std::size_t>(index)));
     }
     Hide();
 }
@@ -302,6 +357,7 @@ void frmAddress::Command1_Click() {
 }
 
 void frmAddress::Command3_Click() {
+    if (Searching()) return; // Enter that is held or pressed twice
     if (const int field = PlaceFieldOf(GetFocus()); field != 0 && view_ == View::Criteria) PlaceEnter(field);
     switch (RouteEnter(view_, WindowText(c_.Command1) == kCaptionSelect, WindowText(c_.InpPostcode).empty(),
                        IsWindowEnabled(c_.ADVSearchFindButton) != FALSE)) {
@@ -320,6 +376,7 @@ void frmAddress::Command3_Click() {
 }
 
 void frmAddress::Command4_Click() {
+    if (const int field = PlaceFieldOf(GetFocus()); field != 0 && CloseOpenList(advSearch_.PlaceField(field))) return;
     switch (RouteEscape(view_)) {
     case EscapeAction::Unload:
         Close();

@@ -9,6 +9,7 @@
 #include "dialogs/window_text_win.h"
 #include "object/quorvex.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -53,6 +54,11 @@ class frmAddress final : public Form {
     UINT WarningMilliseconds() const { return settings_.warningMilliseconds; }
     bool Searching() const { return searching_ || fetching_; }
     bool IsOpen() const { return !closed_; }
+    // Changes with every view that is shown: what was begun in another one is not wanted any more.
+    unsigned ViewStamp() const { return viewStamp_; }
+    bool Left(unsigned stamp) const { return closed_ || stamp != viewStamp_; }
+    // What the user asked for while the controller was busy is done now.
+    void OperationEnded();
     bool InCriteria() const { return !closed_ && view_ == View::Criteria; }
     bool InResults() const { return !closed_ && view_ == View::Results; }
     // Hourglass while waiting; nests.
@@ -66,6 +72,7 @@ class frmAddress final : public Form {
     void CreateControls() override;
     void Layout(int width, int height) override;
     SIZE ClientSize() override;
+    SIZE LeastClient() override { return LeastClientOf(view_); }
     void Command(int id, int code, HWND control) override;
     LRESULT Notify(const NMHDR& header) override;
     void TimerTick(UINT_PTR timer) override;
@@ -75,20 +82,30 @@ class frmAddress final : public Form {
     std::optional<LRESULT> Message(UINT message, WPARAM wParam, LPARAM lParam) override;
 
   private:
-    // --- Layout: address_form_layout_win.cpp
+    // --- Making the controls: address_form_controls_win.cpp
     void CreatePostcodeControls();
     void CreateCriteriaControls();
     void CreateTip();
-    SIZE DocumentedSize() const;
+
+    // --- What is shown: address_form_views_win.cpp
     void ShowView(View view);
     void ShowControls();
+    void SetTabOrder();
+    std::vector<HWND> ControlsOf(View view) const;
+    bool Wanted(HWND control) const;
+    void ShowDefaultButton();
+
+    // --- Layout: address_form_layout_win.cpp
+    SIZE DocumentedSize() const;
+    SIZE LeastClientOf(View view) const;
+    int CriteriaHeight() const;
+    void PlaceRows(HWND list, RECT box, int rowHeight) const;
     void LayoutPostcode(int width, int height);
     void LayoutCriteria(int width, int height);
     void LayoutCriteriaFields(RECT inner);
     void LayoutResults(int width, int height);
     int PlaceButtons(const std::vector<HWND>& left, const std::vector<HWND>& right, int width, int height);
     void LayoutSummary();
-    void ShowDefaultButton();
     LRESULT DrawHelpLink(const DRAWITEMSTRUCT& item) const;
 
     // --- Events of the postcode view: address_form_events_win.cpp
@@ -101,13 +118,16 @@ class frmAddress final : public Form {
     void InpPostcode_Change();
     void BuyMoreButton_Click();
     void Find();
+    std::int32_t Search();
     void Stop();
     void FillAddressList();
-    void ReportFailure();
+    void ClearAddressList();
+    void ReportFailure(const std::wstring& otherwise);
     void ShowBuyMoreButton();
     void selectaddress();
     void Hide();
     void Close();
+    std::optional<LRESULT> SizeMessage(UINT message, LPARAM lParam);
 
     // --- Events of the advanced view: address_form_advanced_win.cpp
     bool AdvancedCommand(int id, int code);
@@ -115,13 +135,23 @@ class frmAddress final : public Form {
     void Command5_Click();
     void Command11_Click();
     void Label10_Click();
-    LRESULT TreeNotify(const NMHDR& header);
-    bool PlaceKey(HWND edit, UINT message, WPARAM key);
     void PlaceEnter(int field);
     void CheckPlaceLeft(int field);
     int PlaceFieldOf(HWND control) const; // 4 to 6, or 0
-    void WatchPlaceField(int field);
-    static LRESULT CALLBACK PlaceEditProcedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+
+    // --- Keys and clicks in fields and lists: address_form_lists_win.cpp
+    void WatchKeys(HWND control);
+    bool ControlKey(HWND control, UINT message, WPARAM key);
+    bool PlaceKey(HWND edit, UINT message, WPARAM key);
+    bool CloseOpenList(HWND combo);
+    bool ListKey(WPARAM key);
+    void GoToTyped();
+    bool PointerIsOnLine(int& line) const;
+    void TipForLine();
+    LRESULT TreeNotify(const NMHDR& header);
+    void TreeClicked(UINT code); // NM_CLICK or NM_DBLCLK
+    std::wstring HighlightedText() const;
+    static LRESULT CALLBACK ControlProcedure(HWND control, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
 
     object::Quorvex& AddressObj;
     AddressFormSettings settings_;
@@ -137,6 +167,15 @@ class frmAddress final : public Form {
     bool closed_ = false;    // hidden or unloaded; what is still running must not touch the windows any more
     bool searching_ = false; // a Find waits for its reply
     bool fetching_ = false;
+    bool stopped_ = false;   // the user stopped the Find
+    int afterwards_ = 0;     // command that waits for the controller
+    unsigned viewStamp_ = 0;
+    HTREEITEM clicked_ = nullptr; // waits for the second click or the end of its time
+    std::size_t listed_ = 0;      // addresses at the postcode of the list, shown or not
+    int tippedLine_ = -1;
+    std::wstring typed_; // into the list of addresses
+    ULONGLONG typedAt_ = 0;
+    SIZE sizeBefore_{}; // the user's drag
     int waits_ = 0;
     bool buyMoreVisible_ = false;
     bool downloadVisible_ = false;
@@ -145,6 +184,9 @@ class frmAddress final : public Form {
     bool criteriaMissing_ = true;
     bool placeMissing_ = true;
 };
+
+// The size of the window, in pixels at 96 DPI, that a user of this process last gave it; {0, 0} before.
+SIZE RememberedSize();
 
 // Hourglass for the length of a block.
 class WaitScope {
@@ -168,8 +210,6 @@ class CaptionScope {
     CaptionScope(const CaptionScope&) = delete;
     CaptionScope& operator=(const CaptionScope&) = delete;
 
-    const std::wstring& Remembered() const { return restore_; }
-    void Restore(const std::wstring& caption) { restore_ = caption; }
 
   private:
     frmAddress& form_;

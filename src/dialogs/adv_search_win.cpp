@@ -14,24 +14,26 @@ namespace {
 
 constexpr UINT kPlainBeep = 0xFFFFFFFF;
 
-// Marks the controller busy for one search or fetch.
-class BusyScope {
-  public:
-    explicit BusyScope(bool& busy) : busy_(busy) { busy_ = true; }
-    ~BusyScope() { busy_ = false; }
-    BusyScope(const BusyScope&) = delete;
-    BusyScope& operator=(const BusyScope&) = delete;
-
-  private:
-    bool& busy_;
-};
-
 void Clear(HWND combo) {
     SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(-1), 0);
     SetWindowTextW(combo, L"");
 }
 
 } // namespace
+
+// Marks the controller busy for one search, fetch or download; nests.
+class AdvSearch::BusyScope {
+  public:
+    explicit BusyScope(AdvSearch& search) : search_(search) { ++search_.busy_; }
+    ~BusyScope() {
+        if (--search_.busy_ == 0) search_.dialog_.OperationEnded();
+    }
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+
+  private:
+    AdvSearch& search_;
+};
 
 void AdvSearch::FormLoad(const AddressControls& controls) {
     controls_ = controls;
@@ -75,16 +77,31 @@ void AdvSearch::ClearFields() {
 // --- Field events ------------------------------------------------------------------------------------------
 
 void AdvSearch::Inp_Click(int field) {
+    lastPlace_ = 0;
     for (const int other : lookups::OtherPlaceFields(field)) Clear(PlaceField(other));
     OneLostFocus();
 }
 
 void AdvSearch::Inp_KeyPress(int field) {
-    // A place that is typed excludes the other places as one that is chosen does.
-    if (WindowText(PlaceField(field)).empty()) {
-        OneLostFocus();
+    lastPlace_ = field;
+    // Only a place that is typed to its end excludes the others; the rest of a completion is no more than an offer.
+    DWORD start = 0;
+    DWORD end = 0;
+    SendMessageW(PlaceField(field), CB_GETEDITSEL, reinterpret_cast<WPARAM>(&start), reinterpret_cast<LPARAM>(&end));
+    if (start == end) {
+        SettlePlace(field);
     } else {
+        OneLostFocus();
+    }
+}
+
+// A place that stands in its list excludes the others as one that is chosen does.
+void AdvSearch::SettlePlace(int field) {
+    const std::wstring text = WindowText(PlaceField(field));
+    if (!text.empty() && lookups::IsListValue(text, PlaceList(field))) {
         Inp_Click(field);
+    } else {
+        OneLostFocus();
     }
 }
 
@@ -100,6 +117,8 @@ void AdvSearch::Inp_LostFocus(int field) {
             if (field == lookups::kOrganisation) MessageBeep(kPlainBeep);
             ShowTopWarning(warning);
         }
+    } else if (field == lastPlace_) {
+        SettlePlace(field);
     }
     OneLostFocus();
 }
@@ -152,14 +171,17 @@ bool AdvSearch::PlacesAreValid() {
 }
 
 void AdvSearch::Find() {
-    if (busy_ || dialog_.Searching() || !PlacesAreValid()) return;
-    const BusyScope busy(busy_);
+    if (Busy() || dialog_.Searching() || !PlacesAreValid()) return;
+    if (lastPlace_ != 0) SettlePlace(lastPlace_); // the click may be here before the field has been left
+    const BusyScope busy(*this);
+    const unsigned view = dialog_.ViewStamp();
     bool found = false;
     {
         const WaitScope waiting(dialog_);
+        const CaptionScope caption(dialog_, kCaptionSearching);
         found = lookups::GetFullAddressToListAdv(object_, Criteria());
     }
-    if (!dialog_.InCriteria()) return; // the user left meanwhile
+    if (dialog_.Left(view)) return;
     if (!found) {
         ReportFailure();
         return;
@@ -181,8 +203,13 @@ void AdvSearch::ShowNothingFound() {
 void AdvSearch::ReportFailure() {
     if (!dialog_.DisplayErrors()) return;
     ShowNothingFound();
-    object_.platform.user.ShowMessage(FailureText(object_.General_credits_display_text, object_.General_errormessage),
-                                      support::kStyleCritical, kErrorTitle);
+    ShowFailure(kNothingFound);
+}
+
+void AdvSearch::ShowFailure(const std::wstring& otherwise) {
+    object_.platform.user.ShowMessage(
+        FailureText(object_.General_credits_display_text, object_.General_errormessage, otherwise),
+        support::kStyleCritical, kErrorTitle);
 }
 
 void AdvSearch::ShowResults() {
@@ -216,33 +243,41 @@ void AdvSearch::AddNode(std::vector<void*>& items, std::size_t position) {
     items.push_back(TreeView_InsertItem(controls_.AdvResultsTree, &insert));
 }
 
-void AdvSearch::SelectFromTree() {
-    if (busy_) return;
+const ResultNode* AdvSearch::SelectedNode() const {
     TVITEMW item{};
     item.mask = TVIF_PARAM;
     item.hItem = TreeView_GetSelection(controls_.AdvResultsTree);
-    if (item.hItem == nullptr || !TreeView_GetItem(controls_.AdvResultsTree, &item)) return;
+    if (item.hItem == nullptr || !TreeView_GetItem(controls_.AdvResultsTree, &item)) return nullptr;
     const std::size_t position = static_cast<std::size_t>(item.lParam);
-    if (position >= nodes_.size()) return;
-    if (nodes_[position].heading) {
+    return position < nodes_.size() ? &nodes_[position] : nullptr;
+}
+
+std::wstring AdvSearch::SelectedText() const {
+    const ResultNode* const node = SelectedNode();
+    return node == nullptr ? std::wstring() : node->text;
+}
+
+void AdvSearch::SelectFromTree() {
+    const ResultNode* const node = SelectedNode();
+    if (Busy() || node == nullptr) return;
+    if (node->heading) {
         dialog_.SetInstruction(kPickLine);
         return;
     }
-    const BusyScope busy(busy_);
-    const std::wstring key = nodes_[position].key;
+    const BusyScope busy(*this);
+    const unsigned view = dialog_.ViewStamp();
+    const std::wstring key = node->key;
     bool fetched = false;
     {
         const WaitScope waiting(dialog_);
         const CaptionScope caption(dialog_, kCaptionFetching);
         fetched = lookups::GetFullAddressRecordByAddressID(object_, key);
     }
-    if (!dialog_.InResults()) return;
+    if (dialog_.Left(view)) return;
     if (fetched) {
         dialog_.FinishWithAddress();
     } else if (dialog_.DisplayErrors()) {
-        object_.platform.user.ShowMessage(
-            FailureText(object_.General_credits_display_text, object_.General_errormessage), support::kStyleCritical,
-            kErrorTitle);
+        ShowFailure(FetchFailure(0));
     }
 }
 
@@ -255,13 +290,15 @@ void AdvSearch::loadcombodata() {
 }
 
 void AdvSearch::ReloadLists() {
+    const BusyScope busy(*this);
+    const unsigned view = dialog_.ViewStamp();
     bool loaded = false;
     {
         const WaitScope waiting(dialog_);
         const CaptionScope caption(dialog_, kCaptionDownloading);
         loaded = lists_.LoadLists();
     }
-    if (!loaded || !dialog_.IsOpen()) return;
+    if (!ShowNotes(view) || !loaded) return;
     dialog_.ShowDownloadButton(lists_.UpdateAnnounced());
     for (const int field : {lookups::kTown, lookups::kCounty, lookups::kPostcodeArea}) {
         const std::wstring text = WindowText(PlaceField(field)); // what the user has chosen stays
@@ -311,15 +348,31 @@ bool AdvSearch::FillSlice(HWND combo, const std::vector<std::wstring>& values) {
     return loaded_ == values.size();
 }
 
+// What a download has to say is not for those who left it. False then.
+bool AdvSearch::ShowNotes(unsigned view) {
+    const std::vector<LookupLists::Note> notes = lists_.TakeNotes();
+    for (const LookupLists::Note& note : notes) {
+        if (dialog_.Left(view)) return false;
+        object_.platform.user.ShowMessage(note.text, note.style, LookupLists::kTitle);
+    }
+    return !dialog_.Left(view);
+}
+
 bool AdvSearch::UpdateList(bool quiet) {
-    const WaitScope waiting(dialog_);
-    const CaptionScope caption(dialog_, kCaptionDownloading);
-    return lists_.UpdateList(quiet);
+    const unsigned view = dialog_.ViewStamp();
+    bool updated = false;
+    {
+        const WaitScope waiting(dialog_);
+        const CaptionScope caption(dialog_, kCaptionDownloading);
+        updated = lists_.UpdateList(quiet);
+    }
+    ShowNotes(view);
+    return updated;
 }
 
 void AdvSearch::LoadUpdatedList() {
-    if (busy_ || dialog_.Searching()) return;
-    const BusyScope busy(busy_);
+    if (Busy() || dialog_.Searching()) return;
+    const BusyScope busy(*this);
     if (object_.platform.user.ShowMessage(LookupLists::ConfirmText(), support::kStyleYesNo | support::kStyleQuestion,
                                           LookupLists::kTitle) != support::kAnswerYes) {
         return;
@@ -334,6 +387,7 @@ void AdvSearch::LoadUpdatedList() {
 
 void AdvSearch::CheckForAddressUpdates(const std::wstring& announcedVersion) {
     if (lists_.CheckForAddressUpdates(announcedVersion)) dialog_.ShowDownloadButton(true);
+    ShowNotes(dialog_.ViewStamp());
 }
 
 } // namespace quorvex::dialogs

@@ -43,15 +43,22 @@ class AdvSearch {
     void loadcombodata();
     void SelectFromTree();
     void CheckForAddressUpdates(const std::wstring& announcedVersion);
-    std::wstring GetLookupListVersion() const { return lists_.GetLookupListVersion(); }
+    std::wstring GetLookupListVersion() { return lists_.GetLookupListVersion(); }
 
-    bool Busy() const { return busy_; }
+    bool Busy() const { return busy_ > 0; }
+    std::wstring SelectedText() const; // of the tree; empty when nothing is selected
     HWND PlaceField(int field) const; // 4 to 6
     const std::wstring& PlaceList(int field) const;
     web::AdvancedCriteria Criteria() const;
     void ClearFields();
 
   private:
+    class BusyScope;
+
+    void SettlePlace(int field);
+    bool ShowNotes(unsigned view);
+    void ShowFailure(const std::wstring& otherwise);
+    const ResultNode* SelectedNode() const;
     void ShowResults();
     void AddNode(std::vector<void*>& items, std::size_t position);
     void ShowNothingFound();
@@ -66,7 +73,8 @@ class AdvSearch {
     AddressControls controls_;
     std::vector<ResultNode> nodes_; // what the tree shows; an item's parameter is its position here
     int headingCounter_ = 0;
-    bool busy_ = false;
+    int busy_ = 0;
+    int lastPlace_ = 0; // the place field that was typed in and has not excluded the others yet
     int loadStep_ = 0;
     std::vector<std::wstring> loading_; // the values of the list that is being filled in
     std::size_t loaded_ = 0;

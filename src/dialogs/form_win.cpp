@@ -56,7 +56,10 @@ void Form::Create(HWND owner, const std::wstring& caption, DWORD style, DWORD ex
     CreateControls();
     SetFonts();
     MetricsChanged();
-    const SIZE size = OuterSize(ClientSize(), style, extendedStyle, metrics_->Dpi());
+    SIZE size = OuterSize(ClientSize(), style, extendedStyle, metrics_->Dpi());
+    const RECT area = WorkArea(owner);
+    if (size.cy > area.bottom - area.top) size.cx += GetSystemMetrics(SM_CXVSCROLL);
+    size = {std::min(size.cx, area.right - area.left), std::min(size.cy, area.bottom - area.top)};
     const POINT at = CentredPosition(owner, size);
     SetWindowPos(window_, nullptr, at.x, at.y, size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
     LayoutNow();
@@ -86,19 +89,13 @@ HWND Form::AddButton(const wchar_t* text, int id, DWORD style) {
     return Add(WC_BUTTONW, text, style | WS_TABSTOP | BS_NOTIFY, id);
 }
 
-void Form::Place(HWND control, int x, int y, int width, int height) {
-    SetWindowPos(control, nullptr, x, y, std::max(width, 0), std::max(height, 0), SWP_NOZORDER | SWP_NOACTIVATE);
+void Form::Place(HWND control, int x, int y, int width, int height) const {
+    SetWindowPos(control, nullptr, x - scrolled_.x, y - scrolled_.y, std::max(width, 0), std::max(height, 0),
+                 SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 bool Form::Visible(HWND control) {
     return (GetWindowLongPtrW(control, GWL_STYLE) & WS_VISIBLE) != 0;
-}
-
-void Form::LayoutNow() {
-    if (window_ == nullptr || metrics_ == nullptr || IsIconic(window_)) return;
-    RECT client{};
-    GetClientRect(window_, &client);
-    Layout(client.right, client.bottom);
 }
 
 void Form::SetFonts() {
@@ -107,15 +104,12 @@ void Form::SetFonts() {
     }
 }
 
-void Form::ChangeDpi(int dpi, const RECT& suggested) {
+void Form::RenewMetrics(int dpi) {
     auto before = std::move(metrics_); // its fonts are in use until the controls have the new ones
     metrics_ = std::make_unique<Metrics>(window_, dpi);
     SetFonts();
     MetricsChanged();
-    SetWindowPos(window_, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
-                 suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
     LayoutNow();
-    InvalidateRect(window_, nullptr, TRUE);
 }
 
 INT_PTR CALLBACK Form::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
@@ -147,12 +141,18 @@ bool Form::Handle(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
         result = *answer;
         return true;
     }
+    if (const std::optional<LRESULT> answer = ScrollMessage(message, wParam, lParam)) {
+        result = *answer;
+        return true;
+    }
     switch (message) {
     case WM_COMMAND:
         Command(LOWORD(wParam), HIWORD(wParam), reinterpret_cast<HWND>(lParam));
+        FollowFocus();
         return true;
     case WM_NOTIFY:
         result = Notify(*reinterpret_cast<const NMHDR*>(lParam));
+        FollowFocus();
         return true;
     case WM_TIMER:
         TimerTick(wParam);
@@ -164,7 +164,27 @@ bool Form::Handle(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
         LayoutNow();
         return false;
     case kDpiChanged:
-        if (fixedDpi_ == 0) ChangeDpi(HIWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
+        if (fixedDpi_ == 0) {
+            const RECT& suggested = *reinterpret_cast<const RECT*>(lParam);
+            RenewMetrics(HIWORD(wParam));
+            SetWindowPos(window_, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
+                         suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
+        }
+        return true;
+    case WM_SETTINGCHANGE:
+        if (wParam == SPI_SETNONCLIENTMETRICS) RenewMetrics(metrics_->Dpi());
+        return false;
+    case WM_SYSCOLORCHANGE:
+        // The controls of the common library ask for colours once and are told of new ones by their parent only.
+        for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+            SendMessageW(child, message, wParam, lParam);
+        }
+        RenewMetrics(metrics_->Dpi());
+        return false;
+    case WM_CTLCOLORSTATIC: // labels, the group's title, the summary: a theme may draw them in colours of its own
+        SetTextColor(reinterpret_cast<HDC>(wParam), GetSysColor(COLOR_BTNTEXT));
+        SetBkColor(reinterpret_cast<HDC>(wParam), GetSysColor(COLOR_3DFACE));
+        result = reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_3DFACE));
         return true;
     default:
         return false;

@@ -36,6 +36,8 @@ class Form {
     virtual void CreateControls() = 0;
     virtual void Layout(int width, int height) = 0; // client area, pixels
     virtual SIZE ClientSize() = 0;                  // client area to open with, pixels
+    // Client area that the layout needs; a smaller window shows a part of it and scroll bars.
+    virtual SIZE LeastClient() { return ClientSize(); }
     virtual void Command(int id, int code, HWND control) = 0;
     virtual void CloseRequested() = 0;
     virtual LRESULT Notify(const NMHDR&) { return 0; }
@@ -49,7 +51,7 @@ class Form {
     HWND Add(const wchar_t* windowClass, const wchar_t* text, DWORD style, int id, DWORD extendedStyle = 0);
     HWND AddLabel(const wchar_t* text, int id, DWORD style = 0);
     HWND AddButton(const wchar_t* text, int id, DWORD style = 0);
-    static void Place(HWND control, int x, int y, int width, int height);
+    void Place(HWND control, int x, int y, int width, int height) const; // in the whole of what can be scrolled
     static void Show(HWND control, bool visible) { ShowWindow(control, visible ? SW_SHOWNA : SW_HIDE); }
     static bool Visible(HWND control);
 
@@ -57,17 +59,27 @@ class Form {
     const Metrics& Units() const { return *metrics_; }
     int FixedDpi() const { return fixedDpi_; }
     void LayoutNow();
+    // Turns over to a user's new font or colours.
+    void RenewMetrics(int dpi);
 
   private:
     static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
     bool Handle(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
-    void ChangeDpi(int dpi, const RECT& suggested);
     void SetFonts();
+
+    // --- Scrolling: form_scroll_win.cpp
+    std::optional<LRESULT> ScrollMessage(UINT message, WPARAM wParam, LPARAM lParam);
+    void ShowBar(int bar, int needed, int shown);
+    void ScrollBy(int bar, int pixels);
+    void FollowFocus();
 
     support::Platform& platform_;
     int fixedDpi_;
     HWND window_ = nullptr;
     std::unique_ptr<Metrics> metrics_;
+    POINT scrolled_{};         // what is above and left of the window's client area
+    HWND followed_ = nullptr;  // the control that was last scrolled into sight
+    bool layingOut_ = false;
 };
 
 } // namespace quorvex::dialogs

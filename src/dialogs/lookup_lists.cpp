@@ -7,6 +7,10 @@
 #include "web/data_request.h"
 #include "web/endpoints.h"
 
+#include <chrono>
+#include <map>
+#include <mutex>
+
 namespace quorvex::dialogs {
 namespace {
 
@@ -30,7 +34,9 @@ std::wstring ReadList(std::wstring_view lookup, std::wstring_view startTag, std:
 
 // Old contents stay until the new ones are complete. Throws Error.
 void ReplaceFileBytes(const std::wstring& path, const std::string& bytes) {
-    const std::wstring incoming = path + L".new";
+    // A name of its own: another program may be writing the same list.
+    const auto ticks = std::chrono::system_clock::now().time_since_epoch().count();
+    const std::wstring incoming = path + L'.' + std::to_wstring(ticks) + L".new";
     try {
         support::WriteFileBytes(incoming, bytes);
     } catch (const support::Error&) {
@@ -41,6 +47,29 @@ void ReplaceFileBytes(const std::wstring& path, const std::string& bytes) {
         support::DeleteFileQuietly(incoming);
         throw support::Error(support::kErrorPathAccess, L"Cannot replace file " + path);
     }
+}
+
+// Lists that were received and could not be saved, by folder: they serve as long as this process runs.
+class UnsavedLists {
+  public:
+    std::wstring Get(const std::wstring& folder) {
+        const std::lock_guard lock(mutex_);
+        const auto found = lists_.find(folder);
+        return found == lists_.end() ? std::wstring() : found->second;
+    }
+    void Set(const std::wstring& folder, const std::wstring& list) {
+        const std::lock_guard lock(mutex_);
+        lists_[folder] = list;
+    }
+
+  private:
+    std::mutex mutex_;
+    std::map<std::wstring, std::wstring> lists_;
+};
+
+UnsavedLists& Unsaved() {
+    static UnsavedLists lists;
+    return lists;
 }
 
 } // namespace
@@ -62,6 +91,7 @@ const wchar_t* LookupLists::ConfirmText() {
 }
 
 void LookupLists::SetPath(const std::wstring& folder) {
+    folder_ = folder;
     hasFolder_ = !folder.empty();
     versionFile_ = folder + L"\\lookupVersion.xml";
     lookupFile_ = folder + L"\\lookup.xml";
@@ -69,14 +99,16 @@ void LookupLists::SetPath(const std::wstring& folder) {
 }
 
 bool LookupLists::LoadLists() {
-    const bool present = hasFolder_ ? support::FileExists(lookupFile_) : !unsavedList_.empty();
-    if (!present) {
-        const Download outcome = DownloadList();
-        if (outcome == Download::NotReceived) ShowNotUpdated();
-        if (outcome != Download::Stored) return false;
+    if (UnsavedList().empty()) {
+        if (hasFolder_ && support::FileExists(lookupFile_)) return ReadStoredList();
+        if (!DownloadList()) {
+            NoteNotUpdated();
+            return false;
+        }
     }
-    if (hasFolder_) return ReadStoredList();
-    Parse(unsavedList_);
+    const std::wstring unsaved = UnsavedList();
+    if (unsaved.empty()) return ReadStoredList();
+    Parse(unsaved);
     return true;
 }
 
@@ -85,7 +117,7 @@ bool LookupLists::ReadStoredList() {
         Parse(support::DecodeReply(support::ReadFileBytes(lookupFile_), {}));
         return true;
     } catch (const support::Error&) {
-        ShowFileError(Access::Open, lookupFile_);
+        NoteFileError(Access::Open, lookupFile_);
         return false;
     }
 }
@@ -96,35 +128,42 @@ void LookupLists::Parse(std::wstring_view lookup) {
     counties_ = ReadList(lookup, L"<O>", L"</O>");
 }
 
-LookupLists::Download LookupLists::DownloadList() {
+std::wstring LookupLists::UnsavedList() const {
+    return hasFolder_ ? Unsaved().Get(folder_) : unsavedHere_;
+}
+
+// False when no list was received.
+bool LookupLists::DownloadList() {
     const std::wstring reply = web::GetDataFromHTTPRequest(object_, web::GetLookupsUrl(object_));
-    if (reply.find(kVersionTag) == std::wstring::npos) return Download::NotReceived;
-    if (!hasFolder_) {
-        unsavedList_ = reply;
-        return Download::Stored;
-    }
+    if (reply.find(kVersionTag) == std::wstring::npos) return false;
     // The list goes first: should the version not be stored after it, the list is only offered once more.
     const std::wstring version = object::ReadBetweenTags(reply, kVersionTag, kVersionEndTag);
-    if (!Store(lookupFile_, reply, Access::Write) ||
-        !Store(versionFile_, VersionFileText(version) + L"\r\n", Access::Create)) {
-        return Download::NotStored;
+    const bool stored = hasFolder_ && Store(lookupFile_, reply, Access::Write) &&
+                        Store(versionFile_, VersionFileText(version) + L"\r\n", Access::Create);
+    if (hasFolder_) {
+        Unsaved().Set(folder_, stored ? std::wstring() : reply);
+    } else {
+        unsavedHere_ = reply;
     }
-    support::DeleteFileQuietly(updateFile_); // the announcement is served
-    return Download::Stored;
+    if (stored) support::DeleteFileQuietly(updateFile_); // the announcement is served
+    return true;
 }
 
 bool LookupLists::UpdateList(bool quiet) {
-    const Download outcome = DownloadList();
-    if (!quiet && outcome == Download::NotReceived) ShowNotUpdated();
-    if (!quiet && outcome == Download::Stored) {
-        object_.platform.user.ShowMessage(L"The Lookup List has been updated...", support::kStyleInformation, kTitle);
+    const std::size_t errors = notes_.size();
+    const bool received = DownloadList();
+    if (quiet) return received;
+    if (!received) {
+        NoteNotUpdated();
+    } else if (notes_.size() == errors) {
+        notes_.push_back({L"The Lookup List has been updated...", support::kStyleInformation});
     }
-    return outcome == Download::Stored;
+    return received;
 }
 
-void LookupLists::ShowNotUpdated() const {
-    object_.platform.user.ShowMessage(L"The Lookup List was not updated properly, please try later...",
-                                      support::kStyleInformation, kTitle);
+void LookupLists::NoteNotUpdated() {
+    notes_.push_back(
+        {L"The Lookup List was not updated properly, please try later...", support::kStyleInformation});
 }
 
 bool LookupLists::CheckForAddressUpdates(const std::wstring& announcedVersion) {
@@ -139,13 +178,15 @@ bool LookupLists::UpdateAnnounced() const {
     return hasFolder_ && support::FileExists(updateFile_);
 }
 
-std::wstring LookupLists::GetLookupListVersion() const {
+std::wstring LookupLists::GetLookupListVersion() {
+    if (const std::wstring unsaved = UnsavedList(); hasFolder_ && !unsaved.empty())
+        return object::ReadBetweenTags(unsaved, kVersionTag, kVersionEndTag);
     if (!hasFolder_ || !support::FileExists(versionFile_)) return {};
     try {
         return object::ReadBetweenTags(support::DecodeReply(support::ReadFileBytes(versionFile_), {}), kVersionTag,
                                        kVersionEndTag);
     } catch (const support::Error&) {
-        ShowFileError(Access::Open, versionFile_);
+        NoteFileError(Access::Open, versionFile_);
         return {};
     }
 }
@@ -155,17 +196,17 @@ bool LookupLists::Store(const std::wstring& path, std::wstring_view text, Access
         ReplaceFileBytes(path, support::ToUtf8(text));
         return true;
     } catch (const support::Error&) {
-        ShowFileError(access, path);
+        NoteFileError(access, path);
         return false;
     }
 }
 
-void LookupLists::ShowFileError(Access access, const std::wstring& path) const {
+void LookupLists::NoteFileError(Access access, const std::wstring& path) {
     const wchar_t* verb = access == Access::Open ? L"open" : access == Access::Create ? L"create" : L"write to";
     std::wstring text = std::wstring(L"An error occured trying to ") + verb + L" file " + path +
                         L" which is needed for the Advanced Lookup functionality!";
     if (access == Access::Write) text += L"   Please allow access to this file.";
-    object_.platform.user.ShowMessage(text, support::kStyleCritical, kTitle);
+    notes_.push_back({text, support::kStyleCritical});
 }
 
 } // namespace quorvex::dialogs

@@ -4,16 +4,24 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quorvex::dialogs {
 
 // The place lists of the advanced search: one file downloaded from the service and two small version files beside it,
-// in the folder that the host names. Without a folder the list lives in memory only. File errors are shown, never
-// raised.
+// in the folder that the host names. Without a folder, or when it cannot be written to, the list lives in memory only.
+// File errors and outcomes are noted for the user, never raised.
 class LookupLists {
   public:
     explicit LookupLists(object::Quorvex& object) : object_(object) {}
+
+    struct Note {
+        std::wstring text;
+        int style = 0;
+    };
+    // What the user is to be told since the last call; the window that waited looks as usual again when it is shown.
+    std::vector<Note> TakeNotes() { return std::exchange(notes_, {}); }
 
     void SetPath(const std::wstring& folder);
 
@@ -22,10 +30,10 @@ class LookupLists {
     const std::wstring& Counties() const { return counties_; }
     const std::wstring& PostcodeAreas() const { return postcodeAreas_; }
 
-    // Reads the lists, downloading them first when there is no list file yet. False when there is nothing to read; the
-    // user has been told why then.
+    // Reads the lists, downloading them first when there is no list file yet. False when there is nothing to read; why is
+    // noted then.
     bool LoadLists();
-    // Downloads and stores a new list; true when it is stored. quiet: only file errors are shown.
+    // Downloads and stores a new list; true when it can be used. quiet: only file errors are noted.
     bool UpdateList(bool quiet);
     // Records an announced version that differs from the stored one; true when the download button is to be shown.
     // Looks once per instance; an empty version does not count as a look.
@@ -33,7 +41,7 @@ class LookupLists {
     // True when a newer list was announced and not downloaded since.
     bool UpdateAnnounced() const;
     // Version of the stored list; empty when there is none.
-    std::wstring GetLookupListVersion() const;
+    std::wstring GetLookupListVersion();
 
     // What a download of a new list asks the user first.
     static const wchar_t* ConfirmText();
@@ -41,22 +49,24 @@ class LookupLists {
 
   private:
     enum class Access { Open, Create, Write };
-    enum class Download { Stored, NotReceived, NotStored };
 
-    Download DownloadList();
-    void ShowNotUpdated() const;
+    bool DownloadList();
+    std::wstring UnsavedList() const;
+    void NoteNotUpdated();
 
     void Parse(std::wstring_view lookup);
     bool ReadStoredList();
     bool Store(const std::wstring& path, std::wstring_view text, Access access);
-    void ShowFileError(Access access, const std::wstring& path) const;
+    void NoteFileError(Access access, const std::wstring& path);
 
     object::Quorvex& object_;
     bool hasFolder_ = false;
     std::wstring versionFile_;
     std::wstring lookupFile_;
     std::wstring updateFile_;
-    std::wstring unsavedList_; // the downloaded list when there is no folder
+    std::wstring folder_;
+    std::wstring unsavedHere_; // the downloaded list when there is no folder
+    std::vector<Note> notes_;
     std::wstring towns_;
     std::wstring counties_;
     std::wstring postcodeAreas_;

@@ -28,7 +28,8 @@ class Metrics {
     int WrappedHeight(const std::wstring& text, int width, bool bold = false) const;
 
     int LineHeight() const { return lineHeight_; }
-    int EditHeight() const { return lineHeight_ + Scale(8); }
+    // As tight as the text, which an edit puts at its top, needs: it would look out of the middle otherwise.
+    int EditHeight() const { return lineHeight_ + 2 * GetSystemMetrics(SM_CYEDGE) + Scale(2) + 2; }
     int ButtonHeight() const { return lineHeight_ + Scale(10); }
     int ButtonWidth(const std::wstring& text) const; // never below the usual one
     int Margin() const { return Scale(11); }

@@ -1,5 +1,7 @@
 #include "dialogs/modal_win.h"
 
+#include "support/window_helpers_win.h"
+
 #include <algorithm>
 
 namespace quorvex::dialogs {
@@ -25,18 +27,9 @@ bool IsAboveAll(HWND window) {
     return window != nullptr && (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
 }
 
-RECT WorkArea(HWND host) {
-    HMONITOR monitor = nullptr;
-    POINT pointer{};
-    if (host != nullptr) {
-        monitor = MonitorFromWindow(host, MONITOR_DEFAULTTONEAREST);
-    } else if (GetCursorPos(&pointer)) {
-        monitor = MonitorFromPoint(pointer, MONITOR_DEFAULTTOPRIMARY);
-    }
-    MONITORINFO info{};
-    info.cbSize = sizeof info;
-    if (monitor != nullptr && GetMonitorInfoW(monitor, &info)) return info.rcWork;
-    return {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+// Enter that is held down presses one button, not all that come up one after another.
+bool IsRepeatedEnter(const MSG& message) {
+    return message.message == WM_KEYDOWN && message.wParam == VK_RETURN && (HIWORD(message.lParam) & KF_REPEAT) != 0;
 }
 
 BOOL CALLBACK AddWindow(HWND window, LPARAM list) {
@@ -51,6 +44,20 @@ HWND HostWindow() {
     if (window == nullptr) window = ForegroundWindowOfProcess();
     if (window != nullptr) window = GetAncestor(window, GA_ROOT);
     return window != nullptr && window != GetDesktopWindow() && IsWindowVisible(window) ? window : nullptr;
+}
+
+RECT WorkArea(HWND host) {
+    HMONITOR monitor = nullptr;
+    POINT pointer{};
+    if (host != nullptr) {
+        monitor = MonitorFromWindow(host, MONITOR_DEFAULTTONEAREST);
+    } else if (GetCursorPos(&pointer)) {
+        monitor = MonitorFromPoint(pointer, MONITOR_DEFAULTTOPRIMARY);
+    }
+    MONITORINFO info{};
+    info.cbSize = sizeof info;
+    if (monitor != nullptr && GetMonitorInfoW(monitor, &info)) return info.rcWork;
+    return {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
 }
 
 POINT CentredPosition(HWND host, SIZE size) {
@@ -75,6 +82,20 @@ void WakeMessageLoop() {
     PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
 }
 
+void FinishMouseClick() {
+    constexpr ULONGLONG kLongestMilliseconds = 2000; // a button that is held down longer is a click of its own
+    constexpr DWORD kLookMilliseconds = 5;
+    MSG message;
+    const auto drop = [&message] {
+        while (PeekMessageW(&message, nullptr, WM_MOUSEFIRST, WM_MOUSELAST, PM_REMOVE)) {
+        }
+    };
+    const ULONGLONG end = GetTickCount64() + kLongestMilliseconds;
+    const auto held = [] { return support::IsKeyDown(VK_LBUTTON) || support::IsKeyDown(VK_RBUTTON); }; // may be swapped
+    for (drop(); held() && GetTickCount64() < end; drop()) Sleep(kLookMilliseconds);
+    drop();
+}
+
 ModalSession::ModalSession(HWND dialog, HWND host) : dialog_(dialog), host_(host), focus_(GetFocus()), keys_(dialog) {
     std::vector<HWND> windows;
     EnumThreadWindows(GetCurrentThreadId(), AddWindow, reinterpret_cast<LPARAM>(&windows));
@@ -96,6 +117,7 @@ bool ModalSession::Run(const bool& done) {
         const BOOL result = GetMessageW(&message, nullptr, 0, 0);
         if (result == 0) PostQuitMessage(static_cast<int>(message.wParam));
         if (result <= 0) return false;
+        if (IsRepeatedEnter(message) && (message.hwnd == dialog_ || IsChild(dialog_, message.hwnd))) continue;
         if (IsDialogMessageW(dialog_, &message)) continue;
         TranslateMessage(&message);
         DispatchMessageW(&message);

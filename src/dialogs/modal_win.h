@@ -12,6 +12,9 @@ namespace quorvex::dialogs {
 // window when it answers. Null when there is none; windows then stand on their own.
 HWND HostWindow();
 
+// The part of the host's monitor, or of the one with the pointer, that no task bar covers.
+RECT WorkArea(HWND host);
+
 // Where a window of this size goes: centred on the host's window, or on the working area of the monitor in use, and
 // inside that area as far as it fits.
 POINT CentredPosition(HWND host, SIZE size);
@@ -22,6 +25,10 @@ void BringToFront(HWND window);
 // Ends the wait of the message loop below, so that it looks at its flag: what another program sends is handled inside
 // that wait.
 void WakeMessageLoop();
+
+// Drops what the mouse does until its buttons are up: the end of a click that closes a window is not for the window
+// underneath.
+void FinishMouseClick();
 
 // While it lives, the other windows of the thread and the host's window take no input. What was disabled before stays
 // so.

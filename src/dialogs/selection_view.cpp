@@ -32,10 +32,22 @@ std::wstring CaptionToRestore(const std::wstring& remembered, const std::wstring
     return showAccountDetails && !creditsText.empty() ? creditsText : remembered;
 }
 
-std::wstring FailureText(const std::wstring& creditsText, const std::wstring& errorMessage) {
-    // A confirmed reply without addresses carries neither text; an empty box would leave the user guessing.
-    if (creditsText.empty() && errorMessage.empty()) return L"Nothing found!";
-    return creditsText + L"\r\n" + errorMessage;
+std::wstring FailureText(const std::wstring& creditsText, const std::wstring& errorMessage,
+                         const std::wstring& otherwise) {
+    if (creditsText.empty() && errorMessage.empty()) return otherwise;
+    return creditsText + L"\r\n" + (errorMessage.empty() ? otherwise : errorMessage);
+}
+
+std::wstring FetchFailure(std::size_t position) {
+    constexpr std::size_t kSelectableLines = 100;
+    if (position < kSelectableLines) return L"The address could not be fetched.";
+    return L"Only the first 100 addresses of a list can be fetched. Please add the house number or name to the "
+           L"postcode, for example 'PE13 2QL,8'.";
+}
+
+std::wstring PickInstruction(std::size_t shown, std::size_t all) {
+    if (shown >= all) return kPickAddress;
+    return kPickAddress + (L" (" + std::to_wstring(shown) + L" of " + std::to_wstring(all) + L")");
 }
 
 std::wstring StoppedText() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace quorvex::dialogs {
@@ -14,11 +15,14 @@ inline constexpr wchar_t kCaptionSearching[] = L"Web Address Server is Searching
 inline constexpr wchar_t kCaptionStopped[] = L"Stopped... Problems with internet connection";
 inline constexpr wchar_t kCaptionFetching[] = L"Getting Address Record from Server...";
 inline constexpr wchar_t kCaptionDownloading[] = L"Downloading Data, please wait...";
+inline constexpr wchar_t kCaptionHelp[] = L"Help?";
+inline constexpr wchar_t kCaptionDownload[] = L"Download Updated Lists";
 inline constexpr wchar_t kCaptionOpeningHelp[] = L"Opening Help, Please wait....";
 inline constexpr wchar_t kEnterPostcode[] = L"Please enter Postcode and press the [Find] Button";
 inline constexpr wchar_t kPickAddress[] = L"Please double click on address to select";
 inline constexpr wchar_t kPickFromTree[] = L"Please double click on Building Name/Number to select address";
 inline constexpr wchar_t kPickLine[] = L"Please select lines below to get address...";
+inline constexpr wchar_t kAddressListName[] = L"Addresses"; // what a screen reader says, with the count
 inline constexpr wchar_t kErrorTitle[] = L"Quorvex Lookup";
 
 enum class View { Postcode, Criteria, Results };
@@ -32,8 +36,16 @@ EscapeAction RouteEscape(View view);
 // The caption after a search or fetch: the account's text takes its place when it is to be shown.
 std::wstring CaptionToRestore(const std::wstring& remembered, const std::wstring& creditsText, bool showAccountDetails);
 
-// What a failure shows: the account's text and the error on a line each.
-std::wstring FailureText(const std::wstring& creditsText, const std::wstring& errorMessage);
+// What a failure shows: the account's text and the error on a line each; otherwise takes the place of an error without
+// a text, since an empty box would leave the user guessing.
+std::wstring FailureText(const std::wstring& creditsText, const std::wstring& errorMessage,
+                         const std::wstring& otherwise);
+inline constexpr wchar_t kNothingFound[] = L"Nothing found!";
+// Why the line at a position (from 0) of the list could not be fetched when the service does not say.
+std::wstring FetchFailure(std::size_t position);
+
+// The instruction over a list that shows some of all addresses.
+std::wstring PickInstruction(std::size_t shown, std::size_t all);
 
 // What STOP tells the user.
 std::wstring StoppedText();

@@ -10,6 +10,8 @@ namespace quorvex::dialogs {
 std::wstring WindowText(HWND window);
 
 // Leaves a text that stands there already: setting it again would only flicker.
+// A line of a list box.
+std::wstring LineText(HWND list, int line);
 void SetTextIfNew(HWND window, const std::wstring& text);
 
 } // namespace quorvex::dialogs

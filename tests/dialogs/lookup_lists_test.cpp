@@ -35,7 +35,10 @@ class LookupListsTest : public ::testing::Test {
     std::string Stored(const std::wstring& name) {
         return support::FileExists(folder.File(name)) ? support::ReadFileBytes(folder.File(name)) : std::string();
     }
-    std::wstring LastMessage() { return platform.messages.empty() ? L"" : platform.messages.back().text; }
+    std::wstring LastNote() {
+        const auto notes = lists.TakeNotes();
+        return notes.empty() ? std::wstring() : notes.back().text;
+    }
 };
 
 TEST_F(LookupListsTest, FirstUseDownloadsStoresAndReads) {
@@ -48,7 +51,7 @@ TEST_F(LookupListsTest, FirstUseDownloadsStoresAndReads) {
     EXPECT_EQ(Stored(L"lookupVersion.xml"),
               "<?xml version=\"1.0\" ?><data><LookupListVersion>V7</LookupListVersion></data>\r\n");
     EXPECT_EQ(lists.GetLookupListVersion(), L"V7");
-    EXPECT_TRUE(platform.messages.empty());
+    EXPECT_EQ(LastNote(), L"");
 }
 
 TEST_F(LookupListsTest, AStoredListIsReadWithoutTheService) {
@@ -64,19 +67,17 @@ TEST_F(LookupListsTest, AReplyWithoutVersionIsNeverStored) {
     Store(L"lookupVersion.xml", "old version");
     Serve(L"<html>service down</html>");
     EXPECT_FALSE(lists.UpdateList(false));
-    EXPECT_EQ(LastMessage(), L"The Lookup List was not updated properly, please try later...");
-    EXPECT_EQ(platform.messages.back().title, L"Advanced Search");
-    EXPECT_EQ(platform.messages.back().style, support::kStyleInformation);
+    EXPECT_EQ(LastNote(), L"The Lookup List was not updated properly, please try later...");
     EXPECT_EQ(Stored(L"lookup.xml"), "old");
     EXPECT_EQ(Stored(L"lookupVersion.xml"), "old version");
     EXPECT_FALSE(lists.UpdateList(true));
-    EXPECT_EQ(platform.messages.size(), 1u);
+    EXPECT_EQ(LastNote(), L"");
 }
 
 TEST_F(LookupListsTest, WithoutServiceAndListTheUserIsToldOnce) {
     Serve(L"<html>service down</html>");
     EXPECT_FALSE(lists.LoadLists());
-    EXPECT_EQ(platform.messages.size(), 1u);
+    EXPECT_EQ(lists.TakeNotes().size(), 1u);
     EXPECT_EQ(lists.Towns(), L"");
 }
 
@@ -85,7 +86,7 @@ TEST_F(LookupListsTest, AnUpdateReplacesTheFilesAndServesTheAnnouncement) {
     EXPECT_TRUE(lists.CheckForAddressUpdates(L"V7"));
     EXPECT_TRUE(lists.UpdateAnnounced());
     EXPECT_TRUE(lists.UpdateList(false));
-    EXPECT_EQ(LastMessage(), L"The Lookup List has been updated...");
+    EXPECT_EQ(LastNote(), L"The Lookup List has been updated...");
     EXPECT_EQ(Stored(L"lookup.xml"), support::ToUtf8(kReply));
     EXPECT_FALSE(lists.UpdateAnnounced());
 }
@@ -106,13 +107,28 @@ TEST_F(LookupListsTest, AnyOtherVersionIsAnUpdateAndIsLookedForOnce) {
 TEST_F(LookupListsTest, FileErrorsNameTheFile) {
     const std::wstring missing = folder.Text() + L"\\not there";
     lists.SetPath(missing);
-    EXPECT_FALSE(lists.UpdateList(true));
-    EXPECT_EQ(LastMessage(), L"An error occured trying to write to file " + missing +
-                                 L"\\lookup.xml which is needed for the Advanced Lookup functionality!   Please allow "
-                                 L"access to this file.");
     EXPECT_TRUE(lists.CheckForAddressUpdates(L"V7"));
-    EXPECT_EQ(LastMessage(), L"An error occured trying to create file " + missing +
-                                 L"\\lookupUpdate.xml which is needed for the Advanced Lookup functionality!");
+    EXPECT_EQ(LastNote(), L"An error occured trying to create file " + missing +
+                              L"\\lookupUpdate.xml which is needed for the Advanced Lookup functionality!");
+    EXPECT_TRUE(lists.UpdateList(true));
+    EXPECT_EQ(LastNote(), L"An error occured trying to write to file " + missing +
+                              L"\\lookup.xml which is needed for the Advanced Lookup functionality!   Please allow "
+                              L"access to this file.");
+    // What could not be saved serves the whole session.
+    LookupLists later(object);
+    later.SetPath(missing);
+    EXPECT_TRUE(later.LoadLists());
+    EXPECT_EQ(later.Counties(), L"Avon");
+    EXPECT_EQ(later.GetLookupListVersion(), L"V7");
+    EXPECT_EQ(platform.urls.size(), 1u);
+}
+
+TEST_F(LookupListsTest, AFileThatAnotherProgramIsWritingIsLeftAlone) {
+    Store(L"lookup.xml.new", "half a li");
+    EXPECT_TRUE(lists.UpdateList(true));
+    EXPECT_EQ(Stored(L"lookup.xml.new"), "half a li");
+    EXPECT_EQ(Stored(L"lookup.xml"), support::ToUtf8(kReply));
+    EXPECT_EQ(support::FileNames(folder.Text()).size(), 3u); // and nothing is left behind
 }
 
 TEST_F(LookupListsTest, WithoutAFolderTheListLivesInMemory) {

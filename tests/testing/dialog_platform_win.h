@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <string>
 
@@ -19,6 +20,7 @@ class DialogPlatform : public FakePlatform {
     std::atomic<bool> hold{false};         // requests wait until it is false or they are stopped
     std::atomic<bool> realMessages{false}; // otherwise messages are recorded only
     std::atomic<int> requests{0};
+    std::function<void()> atMessage; // called as a recorded message would come up, on the host's thread
     std::atomic<int> stopCount{0};
 
     bool RequestRunning() const override { return running_; }
@@ -40,6 +42,7 @@ class DialogPlatform : public FakePlatform {
     }
     int ShowMessage(const std::wstring& text, int style, const std::wstring& title) override {
         if (realMessages) return dialogs::TopMostMessageBox(*this, text, style, title);
+        if (atMessage) atMessage();
         const std::lock_guard lock(mutex_);
         return FakePlatform::ShowMessage(text, style, title);
     }

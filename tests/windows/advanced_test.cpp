@@ -1,76 +1,15 @@
-#include "windows/picker.h"
+#include "windows/advanced.h"
 
 #include "dialogs/address_form_win.h"
 #include "support/files.h"
-#include "testing/temp_folder.h"
-
-#include <commctrl.h>
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
 
 namespace quorvex::testing {
 namespace {
 
 using namespace dialogs;
-
-class AdvancedTest : public PickerTest {
-  protected:
-    TempFolder folder;
-
-    void OpenCriteria(bool errors = false) {
-        OpenAdvanced(folder.Text(), L"ADV", errors);
-        Find();
-        ASSERT_TRUE(Becomes(kFrame1, true));
-    }
-    void OpenFilled(bool errors = false) {
-        OpenCriteria(errors);
-        ASSERT_TRUE(Filled(kInpPostcodeComb, 2));
-        Type(Control(kLines0), L"acme ltd*");
-        Choose(kInpTownComb, L"Bath");
-        ASSERT_TRUE(Enabled(kADVSearchFindButton, true));
-    }
-    bool Filled(int combo, int items) const {
-        return WaitUntil([&] { return SendMessageW(Control(combo), CB_GETCOUNT, 0, 0) == items; });
-    }
-    // As a user picks an item from the list.
-    void Choose(int combo, const std::wstring& item) {
-        SendMessageW(Control(combo), CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(item.c_str()));
-        SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(combo, CBN_SELCHANGE), reinterpret_cast<LPARAM>(Control(combo)));
-    }
-    HWND Edit(int combo) const {
-        COMBOBOXINFO info{};
-        info.cbSize = sizeof info;
-        GetComboBoxInfo(Control(combo), &info);
-        return info.hwndItem;
-    }
-    std::wstring Selected(int combo) const {
-        DWORD start = 0;
-        DWORD end = 0;
-        SendMessageW(Edit(combo), EM_GETSEL, reinterpret_cast<WPARAM>(&start), reinterpret_cast<LPARAM>(&end));
-        return TextOf(Control(combo)).substr(start, end - start);
-    }
-    HWND Tree() const { return Control(kAdvResultsTree); }
-    HTREEITEM Item(UINT relation, HTREEITEM from) const {
-        return reinterpret_cast<HTREEITEM>(
-            SendMessageW(Tree(), TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(from)));
-    }
-    bool Expanded(HTREEITEM item) const {
-        return (SendMessageW(Tree(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_EXPANDED) &
-                TVIS_EXPANDED) != 0;
-    }
-    void ClickItem(HTREEITEM item, int times) {
-        RECT box{};
-        std::memcpy(&box, &item, sizeof item); // how the message is told its item
-        SendMessageW(Tree(), TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&box));
-        MouseClick(Tree(), {(box.left + box.right) / 2, (box.top + box.bottom) / 2}, times);
-    }
-    void SearchTree() {
-        ClickId(dialog, kADVSearchFindButton);
-        ASSERT_TRUE(Becomes(kAdvResultsTree, true));
-    }
-};
 
 TEST_F(AdvancedTest, AdvOpensTheViewAndDownloadsTheListsOnFirstUse) {
     OpenCriteria();
@@ -144,6 +83,104 @@ TEST_F(AdvancedTest, TypingCompletesFromTheListAndAPlaceThatIsNotInItKeepsTheFoc
     FocusOn(Control(kLines2));
 }
 
+TEST_F(AdvancedTest, OnlyAWholePlaceEmptiesTheOthers) {
+    OpenFilled();
+    FocusOn(Edit(kInpCountiesComb));
+    TypeKeys(Edit(kInpCountiesComb), L"k");
+    EXPECT_EQ(TextOf(Control(kInpCountiesComb)), L"Kent"); // an offer
+    EXPECT_EQ(TextOf(Control(kInpTownComb)), L"Bath");
+    FocusOn(Control(kLines2)); // accepts it
+    EXPECT_TRUE(TextBecomes(kInpTownComb, L""));
+    FocusOn(Edit(kInpTownComb));
+    TypeKeys(Edit(kInpTownComb), L"bath");
+    EXPECT_EQ(TextOf(Control(kInpCountiesComb)), L"");
+}
+
+TEST_F(AdvancedTest, EscClosesAnOpenListFirst) {
+    OpenFilled();
+    FocusOn(Edit(kInpTownComb));
+    SendMessageW(Control(kInpTownComb), CB_SHOWDROPDOWN, TRUE, 0);
+    PressKey(Edit(kInpTownComb), VK_ESCAPE);
+    EXPECT_TRUE(WaitUntil([this] { return SendMessageW(Control(kInpTownComb), CB_GETDROPPEDSTATE, 0, 0) == 0; }));
+    EXPECT_TRUE(IsShown(Control(kFrame1)));
+    EXPECT_EQ(TextOf(Control(kInpTownComb)), L"Bath");
+    PressKey(Edit(kInpTownComb), VK_ESCAPE);
+    EXPECT_TRUE(Becomes(kCommand1, true));
+}
+
+// A download that the user left is stopped, the next search is sent, and no box tells of it.
+TEST_F(AdvancedTest, LeavingDuringTheFirstDownloadEndsItWithoutAWord) {
+    for (const bool close : {false, true}) {
+        const int before = platform.requests;
+        platform.hold = true;
+        OpenCriteria(true);
+        ASSERT_TRUE(CaptionBecomes(L"Downloading Data, please wait..."));
+        Type(Control(kInpPostcode), L"AB1 3CD");
+        if (close) {
+            PostMessageW(dialog, WM_CLOSE, 0, 0);
+            EXPECT_TRUE(Ended(false));
+        } else {
+            PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+            PostMessageW(dialog, WM_COMMAND, kCommand2, 0); // while the request is still ending
+            EXPECT_TRUE(CaptionBecomes(L"Web Address Server is Searching for Address..."));
+            EXPECT_EQ(platform.requests, before + 2);
+            platform.hold = false;
+            EXPECT_TRUE(TextBecomes(kCommand1, L"&Select"));
+            PressKey(Control(kAddressList), VK_ESCAPE);
+            EXPECT_TRUE(Ended(false));
+        }
+        host.reset();
+    }
+    EXPECT_TRUE(platform.Messages().empty());
+}
+
+// The host's window has a button under the tree; how often it is pressed is counted.
+WNDPROC g_hostProcedure = nullptr;
+std::atomic<int> g_presses{0};
+
+LRESULT CALLBACK CountPresses(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_COMMAND && HIWORD(wParam) == BN_CLICKED) ++g_presses;
+    return CallWindowProcW(g_hostProcedure, window, message, wParam, lParam);
+}
+
+TEST_F(AdvancedTest, TheSecondClickOfADoubleClickNeverReachesTheHost) {
+    const UINT usual = GetDoubleClickTime();
+    SetDoubleClickTime(4000);
+    std::atomic<bool> returned{false};
+    std::atomic<bool> end{false};
+    g_presses = 0;
+    host = std::make_unique<HostThread>([&] {
+        const HostWindow own;
+        MoveWindow(own.button, 0, 0, 900, 700, TRUE);
+        g_hostProcedure = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(own.window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&CountPresses)));
+        result = SearchForFullAddressWithDialogueAdv(object, L"ADV", kHostCaption, folder.Text(), false, false, false);
+        returned = true;
+        PumpWhile([&] { return !end; });
+    });
+    Find();
+    FillIn();
+    SearchTree();
+    const HTREEITEM line = Item(TVGN_CHILD, Item(TVGN_ROOT, nullptr));
+    ClickItem(line, 1);
+    WaitUntil([this] { return platform.requests > 2; }, std::chrono::milliseconds(400));
+    EXPECT_EQ(platform.requests, 2) << "one click waits for the second one";
+    ClickItem(line, 1);
+    EXPECT_TRUE(WaitUntil([&] { return returned.load(); }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(g_presses, 0);
+    end = true;
+    EXPECT_TRUE(Ended(true));
+    SetDoubleClickTime(usual);
+}
+
+TEST_F(AdvancedTest, OneClickIsEnough) {
+    OpenFilled();
+    SearchTree();
+    ClickItem(Item(TVGN_CHILD, Item(TVGN_ROOT, nullptr)), 1);
+    EXPECT_TRUE(Ended(true));
+}
+
 TEST_F(AdvancedTest, ResultsStandInATreeAndALineIsFetched) {
     OpenFilled();
     SearchTree();
@@ -206,6 +243,7 @@ TEST_F(AdvancedTest, LeavingDuringASearchStopsItAndShowsNoTreeAfterwards) {
     platform.hold = true;
     ClickId(dialog, kADVSearchFindButton);
     ASSERT_TRUE(WaitUntil([this] { return platform.requests == 2; }));
+    EXPECT_TRUE(CaptionBecomes(L"Web Address Server is Searching for Address..."));
     ClickId(dialog, kADVSearchFindButton); // a click during the search is ignored
     PressKey(Control(kLines0), VK_ESCAPE);
     EXPECT_TRUE(Becomes(kCommand1, true));
@@ -227,8 +265,11 @@ TEST_F(AdvancedTest, ANewerListIsOfferedDownloadedOnRequestAndShown) {
     ClickId(dialog, kDownloadNewList);
     ASSERT_TRUE(WaitUntil([this] { return platform.Messages().size() == 1; }));
     EXPECT_TRUE(IsShown(Control(kDownloadNewList)));
+    std::wstring duringBox;
+    platform.atMessage = [&] { duringBox = TextOf(dialog); };
     ClickId(dialog, kDownloadNewList);
     EXPECT_TRUE(Becomes(kDownloadNewList, false));
+    EXPECT_EQ(duringBox, kHostCaption); // nothing is being downloaded any more
     EXPECT_TRUE(Filled(kInpPostcodeComb, 2));
     EXPECT_TRUE(Becomes(kADVSearchLoadNewLists, true));
 }

@@ -3,6 +3,8 @@
 #include "dialogs/modal_win.h"
 #include "testing/after_win.h"
 
+#include <atomic>
+
 namespace quorvex::testing {
 namespace {
 
@@ -83,7 +85,7 @@ TEST_F(PickerTest, AnOwnerThatGoesAwayTakesTheDialogWithIt) {
 TEST_F(PickerTest, ASecondDialogFromAHostTimerNestsAndTheFirstGoesOn) {
     object::Quorvex second(platform, platform);
     second.ServerURL = L"http://s";
-    bool innerResult = true;
+    std::atomic<bool> innerResult{true};
     platform.hold = true;
     host = std::make_unique<HostThread>([&] {
         const After again(
@@ -95,7 +97,7 @@ TEST_F(PickerTest, ASecondDialogFromAHostTimerNestsAndTheFirstGoesOn) {
     EXPECT_TRUE(WaitUntil([this] { return !IsWindowEnabled(dialog); }));
     ClickId(inner, kCommand1);
     ASSERT_TRUE(WaitGone(L"Second"));
-    EXPECT_FALSE(innerResult);
+    EXPECT_TRUE(WaitUntil([&] { return !innerResult; }));
     EXPECT_TRUE(WaitUntil([this] { return IsWindowEnabled(dialog) != FALSE; }));
     platform.hold = false;
     EXPECT_TRUE(TextBecomes(kCommand2, L"&Find"));

@@ -1,11 +1,16 @@
 #include "dialogs/address_form_win.h"
+#include "dialogs/combo_win.h"
 #include "dialogs/input_form_win.h"
 #include "dialogs/progress_window_win.h"
 #include "dialogs/update_choice_win.h"
 #include "dialogs/zip_form_win.h"
 #include "support/text.h"
 #include "testing/temp_folder.h"
-#include "windows/picker.h"
+#include "windows/advanced.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 namespace quorvex::testing {
 namespace {
@@ -83,6 +88,43 @@ void ExpectGoodLayout(HWND dialog, const std::string& what) {
     }
 }
 
+// Tab goes through the window as the eye does: along a row, then down.
+void ExpectTabOrderAsSeen(HWND dialog, const std::string& what) {
+    const Control* before = nullptr;
+    const std::vector<Control> controls = ControlsOf(dialog);
+    for (const Control& control : controls) {
+        if ((control.style & WS_TABSTOP) == 0) continue;
+        if (before != nullptr) {
+            const bool below = control.box.top >= before->box.bottom - 1;
+            const bool beside = control.box.left >= before->box.right && control.box.bottom > before->box.top;
+            EXPECT_TRUE(below || beside) << what << ": " << before->Name() << " then " << control.Name();
+        }
+        before = &control;
+    }
+}
+
+// Fields of one height, each label on the line of its field's text.
+void ExpectEvenRows(HWND dialog, const std::vector<int>& fields) {
+    RECT first{};
+    GetWindowRect(GetDlgItem(dialog, fields.front()), &first);
+    for (const int id : fields) {
+        const HWND field = GetDlgItem(dialog, id);
+        RECT box{};
+        RECT label{};
+        GetWindowRect(field, &box);
+        GetWindowRect(GetWindow(field, GW_HWNDPREV), &label);
+        EXPECT_EQ(box.bottom - box.top, first.bottom - first.top) << id;
+        EXPECT_NEAR(label.top - box.top, TextTop(field), 1) << id;
+    }
+}
+
+void ExpectWholeRows(HWND list, int rowHeight) {
+    RECT client{};
+    GetClientRect(list, &client);
+    EXPECT_EQ(client.bottom % rowHeight, 0) << "a row is cut";
+    EXPECT_GE(client.bottom / rowHeight, 3);
+}
+
 class LayoutTest : public PickerTest, public ::testing::WithParamInterface<int> {
   protected:
     TempFolder folder;
@@ -109,6 +151,9 @@ TEST_P(LayoutTest, PostcodeViewWithAllItsButtons) {
     ASSERT_TRUE(Becomes(kBuyMoreButton, true));
     ASSERT_TRUE(Becomes(kDownloadNewList, true));
     ExpectGoodLayout(dialog, "results");
+    ExpectTabOrderAsSeen(dialog, "results");
+    ExpectEvenRows(dialog, {kInpPostcode});
+    ExpectWholeRows(Control(kAddressList), static_cast<int>(SendMessageW(Control(kAddressList), LB_GETITEMHEIGHT, 0, 0)));
     RECT box{};
     GetWindowRect(dialog, &box);
     EXPECT_EQ(box.right - box.left, MulDiv(375, GetParam(), 96));
@@ -122,6 +167,8 @@ TEST_P(LayoutTest, CriteriaViewWithMessagesAndTree) {
     ASSERT_TRUE(Becomes(kFrame1, true));
     ASSERT_TRUE(WaitUntil([this] { return SendMessageW(Control(kInpPostcodeComb), CB_GETCOUNT, 0, 0) == 2; }));
     ExpectGoodLayout(dialog, "criteria");
+    ExpectTabOrderAsSeen(dialog, "criteria");
+    ExpectEvenRows(dialog, {kLines0, kLines1, kLines2, kInpTownComb, kInpCountiesComb, kInpPostcodeComb});
     FocusOn(Control(kLines0));
     Type(Control(kLines0), L"ab");
     FocusOn(Control(kLines1));
@@ -134,6 +181,8 @@ TEST_P(LayoutTest, CriteriaViewWithMessagesAndTree) {
     ClickId(dialog, kADVSearchFindButton);
     ASSERT_TRUE(Becomes(kAdvResultsTree, true));
     ExpectGoodLayout(dialog, "tree");
+    ExpectTabOrderAsSeen(dialog, "tree");
+    ExpectWholeRows(Control(kAdvResultsTree), TreeView_GetItemHeight(Control(kAdvResultsTree)));
 }
 
 TEST_P(LayoutTest, SmallWindows) {
@@ -169,6 +218,83 @@ TEST_P(LayoutTest, StatusWindows) {
     ExpectGoodLayout(WaitForWindow(L"Progress"), "progress");
     ExpectGoodLayout(WaitForWindow(L"Zip"), "zip");
     end = true;
+}
+
+// At 1200 DPI the documented size is more than the screen has; at 96 the user makes the window small.
+class SmallScreenTest : public LayoutTest {};
+
+TEST_P(SmallScreenTest, TheWindowStaysOnTheScreenAndScrollsToWhatHasTheFocus) {
+    OpenAt(L"ADV");
+    ASSERT_TRUE(Becomes(kFrame1, true));
+    if (GetParam() == 96) SetWindowPos(dialog, nullptr, 0, 0, 300, 300, SWP_NOMOVE | SWP_NOZORDER);
+    const RECT area = WorkArea(dialog);
+    RECT box{};
+    GetWindowRect(dialog, &box);
+    EXPECT_TRUE(box.left >= area.left && box.top >= area.top && box.right <= area.right && box.bottom <= area.bottom);
+    EXPECT_NE(GetWindowLongPtrW(dialog, GWL_STYLE) & WS_VSCROLL, 0);
+    for (const int id : {kLines0, kLines2, kInpPostcodeComb, kADVSearchLoadNewLists, kCommand11, kLines0}) {
+        SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(id)), TRUE);
+        RECT client{};
+        GetClientRect(dialog, &client);
+        const auto inSight = [&] {
+            RECT place{};
+            GetWindowRect(Control(id), &place);
+            MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
+            return place.top >= 0 && place.bottom <= client.bottom;
+        };
+        EXPECT_TRUE(WaitUntil(inSight)) << id;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Screen, SmallScreenTest, ::testing::Values(96, 1200));
+
+std::vector<std::uint32_t> Pixels(HWND window) {
+    RECT client{};
+    GetClientRect(window, &client);
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof info.bmiHeader, client.right, -client.bottom, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(client.right * client.bottom));
+    const HDC screen = GetDC(window);
+    const HDC memory = CreateCompatibleDC(screen);
+    void* bits = nullptr;
+    const HBITMAP bitmap = CreateDIBSection(memory, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ before = SelectObject(memory, bitmap);
+    BitBlt(memory, 0, 0, client.right, client.bottom, screen, 0, 0, SRCCOPY);
+    GdiFlush();
+    std::memcpy(pixels.data(), bits, pixels.size() * sizeof pixels[0]);
+    SelectObject(memory, before);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    ReleaseDC(window, screen);
+    return pixels;
+}
+
+// Until nothing of the window waits to be drawn any more.
+bool Painted(HWND dialog) {
+    const bool painted = WaitUntil([&] {
+        for (const HWND control : ShownChildren(dialog)) {
+            if (GetUpdateRect(control, nullptr, FALSE)) return false;
+        }
+        return !GetUpdateRect(dialog, nullptr, FALSE);
+    });
+    SendMessageW(dialog, WM_NULL, 0, 0); // answered between two messages: what was being drawn is complete
+    return painted;
+}
+
+TEST_F(AdvancedTest, AWindowThatIsResizedLooksAsOneThatIsDrawnAnew) {
+    OpenFilled();
+    FocusOn(Control(kCommand5)); // no caret
+    for (const SIZE size : {SIZE{520, 600}, SIZE{375, 485}, SIZE{330, 420}, SIZE{700, 500}}) {
+        SetWindowPos(dialog, nullptr, 0, 0, size.cx, size.cy, SWP_NOMOVE | SWP_NOZORDER);
+        ASSERT_TRUE(Painted(dialog));
+        const std::vector<std::uint32_t> resized = Pixels(dialog);
+        RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+        ASSERT_TRUE(Painted(dialog));
+        const std::vector<std::uint32_t> drawn = Pixels(dialog);
+        ASSERT_EQ(resized.size(), drawn.size());
+        const auto differs = std::mismatch(resized.begin(), resized.end(), drawn.begin()).first;
+        EXPECT_EQ(differs, resized.end()) << size.cx << " wide, pixel " << differs - resized.begin();
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Dpi, LayoutTest, ::testing::Values(96, 120, 144, 192, 288));

@@ -22,7 +22,7 @@ TEST_F(PickerTest, OpensIdleInDocumentedSizeWithTheFocusInThePostcode) {
     EXPECT_EQ(box.bottom - box.top, 485); // 7275 twips
     SetWindowPos(dialog, nullptr, 0, 0, 100, 100, SWP_NOMOVE | SWP_NOZORDER);
     GetWindowRect(dialog, &box);
-    EXPECT_EQ(box.right - box.left, 375); // not smaller
+    EXPECT_EQ(box.right - box.left, 260); // not smaller; what has no room is scrolled
     EXPECT_EQ(platform.requests, 0);
     ClickId(dialog, kCommand1);
     EXPECT_TRUE(Ended(false));
@@ -56,9 +56,13 @@ TEST_F(PickerTest, FindShowsTheAddressesAndSelectFetchesTheHighlightedOne) {
     EXPECT_TRUE(WaitGone(kHostCaption));
 }
 
-TEST_F(PickerTest, ADoubleClickOnALineFetchesIt) {
+TEST_F(PickerTest, ADoubleClickOnALineFetchesItAndBelowTheLastLineNothing) {
     OpenList();
     RECT line{};
+    GetClientRect(Control(kAddressList), &line);
+    MouseClick(Control(kAddressList), {line.left + 20, line.bottom - 5}, 2);
+    WaitUntil([this] { return platform.requests > 1; }, std::chrono::milliseconds(300));
+    EXPECT_EQ(platform.requests, 1);
     SendMessageW(Control(kAddressList), LB_GETITEMRECT, 2, reinterpret_cast<LPARAM>(&line));
     MouseClick(Control(kAddressList), {line.left + 20, (line.top + line.bottom) / 2}, 2);
     EXPECT_TRUE(Ended(true));
@@ -84,10 +88,18 @@ TEST_F(PickerTest, EditingThePostcodeMakesEnterFindAgainAndAnEmptyBoxStays) {
 
 TEST_F(PickerTest, ErrorsAreShownWithTheAccountsTextWhenAskedFor) {
     list = FailureReply(L"Postcode not known");
+    std::wstring duringBox;
+    platform.atMessage = [&] { duringBox = TextOf(dialog) + L"|" + TextOf(Control(kCommand2)); };
     Open(L"ZZ1 1ZZ", true, false, true);
     FindStarted();
+    ASSERT_TRUE(WaitUntil([this] { return platform.Messages().size() == 1; }));
     EXPECT_TRUE(CaptionBecomes(L"3 credits left - Found nothing!"));
-    ASSERT_EQ(platform.Messages().size(), 1u);
+    EXPECT_EQ(duringBox, L"3 credits left - Found nothing!|&Find"); // the window does not search any more
+    EXPECT_EQ(TextOf(Control(kLabel2)), L"Please enter Postcode and press the [Find] Button");
+    EXPECT_TRUE(WaitUntil([this] { return FocusOf(dialog) == Control(kInpPostcode); }));
+    EXPECT_TRUE(WaitUntil([this] { // selected, to be typed over
+        return SendMessageW(Control(kInpPostcode), EM_GETSEL, 0, 0) == MAKELRESULT(0, 7);
+    }));
     EXPECT_EQ(platform.Messages()[0].text, L"3 credits left\r\nPostcode not known");
     EXPECT_EQ(platform.Messages()[0].style, support::kStyleCritical);
     EXPECT_EQ(platform.Messages()[0].title, L"Quorvex Lookup");
@@ -106,19 +118,41 @@ TEST_F(PickerTest, ErrorsAreShownWithTheAccountsTextWhenAskedFor) {
     EXPECT_EQ(platform.Messages().size(), 3u);
 }
 
+TEST_F(PickerTest, ALongListSaysSoAndAFetchThatFailsSaysWhatHappened) {
+    list = ListReply(105);
+    record = L"<x><confirm>No</confirm></x>";
+    struct Fetch {
+        int line;
+        const wchar_t* message;
+    };
+    for (const Fetch& fetch : {Fetch{100, L"Only the first 100 addresses of a list can be fetched."},
+                               Fetch{3, L"The address could not be fetched."}}) {
+        OpenList(false, false, true);
+        EXPECT_TRUE(TextBecomes(kLabel2, L"Please double click on address to select (101 of 105)"));
+        const std::size_t before = platform.Messages().size();
+        SendMessageW(Control(kAddressList), LB_SETCURSEL, static_cast<WPARAM>(fetch.line), 0);
+        ClickId(dialog, kCommand1);
+        EXPECT_TRUE(Ended(false));
+        ASSERT_EQ(platform.Messages().size(), before + 1);
+        EXPECT_EQ(platform.Messages().back().text.find(fetch.message), 0U);
+        host.reset();
+    }
+}
+
 TEST_F(PickerTest, StopGivesTheSearchUpAndSaysWhy) {
     platform.hold = true;
-    Open(L"AB1 3CD");
+    std::wstring duringBox;
+    platform.atMessage = [&] { duringBox = TextOf(dialog); };
+    Open(L"AB1 3CD", false, false, true);
     Find();
     ASSERT_TRUE(CaptionBecomes(kSearching));
-    platform.realMessages = true;
     ClickId(dialog, kCommand2);
-    const HWND box = WaitForWindow(L"Quorvex Lookup COM Object");
-    EXPECT_TRUE(CaptionBecomes(L"Stopped... Problems with internet connection"));
-    EXPECT_EQ(platform.stopCount, 1);
-    ClickId(box, IDOK);
     EXPECT_TRUE(CaptionBecomes(std::wstring(kHostCaption) + L" - Found nothing!"));
     EXPECT_TRUE(TextBecomes(kCommand2, L"&Find"));
+    EXPECT_EQ(duringBox, L"Stopped... Problems with internet connection");
+    ASSERT_EQ(platform.Messages().size(), 1U) << "no second box after STOP";
+    EXPECT_EQ(platform.Messages()[0].title, L"Quorvex Lookup COM Object");
+    EXPECT_EQ(platform.stopCount, 1);
 }
 
 TEST_F(PickerTest, ClosingDuringASearchEndsTheCallAtOnce) {

@@ -71,7 +71,7 @@ int Run(const std::wstring& scene, int dpi) {
     platform.realMessages = true;
     std::wstring caption = kCaption;
     std::thread([&] {
-        std::this_thread::sleep_for(std::chrono::seconds(20));
+        std::this_thread::sleep_for(std::chrono::seconds(120));
         _exit(2); // nobody takes the picture
     }).detach();
     std::thread([&] {
@@ -118,7 +118,7 @@ int Run(const std::wstring& scene, int dpi) {
     GetWindowRect(window, &box);
     std::printf("%ld %ld %ld %ld\n", box.left, box.top, box.right - box.left, box.bottom - box.top);
     std::fflush(stdout);
-    std::this_thread::sleep_for(std::chrono::seconds(15));
+    std::this_thread::sleep_for(std::chrono::seconds(60));
     return 0;
 }
 
