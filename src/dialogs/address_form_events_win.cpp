@@ -155,8 +155,7 @@ void frmAddress::Command(int id, int code, HWND control) {
         Command1_Click();
         break;
     case kCommand2:
-        // A second Enter goes to the button that had the first one, and it reads STOP now.
-        if (!searching_ || GetKeyState(VK_RETURN) >= 0) Command2_Click();
+        Command2_Click();
         break;
     case kCommand3:
         Command3_Click();
@@ -187,8 +186,10 @@ std::optional<LRESULT> frmAddress::SizeMessage(UINT message, LPARAM lParam) {
     constexpr int kLeastWidth = 260;
     constexpr int kLeastHeight = 240;
     if (message == WM_GETMINMAXINFO) {
-        reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {Units().Scale(kLeastWidth),
-                                                                 Units().Scale(kLeastHeight)};
+        const RECT area = WorkArea(Window());
+        reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {
+            std::min<LONG>(Units().Scale(kLeastWidth), area.right - area.left),
+            std::min<LONG>(Units().Scale(kLeastHeight), area.bottom - area.top)};
         return 0;
     }
     RECT box{};
@@ -262,6 +263,7 @@ std::int32_t frmAddress::Search() {
     const ButtonCaptionScope stop(c_.Command2, kCaptionStop, kCaptionFind);
     const WaitScope waiting(*this);
     stopped_ = false;
+    if (GetFocus() == c_.Command2) SetFocus(c_.InpPostcode); // a second Enter would go to the button, which reads STOP
     return lookups::GetFullAddressToList(AddressObj, WindowText(c_.InpPostcode)) ? AddressObj.RecordCount : 0;
 }
 

@@ -34,9 +34,8 @@ SIZE frmAddress::DocumentedSize() const {
 SIZE frmAddress::ClientSize() {
     const SIZE frame = OuterSize({0, 0}, kStyle, 0, Units().Dpi());
     const SIZE kept = RememberedSize();
-    if (kept.cx > 0) return {Units().Scale(kept.cx) - frame.cx, Units().Scale(kept.cy) - frame.cy};
-    const SIZE documented = DocumentedSize();
-    SIZE size = {documented.cx - frame.cx, documented.cy - frame.cy};
+    const SIZE whole = kept.cx > 0 ? SIZE{Units().Scale(kept.cx), Units().Scale(kept.cy)} : DocumentedSize();
+    SIZE size = {whole.cx - frame.cx, whole.cy - frame.cy};
     for (const View view : {View::Postcode, View::Criteria, View::Results}) {
         const SIZE least = LeastClientOf(view);
         size = {std::max(size.cx, least.cx), std::max(size.cy, least.cy)};

@@ -41,8 +41,7 @@ std::wstring FailureText(const std::wstring& creditsText, const std::wstring& er
 std::wstring FetchFailure(std::size_t position) {
     constexpr std::size_t kSelectableLines = 100;
     if (position < kSelectableLines) return L"The address could not be fetched.";
-    return L"Only the first 100 addresses of a list can be fetched. Please add the house number or name to the "
-           L"postcode, for example 'PE13 2QL,8'.";
+    return L"Only the first 100 addresses of a list can be fetched.";
 }
 
 std::wstring PickInstruction(std::size_t shown, std::size_t all) {

@@ -18,21 +18,15 @@ std::wstring Clipboard() {
     return text;
 }
 
-void PressRealKey(BYTE key) {
-    keybd_event(key, 0, 0, 0);
-    keybd_event(key, 0, KEYEVENTF_KEYUP, 0);
-}
-
 TEST_F(PickerTest, EnterTwiceNeitherStopsNorSelects) {
     platform.hold = true;
     Open();
     FindStarted();
     Type(Control(kInpPostcode), L"AB1 3CD");
-    PressKey(Control(kInpPostcode), VK_RETURN);
-    PressKey(Control(kInpPostcode), VK_RETURN);
-    ASSERT_TRUE(WaitUntil([this] { return platform.requests == 1; }));
-    FocusOn(Control(kCommand2)); // reads STOP now
-    PressRealKey(VK_RETURN);
+    FocusOn(Control(kCommand2));
+    PressKey(Control(kCommand2), VK_RETURN);
+    ASSERT_TRUE(TextBecomes(kCommand2, L"STOP"));
+    PressKey(FocusOf(dialog), VK_RETURN);
     WaitUntil([this] { return platform.stopCount > 0; }, std::chrono::milliseconds(200));
     EXPECT_EQ(platform.stopCount, 0);
     platform.hold = false;

@@ -142,9 +142,11 @@ class LayoutTest : public PickerTest, public ::testing::WithParamInterface<int> 
         });
         FindStarted();
     }
+    void ExpectGoodPostcodeView();
+    void ExpectGoodAdvancedViews();
 };
 
-TEST_P(LayoutTest, PostcodeViewWithAllItsButtons) {
+void LayoutTest::ExpectGoodPostcodeView() {
     list = ListReply(30, L"<credits_display_showbutton>1</credits_display_showbutton>"
                          L"<lookuplistversion>V9</lookuplistversion>");
     OpenAt(L"AB1 3CD");
@@ -154,6 +156,10 @@ TEST_P(LayoutTest, PostcodeViewWithAllItsButtons) {
     ExpectTabOrderAsSeen(dialog, "results");
     ExpectEvenRows(dialog, {kInpPostcode});
     ExpectWholeRows(Control(kAddressList), static_cast<int>(SendMessageW(Control(kAddressList), LB_GETITEMHEIGHT, 0, 0)));
+}
+
+TEST_P(LayoutTest, PostcodeViewWithAllItsButtons) {
+    ExpectGoodPostcodeView();
     RECT box{};
     GetWindowRect(dialog, &box);
     EXPECT_EQ(box.right - box.left, MulDiv(375, GetParam(), 96));
@@ -162,7 +168,7 @@ TEST_P(LayoutTest, PostcodeViewWithAllItsButtons) {
     ExpectGoodLayout(dialog, "results, enlarged");
 }
 
-TEST_P(LayoutTest, CriteriaViewWithMessagesAndTree) {
+void LayoutTest::ExpectGoodAdvancedViews() {
     OpenAt(L"ADV");
     ASSERT_TRUE(Becomes(kFrame1, true));
     ASSERT_TRUE(WaitUntil([this] { return SendMessageW(Control(kInpPostcodeComb), CB_GETCOUNT, 0, 0) == 2; }));
@@ -184,6 +190,41 @@ TEST_P(LayoutTest, CriteriaViewWithMessagesAndTree) {
     ExpectTabOrderAsSeen(dialog, "tree");
     ExpectWholeRows(Control(kAdvResultsTree), TreeView_GetItemHeight(Control(kAdvResultsTree)));
 }
+
+TEST_P(LayoutTest, CriteriaViewWithMessagesAndTree) {
+    ExpectGoodAdvancedViews();
+}
+
+// The user's font may be half as large again as the usual one.
+class LargeFontTest : public LayoutTest {
+  protected:
+    void SetUp() override {
+        usual_.cbSize = sizeof usual_;
+        SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof usual_, &usual_, 0);
+        NONCLIENTMETRICSW large = usual_;
+        large.lfMessageFont.lfHeight = MulDiv(large.lfMessageFont.lfHeight, 3, 2);
+        SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof large, &large, 0);
+    }
+    void TearDown() override {
+        End();
+        SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof usual_, &usual_, 0);
+    }
+
+  private:
+    NONCLIENTMETRICSW usual_{};
+};
+
+TEST_P(LargeFontTest, PostcodeView) {
+    ExpectGoodPostcodeView();
+    const Metrics usual(nullptr, GetParam());
+    EXPECT_GT(usual.LineHeight(), MulDiv(16, GetParam(), 96)) << "the font is not large";
+}
+
+TEST_P(LargeFontTest, AdvancedViews) {
+    ExpectGoodAdvancedViews();
+}
+
+INSTANTIATE_TEST_SUITE_P(Dpi, LargeFontTest, ::testing::Values(96, 192));
 
 TEST_P(LayoutTest, SmallWindows) {
     HostThread update([&] {
