@@ -67,7 +67,7 @@ def main():
     os.makedirs(stage + "/data", exist_ok=True)
     subprocess.run(["cp", "-r", ROOT + "/examples/data/.", stage + "/data"], check=True)
     environment["QUORVEX_PORT"] = PORT
-    service = subprocess.Popen(inside(stage, "exec " + " ".join(entry), userspec=user), env=environment)
+    service = subprocess.Popen(inside(stage, "exec " + " ".join(entry), userspec=user), env={**os.environ, **environment})
     try:
         for _ in range(100):
             time.sleep(0.1)
