@@ -63,6 +63,9 @@ HRESULT QuorvexObject::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, 
 
 HRESULT QuorvexObject::Invoke(DISPID member, REFIID, LCID locale, WORD flags, DISPPARAMS* params, VARIANT* result,
                               EXCEPINFO* exception, UINT* badArgument) {
+    if ((flags & DISPATCH_PROPERTYGET) != 0 && result != nullptr && params != nullptr && params->cArgs == 0) {
+        if (const auto hr = GetProperty(member, result)) return *hr;
+    }
     const support::DefaultArithmetic arithmetic;
     AddRef();
     HRESULT hr = E_OUTOFMEMORY;

@@ -13,6 +13,7 @@
 #include <oleauto.h>
 #include <quorvex_com.h>
 
+#include <optional>
 #include <type_traits>
 
 namespace quorvex::server {
@@ -109,6 +110,9 @@ class QuorvexObject final : public _Quorvex {
 
   private:
     ~QuorvexObject() = default;
+
+    // Puts the value of a property into result; nothing for any other member.
+    std::optional<HRESULT> GetProperty(DISPID member, VARIANT* result);
 
     // Runs a method body; what it throws ends in the error log. The object lives at least as long as the body runs.
     template <typename Body>
