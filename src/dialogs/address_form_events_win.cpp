@@ -93,7 +93,7 @@ void frmAddress::AboutToDisplay() {
 }
 
 void frmAddress::Timer1_Timer() {
-    KillTimer(Window(), kTimer1);
+    if (!KillTimer(Window(), kTimer1)) return; // once only
     BringToFront(Window());
     SetFocus(c_.InpPostcode);
     if (settings_.PostcodePrimer == L"ADV") {
@@ -286,7 +286,8 @@ void frmAddress::FillAddressList() {
         widest = std::max(widest, static_cast<int>(Units().TextSize(line).cx));
         ++lines;
     }
-    SendMessageW(c_.AddressList, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest + Units().Scale(8)), 0);
+    const int extent = widest + Units().Scale(8);
+    SendMessageW(c_.AddressList, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(extent), 0);
     SendMessageW(c_.AddressList, WM_SETREDRAW, TRUE, 0);
     if (lines == 0) return;
     SetTextIfNew(c_.AddressList, kAddressListName + (L": " + std::to_wstring(lines)));
@@ -336,8 +337,7 @@ void frmAddress::selectaddress() {
     }
     if (closed_) return; // the user gave up: no address
     ret_ = fetched;
-    SetCaption(
-        CaptionToRestore(caption, AddressObj.General_credits_display_text, settings_.showAccountDetails));
+    SetCaption(CaptionToRestore(caption, AddressObj.General_credits_display_text, settings_.showAccountDetails));
     if (fetched) {
         ShowBuyMoreButton();
     } else {
@@ -349,9 +349,7 @@ void frmAddress::selectaddress() {
 // --- Other buttons and keys --------------------------------------------------------------------------------
 
 void frmAddress::Command1_Click() {
-    if (WindowText(c_.Command1) == kCaptionCancel) {
-        Close();
-    } else if (SendMessageW(c_.AddressList, LB_GETCURSEL, 0, 0) == LB_ERR) {
+    if (WindowText(c_.Command1) == kCaptionCancel || SendMessageW(c_.AddressList, LB_GETCURSEL, 0, 0) == LB_ERR) {
         Close();
     } else {
         selectaddress();

@@ -12,10 +12,6 @@ constexpr int kLoadHeightTwips = 7275;
 constexpr std::size_t kLongestCount = 10000; // addresses that the instruction line has room to tell
 constexpr DWORD kStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME;
 
-int Brightness(COLORREF colour) {
-    return (GetRValue(colour) * 299 + GetGValue(colour) * 587 + GetBValue(colour) * 114) / 1000;
-}
-
 // The system's link colour where it can be read on a dialog: some themes leave it as faint as the background.
 COLORREF LinkColour() {
     constexpr int kReadable = 90;
@@ -52,7 +48,8 @@ SIZE frmAddress::LeastClientOf(View view) const {
     if (view == View::Postcode) {
         return {u.Scale(280), u.Margin() + row + u.Gap() + 2 * u.LineHeight() + u.SmallGap() + fewLines + twoRows};
     }
-    if (view == View::Results) return {u.Scale(280), u.Margin() + 2 * u.LineHeight() + u.SmallGap() + fewLines + twoRows};
+    if (view == View::Results)
+        return {u.Scale(280), u.Margin() + 2 * u.LineHeight() + u.SmallGap() + fewLines + twoRows};
     const int hint = static_cast<int>(u.TextSize(WindowText(c_.WildcardLabel)).cx);
     return {hint + 2 * (u.Margin() + u.Gap()), CriteriaHeight() + 3 * u.LineHeight()};
 }
@@ -83,10 +80,11 @@ int frmAddress::PlaceButtons(const std::vector<HWND>& left, const std::vector<HW
     };
     int y = height - u.Margin() - u.ButtonHeight();
     int end = width - u.Margin();
-    for (auto button = right.rbegin(); button != right.rend(); ++button) {
-        end -= widthOf(*button);
-        Place(*button, end, y, widthOf(*button), u.ButtonHeight());
-        end -= u.Gap();
+    for (const HWND button : right) end -= widthOf(button) + u.Gap();
+    int next = end + u.Gap();
+    for (const HWND button : right) {
+        Place(button, next, y, widthOf(button), u.ButtonHeight());
+        next += widthOf(button) + u.Gap();
     }
     std::vector<HWND> waiting;
     std::copy_if(left.begin(), left.end(), std::back_inserter(waiting), &Form::Visible);
@@ -138,7 +136,8 @@ void frmAddress::LayoutPostcode(int width, int height) {
     Place(c_.Label1, u.Margin(), y + (row - u.EditHeight()) / 2 + TextTop(c_.InpPostcode), label, u.LineHeight());
     Place(c_.Command2, width - u.Margin() - find, y + (row - u.ButtonHeight()) / 2, find, u.ButtonHeight());
     y += row + u.Gap();
-    const int instruction = std::max(u.WrappedHeight(kEnterPostcode, inner), u.WrappedHeight(PickInstruction(kLongestCount, kLongestCount + 1), inner));
+    const int instruction = std::max(u.WrappedHeight(kEnterPostcode, inner),
+                                     u.WrappedHeight(PickInstruction(kLongestCount, kLongestCount + 1), inner));
     Place(c_.Label2, u.Margin(), y, inner, instruction);
     y += instruction + u.SmallGap();
     const int buttons =

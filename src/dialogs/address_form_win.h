@@ -25,7 +25,7 @@ struct AddressFormSettings {
     bool showAccountDetails = false;
     bool AllowBuyMoreButton = false;
     bool displayErrors = false;
-    int dpi = 0; // lay out for this resolution; 0: the window's own
+    int dpi = 0;                     // lay out for this resolution; 0: the window's own
     UINT warningMilliseconds = 6000; // how long a message stays in the advanced view
 };
 
@@ -143,7 +143,7 @@ class frmAddress final : public Form {
     void WatchKeys(HWND control);
     bool ControlKey(HWND control, UINT message, WPARAM key);
     bool PlaceKey(HWND edit, UINT message, WPARAM key);
-    bool CloseOpenList(HWND combo);
+    static bool CloseOpenList(HWND combo);
     bool ListKey(WPARAM key);
     void GoToTyped();
     bool PointerIsOnLine(int& line) const;
@@ -167,8 +167,8 @@ class frmAddress final : public Form {
     bool closed_ = false;    // hidden or unloaded; what is still running must not touch the windows any more
     bool searching_ = false; // a Find waits for its reply
     bool fetching_ = false;
-    bool stopped_ = false;   // the user stopped the Find
-    int afterwards_ = 0;     // command that waits for the controller
+    bool stopped_ = false; // the user stopped the Find
+    int afterwards_ = 0;   // command that waits for the controller
     unsigned viewStamp_ = 0;
     HTREEITEM clicked_ = nullptr; // waits for the second click or the end of its time
     std::size_t listed_ = 0;      // addresses at the postcode of the list, shown or not
@@ -209,7 +209,6 @@ class CaptionScope {
     ~CaptionScope() { form_.SetCaption(restore_); }
     CaptionScope(const CaptionScope&) = delete;
     CaptionScope& operator=(const CaptionScope&) = delete;
-
 
   private:
     frmAddress& form_;

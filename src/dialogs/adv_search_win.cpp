@@ -8,11 +8,13 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <array>
 
 namespace quorvex::dialogs {
 namespace {
 
 constexpr UINT kPlainBeep = 0xFFFFFFFF;
+constexpr std::array kPlaceFields = {lookups::kTown, lookups::kCounty, lookups::kPostcodeArea};
 
 void Clear(HWND combo) {
     SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(-1), 0);
@@ -70,7 +72,7 @@ web::AdvancedCriteria AdvSearch::Criteria() const {
 
 void AdvSearch::ClearFields() {
     for (const HWND line : controls_.Lines) SetWindowTextW(line, L"");
-    for (const int field : {lookups::kTown, lookups::kCounty, lookups::kPostcodeArea}) Clear(PlaceField(field));
+    for (const int field : kPlaceFields) Clear(PlaceField(field));
     OneLostFocus();
 }
 
@@ -162,12 +164,11 @@ void AdvSearch::ClearErrorTimer_Tick() {
 // --- Search ------------------------------------------------------------------------------------------------
 
 bool AdvSearch::PlacesAreValid() {
-    for (const int field : {lookups::kTown, lookups::kCounty, lookups::kPostcodeArea}) {
-        if (Inp_Validate(field)) continue;
-        SetFocus(PlaceField(field));
-        return false;
-    }
-    return true;
+    return std::all_of(kPlaceFields.begin(), kPlaceFields.end(), [this](int field) {
+        const bool valid = Inp_Validate(field);
+        if (!valid) SetFocus(PlaceField(field));
+        return valid;
+    });
 }
 
 void AdvSearch::Find() {
@@ -300,7 +301,7 @@ void AdvSearch::ReloadLists() {
     }
     if (!ShowNotes(view) || !loaded) return;
     dialog_.ShowDownloadButton(lists_.UpdateAnnounced());
-    for (const int field : {lookups::kTown, lookups::kCounty, lookups::kPostcodeArea}) {
+    for (const int field : kPlaceFields) {
         const std::wstring text = WindowText(PlaceField(field)); // what the user has chosen stays
         SendMessageW(PlaceField(field), CB_RESETCONTENT, 0, 0);
         SetWindowTextW(PlaceField(field), text.c_str());

@@ -47,7 +47,7 @@ class AdvSearch {
 
     bool Busy() const { return busy_ > 0; }
     std::wstring SelectedText() const; // of the tree; empty when nothing is selected
-    HWND PlaceField(int field) const; // 4 to 6
+    HWND PlaceField(int field) const;  // 4 to 6
     const std::wstring& PlaceList(int field) const;
     web::AdvancedCriteria Criteria() const;
     void ClearFields();

@@ -55,6 +55,7 @@ void Form::Create(HWND owner, const std::wstring& caption, DWORD style, DWORD ex
     metrics_ = std::make_unique<Metrics>(window_, fixedDpi_);
     CreateControls();
     SetFonts();
+    SetThemes();
     MetricsChanged();
     SIZE size = OuterSize(ClientSize(), style, extendedStyle, metrics_->Dpi());
     const RECT area = WorkArea(owner);
@@ -104,10 +105,27 @@ void Form::SetFonts() {
     }
 }
 
+// Themes have colours of their own, made for light dialogs: where the system's are dark, as in high contrast, the
+// controls are drawn in those and without a theme.
+void Form::SetThemes() const {
+    constexpr int kDark = 96;
+    using SetWindowThemeFunction = HRESULT(WINAPI*)(HWND, LPCWSTR, LPCWSTR);
+    const HMODULE library = GetModuleHandleW(L"uxtheme.dll"); // not there: no themes
+    if (library == nullptr) return;
+    const auto setTheme =
+        reinterpret_cast<SetWindowThemeFunction>(reinterpret_cast<void*>(GetProcAddress(library, "SetWindowTheme")));
+    if (setTheme == nullptr) return;
+    const wchar_t* const theme = Brightness(GetSysColor(COLOR_3DFACE)) < kDark ? L" " : nullptr;
+    for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+        setTheme(child, theme, theme);
+    }
+}
+
 void Form::RenewMetrics(int dpi) {
     auto before = std::move(metrics_); // its fonts are in use until the controls have the new ones
     metrics_ = std::make_unique<Metrics>(window_, dpi);
     SetFonts();
+    SetThemes();
     MetricsChanged();
     LayoutNow();
 }

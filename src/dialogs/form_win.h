@@ -66,6 +66,7 @@ class Form {
     static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
     bool Handle(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
     void SetFonts();
+    void SetThemes() const;
 
     // --- Scrolling: form_scroll_win.cpp
     std::optional<LRESULT> ScrollMessage(UINT message, WPARAM wParam, LPARAM lParam);
@@ -77,8 +78,8 @@ class Form {
     int fixedDpi_;
     HWND window_ = nullptr;
     std::unique_ptr<Metrics> metrics_;
-    POINT scrolled_{};         // what is above and left of the window's client area
-    HWND followed_ = nullptr;  // the control that was last scrolled into sight
+    POINT scrolled_{};        // what is above and left of the window's client area
+    HWND followed_ = nullptr; // the control that was last scrolled into sight
     bool layingOut_ = false;
 };
 

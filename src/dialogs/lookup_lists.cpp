@@ -162,8 +162,7 @@ bool LookupLists::UpdateList(bool quiet) {
 }
 
 void LookupLists::NoteNotUpdated() {
-    notes_.push_back(
-        {L"The Lookup List was not updated properly, please try later...", support::kStyleInformation});
+    notes_.push_back({L"The Lookup List was not updated properly, please try later...", support::kStyleInformation});
 }
 
 bool LookupLists::CheckForAddressUpdates(const std::wstring& announcedVersion) {

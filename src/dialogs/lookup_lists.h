@@ -30,8 +30,8 @@ class LookupLists {
     const std::wstring& Counties() const { return counties_; }
     const std::wstring& PostcodeAreas() const { return postcodeAreas_; }
 
-    // Reads the lists, downloading them first when there is no list file yet. False when there is nothing to read; why is
-    // noted then.
+    // Reads the lists, downloading them first when there is no list file yet. False when there is nothing to read; why
+    // is noted then.
     bool LoadLists();
     // Downloads and stores a new list; true when it can be used. quiet: only file errors are noted.
     bool UpdateList(bool quiet);

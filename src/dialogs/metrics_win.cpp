@@ -57,7 +57,7 @@ Metrics::~Metrics() {
     DeleteObject(linkFont_);
 }
 
-int Metrics::Measure(const std::wstring& text, RECT& box, UINT format, HFONT font) const {
+int Metrics::Measure(const std::wstring& text, RECT& box, UINT format, HFONT font) {
     const HDC screen = GetDC(nullptr);
     const HGDIOBJ before = SelectObject(screen, font);
     const int height = DrawTextW(screen, text.c_str(), static_cast<int>(text.size()), &box, format | DT_CALCRECT);
@@ -79,6 +79,10 @@ int Metrics::WrappedHeight(const std::wstring& text, int width, bool bold) const
 
 int Metrics::ButtonWidth(const std::wstring& text) const {
     return std::max(Scale(75), static_cast<int>(TextSize(text).cx) + Scale(20));
+}
+
+int Brightness(COLORREF colour) {
+    return (GetRValue(colour) * 299 + GetGValue(colour) * 587 + GetBValue(colour) * 114) / 1000;
 }
 
 SIZE OuterSize(SIZE client, DWORD style, DWORD extendedStyle, int dpi) {

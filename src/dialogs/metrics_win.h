@@ -40,7 +40,7 @@ class Metrics {
     static constexpr int kBaseDpi = 96;
     static constexpr int kTwipsPerInch = 1440;
 
-    int Measure(const std::wstring& text, RECT& box, UINT format, HFONT font) const;
+    static int Measure(const std::wstring& text, RECT& box, UINT format, HFONT font);
 
     int dpi_;
     HFONT font_ = nullptr;
@@ -48,6 +48,9 @@ class Metrics {
     HFONT linkFont_ = nullptr;
     int lineHeight_ = 0;
 };
+
+// 0 to 255.
+int Brightness(COLORREF colour);
 
 // Size of a whole window with such a client area.
 SIZE OuterSize(SIZE client, DWORD style, DWORD extendedStyle, int dpi);

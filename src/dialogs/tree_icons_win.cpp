@@ -34,8 +34,10 @@ std::uint32_t Pixel(int (*shape)(double, double), int x, int y, int size, COLORR
     int green = 0;
     int blue = 0;
     for (int sample = 0; sample < kSamples * kSamples; ++sample) {
-        const double px = (x + (sample % kSamples + 0.5) / kSamples) / size;
-        const double py = (y + (sample / kSamples + 0.5) / kSamples) / size;
+        const int column = sample % kSamples;
+        const int row = sample / kSamples;
+        const double px = (x + (column + 0.5) / kSamples) / size;
+        const double py = (y + (row + 0.5) / kSamples) / size;
         const int part = shape(px, py);
         if (part == 0) continue;
         const COLORREF colour = part == 1 ? full : light;

@@ -30,9 +30,6 @@ class AdvancedTest : public PickerTest {
         Choose(dialogs::kInpTownComb, L"Bath");
         ASSERT_TRUE(Enabled(dialogs::kADVSearchFindButton, true));
     }
-    bool Filled(int combo, int items) const {
-        return WaitUntil([&] { return SendMessageW(Control(combo), CB_GETCOUNT, 0, 0) == items; });
-    }
     // As a user picks an item from the list.
     void Choose(int combo, const std::wstring& item) {
         SendMessageW(Control(combo), CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(item.c_str()));

@@ -107,8 +107,8 @@ TEST_F(PickerTest, TheUsersSizeIsKeptForTheNextDialog) {
 TEST_F(AdvancedTest, EveryLabelTakesToItsField) {
     OpenCriteria();
     const std::vector<std::pair<wchar_t, HWND>> fields = {
-        {L'b', Control(kLines1)},      {L's', Control(kLines2)},           {L'o', Control(kLines0)},
-        {L't', Edit(kInpTownComb)},    {L'u', Edit(kInpCountiesComb)},     {L'p', Edit(kInpPostcodeComb)},
+        {L'b', Control(kLines1)},   {L's', Control(kLines2)},       {L'o', Control(kLines0)},
+        {L't', Edit(kInpTownComb)}, {L'u', Edit(kInpCountiesComb)}, {L'p', Edit(kInpPostcodeComb)},
     };
     for (const auto& [key, field] : fields) {
         PostMessageW(FocusOf(dialog), WM_SYSCHAR, static_cast<WPARAM>(key), LPARAM{1} << 29);

@@ -155,7 +155,8 @@ void LayoutTest::ExpectGoodPostcodeView() {
     ExpectGoodLayout(dialog, "results");
     ExpectTabOrderAsSeen(dialog, "results");
     ExpectEvenRows(dialog, {kInpPostcode});
-    ExpectWholeRows(Control(kAddressList), static_cast<int>(SendMessageW(Control(kAddressList), LB_GETITEMHEIGHT, 0, 0)));
+    ExpectWholeRows(Control(kAddressList),
+                    static_cast<int>(SendMessageW(Control(kAddressList), LB_GETITEMHEIGHT, 0, 0)));
 }
 
 TEST_P(LayoutTest, PostcodeViewWithAllItsButtons) {
@@ -171,7 +172,7 @@ TEST_P(LayoutTest, PostcodeViewWithAllItsButtons) {
 void LayoutTest::ExpectGoodAdvancedViews() {
     OpenAt(L"ADV");
     ASSERT_TRUE(Becomes(kFrame1, true));
-    ASSERT_TRUE(WaitUntil([this] { return SendMessageW(Control(kInpPostcodeComb), CB_GETCOUNT, 0, 0) == 2; }));
+    ASSERT_TRUE(Filled(kInpPostcodeComb, 2));
     ExpectGoodLayout(dialog, "criteria");
     ExpectTabOrderAsSeen(dialog, "criteria");
     ExpectEvenRows(dialog, {kLines0, kLines1, kLines2, kInpTownComb, kInpCountiesComb, kInpPostcodeComb});
@@ -335,6 +336,39 @@ TEST_F(AdvancedTest, AWindowThatIsResizedLooksAsOneThatIsDrawnAnew) {
         ASSERT_EQ(resized.size(), drawn.size());
         const auto differs = std::mismatch(resized.begin(), resized.end(), drawn.begin()).first;
         EXPECT_EQ(differs, resized.end()) << size.cx << " wide, pixel " << differs - resized.begin();
+    }
+}
+
+// High contrast: labels and the group's title are drawn in the system's colours, whatever the theme has.
+TEST_F(AdvancedTest, TextsTakeOverTheColoursOfHighContrast) {
+    OpenCriteria();
+    constexpr std::uint32_t kBlack = 0;
+    constexpr std::uint32_t kWhite = 0xFFFFFF;
+    const INT which[] = {COLOR_3DFACE, COLOR_BTNTEXT, COLOR_WINDOWTEXT};
+    const COLORREF usual[] = {GetSysColor(which[0]), GetSysColor(which[1]), GetSysColor(which[2])};
+    const COLORREF contrast[] = {kBlack, kWhite, kWhite};
+    SetSysColors(3, which, contrast);
+    EXPECT_TRUE(Painted(dialog));
+    const std::vector<std::uint32_t> pixels = Pixels(dialog);
+    SetSysColors(3, which, usual);
+    RECT client{};
+    GetClientRect(dialog, &client);
+    for (const auto& control : ControlsOf(dialog)) {
+        if ((control.kind != L"Static" && !control.IsFrame()) || control.text.empty()) continue;
+        const SIZE text = TextSize(control, control.box.right - control.box.left);
+        const LONG end =
+            control.IsFrame() ? control.box.left + text.cx : control.box.right; // a frame goes on as a line
+        int paper = 0;
+        int ink = 0;
+        for (LONG y = control.box.top; y < control.box.top + text.cy; ++y) {
+            for (LONG x = control.box.left; x < end; ++x) {
+                const std::uint32_t pixel = pixels[static_cast<std::size_t>(y * client.right + x)] & kWhite;
+                paper += pixel == kBlack;
+                ink += pixel == kWhite;
+            }
+        }
+        EXPECT_GT(ink, 2 * text.cx / text.cy) << control.Name();
+        EXPECT_GT(paper, ink) << control.Name();
     }
 }
 

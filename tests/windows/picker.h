@@ -60,11 +60,11 @@ class PickerTest : public ::testing::Test {
         dialog = WaitForWindow(kHostCaption);
         ASSERT_NE(dialog, nullptr);
     }
-    // After the window's own start, which sets focus and caption.
+    // After the window's own start, which a timer does: it sets the focus and begins a first search.
     void FindStarted() {
         Find();
         ASSERT_TRUE(WaitUntil([this] { return FocusOf(dialog) != nullptr; }));
-        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        SendMessageW(dialog, WM_TIMER, dialogs::kTimer1, 0);
     }
     // With the addresses of a postcode on show.
     void OpenList(bool account = false, bool manage = false, bool errors = false) {
@@ -73,17 +73,32 @@ class PickerTest : public ::testing::Test {
         ASSERT_TRUE(TextBecomes(dialogs::kCommand1, L"&Select"));
     }
     HWND Control(int id) const { return GetDlgItem(dialog, id); }
+    // True once the condition holds and the dialog, which answers between two events, is done with what brought that
+    // about.
+    template <typename Condition>
+    bool Comes(const Condition& condition) const {
+        const bool came = WaitUntil(condition);
+        SendMessageW(dialog, WM_NULL, 0, 0);
+        return came;
+    }
     bool CaptionBecomes(const std::wstring& caption) const {
-        return WaitUntil([&] { return TextOf(dialog) == caption; });
+        return Comes([&] { return TextOf(dialog) == caption; });
     }
     bool TextBecomes(int id, const std::wstring& text) const {
-        return WaitUntil([&] { return TextOf(Control(id)) == text; });
+        return Comes([&] { return TextOf(Control(id)) == text; });
     }
     bool Becomes(int id, bool shown) const {
-        return WaitUntil([&] { return IsShown(Control(id)) == shown; });
+        return Comes([&] { return IsShown(Control(id)) == shown; });
     }
     bool Enabled(int id, bool enabled) const {
-        return WaitUntil([&] { return (IsWindowEnabled(Control(id)) != FALSE) == enabled; });
+        return Comes([&] { return (IsWindowEnabled(Control(id)) != FALSE) == enabled; });
+    }
+    // The timer that fills the place lists ticks faster than it does for users.
+    bool Filled(int combo, int items) const {
+        return WaitUntil([&] {
+            SendMessageW(dialog, WM_TIMER, dialogs::kLoadCombos, 0);
+            return SendMessageW(Control(combo), CB_GETCOUNT, 0, 0) == items;
+        });
     }
     int Lines() const { return static_cast<int>(SendMessageW(Control(dialogs::kAddressList), LB_GETCOUNT, 0, 0)); }
     bool Ended(bool expected) {
