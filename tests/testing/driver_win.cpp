@@ -127,9 +127,14 @@ void PressKey(HWND control, int virtualKey) {
 void MouseClick(HWND control, POINT client, int times) {
     ClientToScreen(control, &client);
     SetCursorPos(client.x, client.y);
+    // Each event carries its place: what the display tells of the pointer arrives later and may be older.
+    constexpr LONGLONG kWholeScreen = 65536;
+    const auto place = [](LONG at, int size) { return static_cast<DWORD>((at * kWholeScreen + size - 1) / size); };
+    const DWORD x = place(client.x, GetSystemMetrics(SM_CXSCREEN));
+    const DWORD y = place(client.y, GetSystemMetrics(SM_CYSCREEN));
     for (int n = 0; n < times; ++n) {
-        mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
-        mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+        for (const DWORD button : {DWORD{MOUSEEVENTF_LEFTDOWN}, DWORD{MOUSEEVENTF_LEFTUP}})
+            mouse_event(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | button, x, y, 0, 0);
     }
 }
 
