@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <iterator>
 #include <set>
 
 namespace quorvex::service::accounts {
@@ -195,11 +196,11 @@ bool AccountStore::TakeTogether(const std::vector<Charge>& charges, const std::s
 std::vector<Charged> AccountStore::Take(const std::vector<Charge>& charges, const std::string& node) {
     std::vector<Charged> charged(charges.size());
     if (charges.empty() || TakeTogether(charges, node, charged)) return charged;
-    for (std::size_t i = 0; i < charges.size() && charges.size() > 1; ++i) {
-        std::vector<Charged> one(1);
-        TakeTogether({charges[i]}, node, one);
-        charged[i] = one[0];
-    }
+    if (charges.size() == 1) return charged;
+    // Halves, so that one empty account among many costs the others a few transactions and not one each.
+    const auto middle = charges.begin() + static_cast<std::ptrdiff_t>(charges.size() / 2);
+    charged = Take({charges.begin(), middle}, node);
+    std::ranges::move(Take({middle, charges.end()}, node), std::back_inserter(charged));
     return charged;
 }
 
