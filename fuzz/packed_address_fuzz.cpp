@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const localdata::PackedAddress packed = localdata::SplitPackedAddress(plain);
     const std::wstring street = localdata::StreetPart(packed.common);
     Check(street.find(L'|') == std::wstring::npos);
-    for (const std::wstring& premise : packed.premises) {
+    for (const std::wstring_view premise : packed.premises) {
         Check(premise.find(L'!') == std::wstring::npos);
         const std::wstring line = localdata::DisplayLine(premise, street);
         Check(line.find(L'|') == std::wstring::npos && support::Trim(line).size() == line.size());
