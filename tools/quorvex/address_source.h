@@ -1,15 +1,16 @@
 #pragma once
 
 #include "object/quorvex.h"
-#include "quorvex/house_match.h"
 
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <list>
 #include <memory>
 #include <shared_mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorvex::cli {
@@ -21,11 +22,18 @@ inline constexpr std::array<const char*, 14> kRecordColumns = {
 };
 using RecordCells = std::array<std::wstring, kRecordColumns.size()>;
 
-// All that is known at one postcode.
+// All that is known at one postcode. Not copied, since it refers to itself.
 struct PostcodeAddresses {
-    std::vector<PremiseWords> premises;
-    std::vector<std::wstring> sources; // what Record makes a premise's record from
-    std::wstring common;
+    PostcodeAddresses() = default;
+    PostcodeAddresses(const PostcodeAddresses&) = delete;
+    PostcodeAddresses& operator=(const PostcodeAddresses&) = delete;
+    ~PostcodeAddresses() = default;
+
+    std::list<std::wstring> texts;           // what the views are parts of
+    std::vector<std::wstring_view> premises; // as MatchHouse takes them
+    std::vector<std::wstring_view> sources;  // what Record makes a premise's record from
+    std::wstring_view common;                // what the source's premises share
+    std::wstring streetWords;
     std::wstring postcode; // as written
 };
 

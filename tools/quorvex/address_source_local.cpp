@@ -7,6 +7,7 @@
 #include "localdata/packed_address.h"
 #include "localdata/substitution.h"
 #include "quorvex/console.h"
+#include "quorvex/house_match.h"
 #include "support/error.h"
 #include "support/files.h"
 
@@ -52,15 +53,21 @@ class LocalSource final : public AddressSource {
 
     const PostcodeAddresses* Find(const std::wstring& key) override {
         const auto [entry, isNew] = found_.try_emplace(key);
-        if (isNew) entry->second = Read(key);
-        return entry->second ? &*entry->second : nullptr;
+        if (isNew) {
+            try {
+                entry->second = Read(key);
+            } catch (...) {
+                found_.erase(entry); // the next row fails in the same way
+                throw;
+            }
+        }
+        return entry->second.get();
     }
 
     RecordCells Record(const PostcodeAddresses& addresses, std::size_t premise) override {
         const bool one = premise < addresses.sources.size();
-        const localdata::RecordFields fields =
-            localdata::AddressRecord(one ? std::wstring_view(addresses.sources[premise]) : std::wstring_view(),
-                                     localdata::ShortenBlanks(addresses.common));
+        const localdata::RecordFields fields = localdata::AddressRecord(
+            one ? addresses.sources[premise] : std::wstring_view(), localdata::ShortenBlanks(addresses.common));
         RecordCells cells;
         if (one) cells[0] = addresses.postcode + L"_" + std::to_wstring(premise + 1) + L"_F";
         std::size_t at = 1;
@@ -96,11 +103,12 @@ class LocalSource final : public AddressSource {
         address_ = *column;
     }
 
-    std::optional<PostcodeAddresses> Read(const std::wstring& key) {
+    // Nothing if there is no such postcode.
+    std::unique_ptr<PostcodeAddresses> Read(const std::wstring& key) {
         try {
             jet::Cursor rows =
                 addresses_->Where({jet::Condition{{}, u"FT_Postcode", jet::CompareOp::kEqual, database::ToUtf16(key)}});
-            if (!rows.Next()) return std::nullopt;
+            if (!rows.Next()) return nullptr;
             const jet::Value value = rows.Current().Get(address_);
             const auto* const text = std::get_if<std::u16string>(&value);
             return Unpack(key, text == nullptr ? std::wstring() : database::FromUtf16(*text));
@@ -109,16 +117,15 @@ class LocalSource final : public AddressSource {
         }
     }
 
-    PostcodeAddresses Unpack(const std::wstring& key, const std::wstring& stored) const {
-        const std::wstring plain = table_.Unscramble(stored);
-        const localdata::PackedAddress packed = localdata::SplitPackedAddress(plain);
-        PostcodeAddresses addresses;
-        addresses.postcode = WrittenPostcode(key);
-        const std::wstring street = WordsOf(localdata::StreetPart(packed.common));
-        addresses.premises.reserve(packed.premises.size());
-        for (const std::wstring_view premise : packed.premises) addresses.premises.emplace_back(premise, street);
-        addresses.sources.assign(packed.premises.begin(), packed.premises.end());
-        addresses.common = packed.common;
+    std::unique_ptr<PostcodeAddresses> Unpack(const std::wstring& key, const std::wstring& stored) const {
+        auto addresses = std::make_unique<PostcodeAddresses>();
+        const std::wstring& plain = addresses->texts.emplace_back(table_.Unscramble(stored));
+        localdata::PackedAddress packed = localdata::SplitPackedAddress(plain);
+        addresses->premises = packed.premises;
+        addresses->sources = std::move(packed.premises);
+        addresses->common = packed.common;
+        addresses->streetWords = WordsOf(localdata::StreetPart(packed.common));
+        addresses->postcode = WrittenPostcode(key);
         return addresses;
     }
 
@@ -129,7 +136,7 @@ class LocalSource final : public AddressSource {
     std::optional<jet::Database> database_;
     std::optional<jet::Table> addresses_;
     std::size_t address_ = 0;
-    std::unordered_map<std::wstring, std::optional<PostcodeAddresses>> found_;
+    std::unordered_map<std::wstring, std::unique_ptr<PostcodeAddresses>> found_;
 };
 
 } // namespace

@@ -3,10 +3,9 @@
 #include "lookups/address_list.h"
 #include "lookups/address_record.h"
 #include "object/tag_reader.h"
+#include "quorvex/house_match.h"
 #include "support/error.h"
-#include "support/text.h"
 
-#include <optional>
 #include <unordered_map>
 
 namespace quorvex::cli {
@@ -28,7 +27,7 @@ class WebSource final : public AddressSource {
                 throw;
             }
         }
-        return entry->second ? &*entry->second : nullptr;
+        return entry->second.get();
     }
 
     RecordCells Record(const PostcodeAddresses& addresses, std::size_t premise) override {
@@ -37,7 +36,7 @@ class WebSource final : public AddressSource {
             cells[7] = addresses.postcode; // a list of lines does not tell what they share
             return cells;
         }
-        if (!lookups::GetFullAddressRecordByAddressID(object_, addresses.sources[premise])) {
+        if (!lookups::GetFullAddressRecordByAddressID(object_, std::wstring(addresses.sources[premise]))) {
             throw support::Error(support::kErrorInvalidCall, object_.General_errormessage);
         }
         const object::Quorvex& o = object_;
@@ -51,24 +50,25 @@ class WebSource final : public AddressSource {
     }
 
   private:
-    std::optional<PostcodeAddresses> Ask(const std::wstring& key) {
-        PostcodeAddresses addresses;
-        addresses.postcode = WrittenPostcode(key);
-        if (!lookups::GetFullAddressToList(object_, addresses.postcode)) {
+    // Nothing if there is no such postcode.
+    std::unique_ptr<PostcodeAddresses> Ask(const std::wstring& key) {
+        auto addresses = std::make_unique<PostcodeAddresses>();
+        addresses->postcode = WrittenPostcode(key);
+        if (!lookups::GetFullAddressToList(object_, addresses->postcode)) {
             throw support::Error(support::kErrorInvalidCall, object_.General_errormessage);
         }
         for (;;) {
             const std::wstring record = object_.AddressData.TakeBetween(L"<record>", L"</record>");
             if (record.empty()) break;
-            addresses.premises.emplace_back(support::Trim(object::ReadElement(record, L"line")), L"");
-            addresses.sources.push_back(object::ReadElement(record, L"id"));
+            addresses->premises.emplace_back(addresses->texts.emplace_back(object::ReadElement(record, L"line")));
+            addresses->sources.emplace_back(addresses->texts.emplace_back(object::ReadElement(record, L"id")));
         }
-        if (addresses.premises.empty()) return std::nullopt;
+        if (addresses->premises.empty()) return nullptr;
         return addresses;
     }
 
     object::Quorvex& object_;
-    std::unordered_map<std::wstring, std::optional<PostcodeAddresses>> found_;
+    std::unordered_map<std::wstring, std::unique_ptr<PostcodeAddresses>> found_;
 };
 
 } // namespace

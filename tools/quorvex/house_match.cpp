@@ -4,9 +4,6 @@
 #include "support/characters.h"
 #include "support/text.h"
 
-#include <array>
-#include <functional>
-
 namespace quorvex::cli {
 namespace {
 
@@ -20,6 +17,29 @@ bool IsWordCharacter(wchar_t c) {
 
 bool IsApostrophe(wchar_t c) {
     return c == L'\'' || c == 0x2019;
+}
+
+// How a house text is met by a premise, the closest first.
+enum class Closeness { Equal, Begins, Holds, HoldsWithStreet, None };
+
+bool HasField(std::wstring_view premise, std::wstring_view words) {
+    for (;;) {
+        const std::size_t bar = premise.find(L'|');
+        if (WordsOf(premise.substr(0, bar)) == words) return true;
+        if (bar == std::wstring_view::npos) return false;
+        premise.remove_prefix(bar + 1);
+    }
+}
+
+Closeness Compare(std::wstring_view premise, std::wstring_view streetWords, std::wstring_view houseWords) {
+    std::wstring words = WordsOf(premise);
+    if (words.find(houseWords) != std::wstring::npos) {
+        if (words == houseWords || HasField(premise, houseWords)) return Closeness::Equal;
+        return words.starts_with(houseWords) ? Closeness::Begins : Closeness::Holds;
+    }
+    if (streetWords.empty()) return Closeness::None;
+    words.append(streetWords.substr(words.empty() ? 0 : 1)); // one blank between them
+    return words.find(houseWords) == std::wstring::npos ? Closeness::None : Closeness::HoldsWithStreet;
 }
 
 } // namespace
@@ -53,38 +73,23 @@ std::wstring HouseWords(std::wstring_view house) {
     return words;
 }
 
-PremiseWords::PremiseWords(std::wstring_view premise, std::wstring_view streetWords) : fields(L"|") {
-    for (;;) {
-        const std::size_t bar = premise.find(L'|');
-        const std::wstring words = WordsOf(premise.substr(0, bar));
-        if (!words.empty()) {
-            fields.append(words).push_back(L'|');
-            whole.append(words, whole.empty() ? 0 : 1);
-        }
-        if (bar == std::wstring_view::npos) break;
-        premise.remove_prefix(bar + 1);
-    }
-    line = whole;
-    if (!streetWords.empty()) line.append(streetWords.substr(line.empty() ? 0 : 1));
-}
-
-std::vector<std::size_t> MatchHouse(const std::vector<PremiseWords>& premises, std::wstring_view houseWords) {
-    const std::wstring asField = std::wstring(L"|").append(houseWords).append(L"|");
-    const std::array<std::function<bool(const PremiseWords&)>, 4> rules = {
-        [&](const PremiseWords& p) { return p.whole == houseWords || p.fields.find(asField) != std::wstring::npos; },
-        [&](const PremiseWords& p) { return p.whole.starts_with(houseWords); },
-        [&](const PremiseWords& p) { return p.whole.find(houseWords) != std::wstring::npos; },
-        [&](const PremiseWords& p) { return p.line.find(houseWords) != std::wstring::npos; }};
+std::vector<std::size_t> MatchHouse(const std::vector<std::wstring_view>& premises, std::wstring_view streetWords,
+                                    std::wstring_view houseWords) {
     std::vector<std::size_t> found;
     if (houseWords.empty()) {
         for (std::size_t i = 0; i < premises.size(); ++i) found.push_back(i);
         return found;
     }
-    for (const auto& rule : rules) {
-        for (std::size_t i = 0; i < premises.size(); ++i) {
-            if (rule(premises[i])) found.push_back(i);
-        }
-        if (!found.empty()) break;
+    // What ends in the street ends with one of its words.
+    const std::wstring_view lastWord = houseWords.substr(houseWords.rfind(L' ', houseWords.size() - 2));
+    const std::wstring_view street = streetWords.find(lastWord) == std::wstring_view::npos ? L"" : streetWords;
+    Closeness closest = Closeness::None;
+    for (std::size_t i = 0; i < premises.size(); ++i) {
+        const Closeness closeness = Compare(premises[i], street, houseWords);
+        if (closeness == Closeness::None || closeness > closest) continue;
+        if (closeness < closest) found.clear();
+        closest = closeness;
+        found.push_back(i);
     }
     return found;
 }

@@ -15,19 +15,11 @@ std::wstring WordsOf(std::wstring_view text);
 // The same for a house as people write it: without a leading "No" or "Number" that a number follows.
 std::wstring HouseWords(std::wstring_view house);
 
-// A premise ("organisation|sub-building|building") prepared for comparison.
-struct PremiseWords {
-    PremiseWords(std::wstring_view premise, std::wstring_view streetWords);
-
-    std::wstring fields; // each field's words between bars
-    std::wstring whole;  // the words of all fields
-    std::wstring line;   // with those of the street
-};
-
-// Positions of the premises that the house means, by the first of these rules that any premise meets: a field, or the
-// whole premise, equals the house; the premise begins with it; it holds it; premise and street together hold it. An
-// empty house means them all.
-std::vector<std::size_t> MatchHouse(const std::vector<PremiseWords>& premises, std::wstring_view houseWords);
+// Positions of the premises ("organisation|sub-building|building") that the house means, by the first of these rules
+// that any premise meets: a field, or the whole premise, equals the house; the premise begins with it; it holds it;
+// premise and street together hold it. An empty house means them all.
+std::vector<std::size_t> MatchHouse(const std::vector<std::wstring_view>& premises, std::wstring_view streetWords,
+                                    std::wstring_view houseWords);
 
 // A postcode as typed, as the local tables hold it (outward half padded to four, then the inward half). Empty unless
 // the text has the shape of a UK postcode; blanks and case do not matter.

@@ -1,5 +1,6 @@
 #include "quorvex/row_cleaner.h"
 
+#include "quorvex/house_match.h"
 #include "support/error.h"
 #include "support/text.h"
 
@@ -81,7 +82,7 @@ RowCleaner::Finding RowCleaner::LookUp(const std::wstring& postcode, const std::
         finding.reason = L"postcode not found";
         return finding;
     }
-    const std::vector<std::size_t> matches = MatchHouse(addresses->premises, HouseWords(house));
+    const std::vector<std::size_t> matches = MatchHouse(addresses->premises, addresses->streetWords, HouseWords(house));
     finding.matches = matches.size();
     if (matches.size() == 1) {
         finding.verdict = Verdict::Exact;
