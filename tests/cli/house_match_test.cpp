@@ -18,7 +18,7 @@ TEST(PostcodeKey, TakesPostcodesAsPeopleTypeThem) {
         {L"", L""},
         {L"PE13 4P2", L""},
     };
-    for (const auto& [typed, key] : cases) EXPECT_EQ(PostcodeKey(typed), key) << testing::PrintToString(typed);
+    for (const auto& [typed, key] : cases) EXPECT_EQ(PostcodeKey(typed), key) << ::testing::PrintToString(typed);
     EXPECT_EQ(WrittenPostcode(L"M1  9AA"), L"M1 9AA");
     EXPECT_EQ(WrittenPostcode(L"PE134PZ"), L"PE13 4PZ");
 }
@@ -46,7 +46,7 @@ TEST(MatchHouse, PrefersTheClosestMeaning) {
     };
     for (const auto& [house, expected] : cases) {
         EXPECT_EQ(MatchHouse(premises, WordsOf(L"QUARRY ROAD"), HouseWords(house)), expected)
-            << testing::PrintToString(house);
+            << ::testing::PrintToString(house);
     }
 }
 

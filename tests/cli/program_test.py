@@ -187,7 +187,7 @@ class CommandLine(unittest.TestCase):
         self.assertIn(b"closed", errors)
         process.stderr.close()
 
-    @unittest.skipIf("wine" in " ".join(sys.argv), "not tried under Wine")
+    @unittest.skipIf("wine" in " ".join(sys.argv), "cli tests that, with Windows' own ways to start a program")
     def test_a_list_is_written_without_a_console(self):
         self.write_list(50)
         arguments = ["clean", "in.csv", "out.csv", "--postcode", "postcode", "--house", "house", "--data", "data"]
