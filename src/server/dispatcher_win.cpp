@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <cwchar>
-#include <iterator>
 
 namespace quorvex::server {
 namespace {

@@ -26,13 +26,15 @@ std::wstring FileNameOf(std::wstring_view path);
 
 // Size in bytes, -1 when the file cannot be opened (or is larger than 2 GiB - 1).
 std::int32_t FileSize(const std::wstring& path);
-// What changes with a file's contents. A stamp younger than FileStamp::kSettled may not: file systems count time in
-// steps.
+// Windows counts the times of files in steps of 100 ns since 1601.
 inline constexpr std::int64_t kSecondsFrom1601 = 11644473600; // to 1970
 inline constexpr std::int64_t kStepsPerSecond = 10000000;
+
+// What changes with a file's contents, once it is settled: file systems count time in steps, so that a file that was
+// written a moment ago may change without its stamp.
 struct FileStamp {
     std::int64_t size = -1;   // bytes; -1: no such file
-    std::int64_t written = 0; // time of the last change, 100 ns steps since 1601
+    std::int64_t written = 0; // time of the last change, as Windows counts it
     bool operator==(const FileStamp&) const = default;
     bool Settled() const;
 };

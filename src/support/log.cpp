@@ -5,7 +5,6 @@
 #include "support/text.h"
 
 #include <array>
-#include <cstdio>
 
 namespace quorvex::support {
 namespace {

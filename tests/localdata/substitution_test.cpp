@@ -1,9 +1,14 @@
 #include "localdata/substitution.h"
 
 #include "support/error.h"
+#include "support/files.h"
+#include "testing/temp_folder.h"
 #include "testing/truth.h"
 
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <fstream>
 
 namespace quorvex::localdata {
 namespace {
@@ -41,6 +46,27 @@ TEST(Substitution, MissingFileIsTheIdentity) {
     const SubstitutionTable table = LoadSubstitution(testing::DataFolder(L"no such folder"));
     EXPECT_EQ(table.Unscramble(L"{a|B!}"), L"{a|B!}");
     EXPECT_EQ(SubstitutionTable::Parse("").Unscramble(L"aB"), L"aB");
+}
+
+TEST(Substitution, TheSharedTableIsReadAgainWhenItsFileChanges) {
+    const testing::TempFolder folder;
+    const std::filesystem::path file = support::ToPath(folder.File(kSubstitutionFile));
+    const auto write = [&](const char* line, std::chrono::hours age) {
+        std::ofstream(file, std::ios::binary) << line;
+        std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now() - age);
+    };
+    const auto stored = [&] { return SharedSubstitution(folder.Text())->Unscramble(L"A"); };
+    EXPECT_EQ(stored(), L"A") << "no file";
+    write("AX", std::chrono::hours(5));
+    EXPECT_EQ(stored(), L"X");
+    EXPECT_EQ(SharedSubstitution(folder.Text()), SharedSubstitution(folder.Text())) << "read once";
+    write("AY", std::chrono::hours(4));
+    EXPECT_EQ(stored(), L"Y") << "of the same size";
+    write("AZ", std::chrono::hours(0));
+    EXPECT_EQ(stored(), L"Z");
+    EXPECT_NE(SharedSubstitution(folder.Text()), SharedSubstitution(folder.Text())) << "too young to be relied on";
+    std::filesystem::remove(file);
+    EXPECT_EQ(stored(), L"A");
 }
 
 TEST(Substitution, MalformedLinesAreNamed) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 
 namespace quorvex::object {
 namespace {
@@ -28,6 +29,17 @@ TEST(TagReader, ComparesExactlyAndUnescapesNothing) {
     EXPECT_EQ(ReadBetweenTags(L"ab<c>rest", L"", L"<c>"), L"ab") << "an empty start matches at the front";
     EXPECT_EQ(ReadBetweenTags(L"", L"", L"<c>", L"default"), L"default");
     EXPECT_EQ(ReadBetweenTags(L"</c><c>x</c>", L"<c>", L"</c>"), L"x") << "an end before the start does not count";
+}
+
+TEST(TagReader, OnePassFindsWhatAScanForEachNameFinds) {
+    constexpr std::array<std::wstring_view, 3> kNames = {L"a", L"ab", L"line1"};
+    for (const wchar_t* const text :
+         {L"", L"<", L"<a", L"<a>", L"<a>1</a><a>2</a>", L"<ab><a>x</ab></a>", L"<<a>y</a>", L"<a><</a>z</a>",
+          L"<a>1</ab></a>", L"<a >no</a><ab>1", L"</a><a></a><line1>&amp;</line1>", L"<line1>\r\n</LINE1></line1"}) {
+        std::array<std::wstring_view, 3> values;
+        FindElements(text, kNames, values);
+        for (std::size_t i = 0; i < kNames.size(); ++i) EXPECT_EQ(values[i], ReadElement(text, kNames[i])) << text;
+    }
 }
 
 TEST(TagReader, AMissingEndGivesTheRestAndCutsOneCharacterShort) {
