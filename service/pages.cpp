@@ -73,7 +73,7 @@ struct Pages::Lookup {
     Reply (*run)(const Pages& pages, const DataSet& set, const Query& query);
 };
 
-const Pages::Lookup* Pages::FindLookup(const std::string& path) const {
+const Pages::Lookup* Pages::FindLookup(const std::string& path) {
     static const std::array<Lookup, 5> kLookups = {{
         {"/xmlservice/searchforaddress.aspx",
          "SearchForAddress",
@@ -84,7 +84,7 @@ const Pages::Lookup* Pages::FindLookup(const std::string& path) const {
          "SearchForAddressAdv",
          {"datakey", "com", "company", "house", "street", "town", "county", "postcodearea", "username"},
          true,
-         [](const Pages& pages, const DataSet& set, const Query& query) { return pages.SearchAdvanced(set, query); }},
+         [](const Pages&, const DataSet& set, const Query& query) { return SearchAdvanced(set, query); }},
         {"/xmlservice/searchforthoroughfareaddress.aspx",
          "SearchForThoroughfareAddress",
          {"datakey", "postcode", "com", "username"},
@@ -190,7 +190,7 @@ PageAnswer Pages::Rendered(const Lookup& lookup, const DataSet& set, const Reply
     return answer;
 }
 
-Reply Pages::SearchAdvanced(const DataSet& set, const Query& query) const {
+Reply Pages::SearchAdvanced(const DataSet& set, const Query& query) {
     const AddressIndex::Result found =
         set.index->Search(*set.data, {query["company"], query["house"], query["street"], query["town"], query["county"],
                                       query["postcodearea"]});
@@ -236,7 +236,7 @@ std::wstring Pages::MapAddress(const DataSet& set, const Query& query) const {
     }
 }
 
-PageAnswer Pages::Lists(const DataSet& set, const Query& query) const {
+PageAnswer Pages::Lists(const DataSet& set, const Query& query) {
     const std::string name = "GetLookups";
     if (query["datatype"] != L"1")
         return XmlAnswer(service::Document(Element(L"errormessage", L"Unknown data type")), name);

@@ -55,13 +55,13 @@ class Pages {
 
   private:
     struct Lookup;
-    const Lookup* FindLookup(const std::string& path) const;
+    static const Lookup* FindLookup(const std::string& path);
     void Charged(const Lookup& lookup, const PageRequest& request, const Query& query, Done done) const;
     PageAnswer Rendered(const Lookup& lookup, const DataSet& set, const Reply& reply,
                         const accounts::Accounts::Standing& standing) const;
-    Reply SearchAdvanced(const DataSet& set, const Query& query) const;
+    static Reply SearchAdvanced(const DataSet& set, const Query& query);
     std::wstring MapAddress(const DataSet& set, const Query& query) const;
-    PageAnswer Lists(const DataSet& set, const Query& query) const;
+    static PageAnswer Lists(const DataSet& set, const Query& query);
     std::wstring UpdateList(const Query& query, const std::string& base) const;
 
     const DataSource& data_;

@@ -10,8 +10,8 @@
 namespace quorvex::service::accounts {
 namespace {
 
-// Charges in one transaction: as many as clients wait at a time, so that the speed of the disk does not bound theirs. Six
-// values each, below what the databases take in a statement (SQLite 32,766).
+// Charges in one transaction: as many as clients wait at a time, so that the speed of the disk does not bound theirs.
+// Six values each, below what the databases take in a statement (SQLite 32,766).
 constexpr std::size_t kTogether = 512;
 constexpr std::chrono::milliseconds kBusyPause(100);
 

@@ -9,9 +9,9 @@
 
 namespace quorvex::support {
 
-// The two logs in the data folder (in UserLogFolder() while none is set), "Activity" and "Error": one tab-separated line per event, each written in an
-// open-append-close of its own and rotated through five numbered files. Nothing here throws; a line that cannot be
-// written after the retries is lost.
+// The two logs in the data folder (in UserLogFolder() while none is set), "Activity" and "Error": one tab-separated
+// line per event, each written in an open-append-close of its own and rotated through five numbered files. Nothing here
+// throws; a line that cannot be written after the retries is lost.
 
 inline constexpr std::int32_t kLogRotationBytes = 1000000;
 inline constexpr std::size_t kLogExtras = 10;     // extras of an activity line, all always written

@@ -46,8 +46,8 @@ void SortRange(std::vector<T>& items, std::ptrdiff_t low, std::ptrdiff_t high, L
 template <typename T, typename Less = std::less<T>>
 void QuickSort(std::vector<T>& items, std::ptrdiff_t low, std::ptrdiff_t high, Less less = {}) {
     if (low < 0 || high >= static_cast<std::ptrdiff_t>(items.size()) || low >= high) return;
-    std::minstd_rand random{static_cast<std::minstd_rand::result_type>(
-        std::chrono::steady_clock::now().time_since_epoch().count())};
+    std::minstd_rand random{
+        static_cast<std::minstd_rand::result_type>(std::chrono::steady_clock::now().time_since_epoch().count())};
     detail::SortRange(items, low, high, less, random);
 }
 

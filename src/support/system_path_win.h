@@ -27,7 +27,8 @@ inline bool IsHeldError(DWORD error) {
 
 // Repeats a call of the system (it returns a handle or BOOL and sets the last error) for about 250 ms while the file is
 // held: a name that was just made, deleted or renamed often is. Returns what the last attempt returned.
-template <typename Call> auto RetryWhileHeld(Call call, bool (*held)(DWORD error) = IsHeldError) {
+template <typename Call>
+auto RetryWhileHeld(Call call, bool (*held)(DWORD error) = IsHeldError) {
     for (int retries = 0;; ++retries) {
         const auto result = call();
         bool succeeded = false;

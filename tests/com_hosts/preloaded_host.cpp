@@ -8,7 +8,8 @@
 #include <cwchar>
 
 int wmain(int count, wchar_t** arguments) {
-    if (count != 3 || LoadLibraryW(arguments[1]) == nullptr) return std::puts("FAIL: the shared library does not load"), 1;
+    if (count != 3 || LoadLibraryW(arguments[1]) == nullptr)
+        return std::puts("FAIL: the shared library does not load"), 1;
     const HMODULE dll = LoadLibraryW(arguments[2]);
     const auto get = reinterpret_cast<HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**)>(
         reinterpret_cast<void*>(dll == nullptr ? nullptr : GetProcAddress(dll, "DllGetClassObject")));

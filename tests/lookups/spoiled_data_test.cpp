@@ -102,7 +102,7 @@ TEST_F(SpoiledDataTest, SubstitutionTableWithABadLine) {
     EXPECT_FALSE(GetFullAddressToList(object, L"CR2 9AA"));
     EXPECT_NE(object.General_errormessage.find(L"2"), std::wstring::npos); // the line
     support::DeleteFileQuietly(folder.File(L"PAF_SUBSTITUTION.txt"));
-    EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA")); // scrambled, but an answer
+    EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA"));                 // scrambled, but an answer
     support::WriteFileBytes(folder.File(L"PAF_SUBSTITUTION.txt"), "{Z\n"); // what marks the premises goes
     EXPECT_TRUE(GetFullAddressToList(object, L"CR2 9AA"));
     EXPECT_EQ(object.RecordCount, 0);

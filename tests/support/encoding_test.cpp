@@ -94,7 +94,9 @@ TEST(Encoding, RepliesAreDecodedByTheirCharset) {
     } named[] = {
         {"\x80 \xE9", "ISO-8859-1", L"\u20AC \u00E9"}, // as servers mean it
         {"\x80 \xE9", "windows-1252", L"\u20AC \u00E9"},
-        {"\xA4\xBD\x41", "ISO-8859-15", L"\u20AC\u0153" L"A"},
+        {"\xA4\xBD\x41", "ISO-8859-15",
+         L"\u20AC\u0153"
+         L"A"},
         {"\xF0", "windows-1250", L"\u0111"},
         {"\xF0", "Windows-1251", L"\u0440"},
         {std::string("\xFF\xFE\xE9\0", 4), "utf-16", L"\u00E9"},
