@@ -48,6 +48,18 @@ TEST_F(SpoiledDataTest, MissingFilesAreNamedAndShown) {
     EXPECT_EQ(platform.messages[0].text, missing(L"PAF_FULL.dat"));
     EXPECT_EQ(platform.messages[0].style, support::kStyleCritical);
     EXPECT_EQ(platform.messages[0].title, L"Quorvex Lookup");
+    // The postcode that is answered without data is no exception, and an empty file is no file.
+    SetFull("");
+    for (const auto& lookup :
+         {+[](object::Quorvex& made) { return GetFullAddressToList(made, L"ZZ99"); },
+          +[](object::Quorvex& made) { return GetFullAddressRecordByAddressID(made, L"ZZ99_1_F"); }}) {
+        EXPECT_FALSE(lookup(object));
+        EXPECT_EQ(object.General_errormessage, missing(L"PAF_FULL.dat"));
+    }
+    EXPECT_FALSE(GetThoroughfareAddressRecord(object, L"ZZ99"));
+    EXPECT_EQ(object.General_errormessage, missing(L"PAF_THOURGHFARE.dat"));
+    EXPECT_EQ(ErrorLog(), "") << "told, not logged";
+    support::DeleteFileQuietly(folder.File(L"PAF_FULL.dat"));
     std::filesystem::create_directory(folder.Path() / "PAF_FULL.dat"); // a folder of that name is no file
     EXPECT_FALSE(GetFullAddressToList(object, L"CR2 9AA"));
     EXPECT_EQ(object.General_errormessage, missing(L"PAF_FULL.dat"));
