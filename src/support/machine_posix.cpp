@@ -6,6 +6,7 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <ctime>
 #include <thread>
@@ -18,7 +19,11 @@ std::wstring PosixMachine::ComputerName() const {
 }
 
 std::wstring PosixMachine::UserName() const {
-    const passwd* const user = getpwuid(getuid());
+    // Several threads log at a time: the plain call has one answer for all of them.
+    passwd entry{};
+    passwd* user = nullptr;
+    std::array<char, 4096> texts{};
+    getpwuid_r(getuid(), &entry, texts.data(), texts.size(), &user);
     return user == nullptr ? std::wstring() : FromUtf8(user->pw_name);
 }
 
